@@ -1,0 +1,43 @@
+#include "frame/TavloPresentThreadWorker.h"
+
+#include <tavlo/TavloPresentThread.h>
+
+#include <QDebug>
+
+#include <cstring>
+#include <mutex>
+#include <pthread.h>
+#include <sched.h>
+
+namespace {
+
+// QThread's priorities have no effect under the normal Linux scheduler, so the time-critical one is asked for by name.
+// The lowest real-time priority is enough to go before all normal threads and leaves room for the system's own.
+void askForRealTime()
+{
+    sched_param priority{};
+    priority.sched_priority = sched_get_priority_min(SCHED_RR);
+    const int error = pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
+    if (error == 0)
+        return;
+    static std::once_flag told;
+    std::call_once(told, [error] {
+        qDebug() << "no real-time scheduling for the frame thread, frames may come late under load:"
+                 << std::strerror(error);
+    });
+}
+
+} // namespace
+
+TavloPresentThreadWorker::TavloPresentThreadWorker(TavloPresentThread& owner) : _owner(owner)
+{
+    setObjectName(QStringLiteral("tavlo-frame"));
+}
+
+void TavloPresentThreadWorker::run()
+{
+    setPriority(QThread::TimeCriticalPriority);
+    askForRealTime();
+    _owner.onThreadRun();
+    _owner.moveToThread(_home); // only the thread on which an object lives can send it away
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <tavlo/Export.h>
+#include <tavlo/TavloPresentChannelID.h>
+#include <tavlo/TavloPresentViewLayout.h>
+#include <tavlo/records/RecordTypes.h>
+
+#include <QList>
+#include <QSizeF>
+#include <QString>
+#include <QStringList>
+
+class QDomElement;
+class QXmlStreamWriter;
+
+/// Something in an XML text that the reader of a record would ignore, guess or could not convert.
+struct TavloXmlFinding
+{
+    int line = 0;   ///< from 1
+    int column = 0; ///< from 1, behind the start tag
+    QString field;  ///< the path of keys from the record's element down, joined by "/"
+    QString text;   ///< what is wrong, in words
+};
+
+/// What hosts call around the engines: records in XML, the multi-view's layout, names of channels, presets.
+/// All are static and may be called on any thread, two at the same time on different data.
+class TAVLO_EXPORT TavloPresentUtil
+{
+public:
+    TavloPresentUtil() = delete;
+
+    // --- records in XML ---
+
+    /// Reads the fields that the element's children name into the record; the others keep what they hold. Unknown
+    /// children are skipped and a value that is no number reads as 0. Always true.
+    template <TavloRecord T>
+    static bool readDomElement(QDomElement& element, T& record);
+
+    /// Adds one entry to the list for each child element: with the defaults where the child is no entry. Always true.
+    template <TavloListRecord T>
+    static bool readDomElement(QDomElement& element, QList<T>& list);
+
+    /// Writes the record as one element of that name. Always true.
+    template <TavloRecord T>
+    static bool writeXmlWriter(QXmlStreamWriter& writer, QString name, const T& record);
+
+    /// Writes a list as one element of that name with an element for each entry. Always true.
+    template <TavloListRecord T>
+    static bool writeXmlWriter(QXmlStreamWriter& writer, QString name, const QList<T>& list);
+
+    /// Reads a whole document whose root is the record. False, with the log line "xml parse err: ", line and column,
+    /// for a text that is no XML: the record stays as it was.
+    static bool fromXMLString(QString& text, tagTavloShowComponentInfo& record);
+
+    /// A whole document in UTF-8 whose root "param" is the record.
+    static QString toXMLString(const tagTavloShowComponentInfo& record);
+
+    /// What a person should know about an XML text that is to be read as a record of that type: unknown and repeated
+    /// elements, values that do not convert, list entries and indexes that do not fit. Empty when the reader takes
+    /// everything as it stands. A text that is no XML, or an unknown type, is one finding.
+    /// \param recordType  such as "tagTavloPresentSourceInfo"
+    static QList<TavloXmlFinding> checkXml(const QString& text, const QString& recordType);
+
+    /// The types that checkXml knows.
+    static QStringList recordTypes();
+
+    /// Whether the record means nothing to open.
+    static bool isEmptySource(tagTavloPresentSourceInfo& record);
+
+    // --- the multi-view ---
+
+    /// Computes where the panes stand.
+    /// \param count  source panes, at most TavloMixedChannelLimit
+    /// \param size   of the whole view, pixels
+    /// \param flags  a set of TavloPresentViewLayoutFlag; the columns and the single layout take none
+    /// \return for the columns the last index used in `paneRects`, for the single layout 0, else the number of rows
+    static int computePresentViewLayoutInfo(TavloPresentViewLayoutType type, int count, QSizeF size,
+                                            tagTavloPresentViewLayoutInfo& info, quint32 flags);
+
+    /// The rows of TavloPresentViewLayoutTypeColumns for that many panes.
+    static int computePresentViewLayoutInfo_ex_rowNum(TavloPresentViewLayoutType type, int count);
+
+    /// Rows and columns of the grid for that many panes; 1 and 1 for a count without a grid.
+    static void prefetchGridNum(int count, int& rows, int& columns);
+
+    /// Width of the grid lines on a view of that size, pixels, at most 4.
+    static float getGridLineWidth(QSizeF size);
+
+    // --- names of channels ---
+
+    /// "TCH-S-0" to "TCH-S-11", "PVM", "PGM"; empty for any other channel.
+    static QString toPathString(TavloPresentChannelID channelId);
+
+    /// The channel of a path string: 65535 for a text that is none, 0 for one that names no source channel 0 to 63.
+    static TavloPresentChannelID fromPathString(const QString& text);
+
+    // --- presets ---
+
+    /// Fills a text's style from preset 1 to 30; others leave it.
+    static void loadTextStylePreset(quint32 preset, tagTavloShowTextStyle& style);
+
+    /// Fills the six line colours from preset 1 to 11; others leave them.
+    static void loadMusicLRCStylePresent(quint32 preset, tagTavloMusicLRCStyle& style);
+};
