@@ -10,10 +10,7 @@ qint64 monotonicMicroseconds()
     return duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-quint32 millisecondClock()
-{
-    return static_cast<quint32>(monotonicMicroseconds() / 1000);
-}
+quint32 millisecondClock() { return static_cast<quint32>(monotonicMicroseconds() / 1000); }
 
 quint64 millisecondClockMicroseconds()
 {

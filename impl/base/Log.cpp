@@ -10,9 +10,6 @@ QString logHeader(const LogMark& mark)
         .arg(QLatin1String(mark.source), QString::number(mark.line), QLatin1String(mark.function));
 }
 
-void logFailure(const LogMark& mark, const QString& text)
-{
-    qDebug().noquote() << logHeader(mark) << text;
-}
+void logFailure(const LogMark& mark, const QString& text) { qDebug().noquote() << logHeader(mark) << text; }
 
 } // namespace tavlo

@@ -14,10 +14,7 @@ constexpr quint64 secondMicroseconds = 1'000'000;
 constexpr quint64 spinMicroseconds = 12'000; ///< this close to the next frame the loop no longer sleeps
 constexpr float fallbackFps = 64.0F;
 
-quint64 now()
-{
-    return static_cast<quint64>(tavlo::monotonicMicroseconds());
-}
+quint64 now() { return static_cast<quint64>(tavlo::monotonicMicroseconds()); }
 
 } // namespace
 
@@ -96,35 +93,17 @@ void TavloPresentThread::postEvent(qulonglong event, QVariant a1, QVariant a2, Q
         --_pendingEvents;
 }
 
-double TavloPresentThread::getCurrentFps() const
-{
-    return _currentFps;
-}
+double TavloPresentThread::getCurrentFps() const { return _currentFps; }
 
-double TavloPresentThread::getCalFps()
-{
-    return _rate.samplerateCurrent(true) * 1000.0;
-}
+double TavloPresentThread::getCalFps() { return _rate.samplerateCurrent(true) * 1000.0; }
 
-ITavloPresentThreadSink* TavloPresentThread::sink() const
-{
-    return _sink;
-}
+ITavloPresentThreadSink* TavloPresentThread::sink() const { return _sink; }
 
-void TavloPresentThread::onThreadBegin()
-{
-    qDebug() << "begin frame thread :" << QThread::currentThreadId();
-}
+void TavloPresentThread::onThreadBegin() { qDebug() << "begin frame thread :" << QThread::currentThreadId(); }
 
-bool TavloPresentThread::onThreadStep(const quint64&, const quint64&, const quint64&)
-{
-    return true;
-}
+bool TavloPresentThread::onThreadStep(const quint64&, const quint64&, const quint64&) { return true; }
 
-void TavloPresentThread::onThreadEnd()
-{
-    qDebug() << "end frame thread id :" << QThread::currentThreadId();
-}
+void TavloPresentThread::onThreadEnd() { qDebug() << "end frame thread id :" << QThread::currentThreadId(); }
 
 QVariant TavloPresentThread::onThreadEvent(qulonglong, QVariant&, QVariant&, QVariant&, QVariant&)
 {

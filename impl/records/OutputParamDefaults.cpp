@@ -1,9 +1,6 @@
 #include <tavlo/records/OutputRecords.h>
 
-tagTavloPresentOutputParam::tagTavloPresentOutputParam()
-{
-    reset(0, false);
-}
+tagTavloPresentOutputParam::tagTavloPresentOutputParam() { reset(0, false); }
 
 void tagTavloPresentOutputParam::reset(quint32 index, bool shifted)
 {

@@ -25,10 +25,7 @@ template <TavloRecord T>
 struct RecordFields;
 
 /// Whether a child's tag is one of an array's: the prefix may stand anywhere in it.
-inline bool isNumberedKey(const QString& tag, QLatin1StringView prefix)
-{
-    return tag.indexOf(prefix) >= 0;
-}
+inline bool isNumberedKey(const QString& tag, QLatin1StringView prefix) { return tag.indexOf(prefix) >= 0; }
 
 /// The number in such a tag: what is left without the prefix. 0 when that is no number.
 inline int numberOfKey(QString tag, QLatin1StringView prefix, bool* ok = nullptr)

@@ -93,15 +93,9 @@ QString complainAboutParts(const QString& text, int count)
 // QRect keeps its edges and computes width and height without regard to overflow; a rectangle from outside may hold
 // anything, so it is computed here, modulo 2^32: what is written reads back.
 
-int extent(int nearEdge, int farEdge)
-{
-    return static_cast<int>(qint64{farEdge} - nearEdge + 1);
-}
+int extent(int nearEdge, int farEdge) { return static_cast<int>(qint64{farEdge} - nearEdge + 1); }
 
-int farEdge(int nearEdge, int extent)
-{
-    return static_cast<int>(qint64{nearEdge} + extent - 1);
-}
+int farEdge(int nearEdge, int extent) { return static_cast<int>(qint64{nearEdge} + extent - 1); }
 
 template <class... Numbers>
 QString joined(Numbers... numbers)
@@ -113,58 +107,22 @@ QString joined(Numbers... numbers)
 
 // --- writing ---
 
-QString writeValue(bool value)
-{
-    return value ? QStringLiteral("1") : QStringLiteral("0");
-}
-QString writeValue(qint32 value)
-{
-    return QString::number(value);
-}
-QString writeValue(quint32 value)
-{
-    return QString::number(value);
-}
-QString writeValue(qint64 value)
-{
-    return QString::number(value);
-}
-QString writeValue(quint64 value)
-{
-    return QString::number(value);
-}
-QString writeValue(float value)
-{
-    return QVariant(value).toString();
-}
-QString writeValue(double value)
-{
-    return QVariant(value).toString();
-}
-QString writeValue(const QByteArray& value)
-{
-    return QString::fromLatin1(value.toHex());
-}
-QString writeValue(const QUuid& value)
-{
-    return value.toString();
-}
-QString writeValue(QPoint value)
-{
-    return joined(value.x(), value.y());
-}
-QString writeValue(QPointF value)
-{
-    return joined(value.x(), value.y());
-}
+QString writeValue(bool value) { return value ? QStringLiteral("1") : QStringLiteral("0"); }
+QString writeValue(qint32 value) { return QString::number(value); }
+QString writeValue(quint32 value) { return QString::number(value); }
+QString writeValue(qint64 value) { return QString::number(value); }
+QString writeValue(quint64 value) { return QString::number(value); }
+QString writeValue(float value) { return QVariant(value).toString(); }
+QString writeValue(double value) { return QVariant(value).toString(); }
+QString writeValue(const QByteArray& value) { return QString::fromLatin1(value.toHex()); }
+QString writeValue(const QUuid& value) { return value.toString(); }
+QString writeValue(QPoint value) { return joined(value.x(), value.y()); }
+QString writeValue(QPointF value) { return joined(value.x(), value.y()); }
 QString writeValue(const QRect& value)
 {
     return joined(value.left(), value.top(), extent(value.left(), value.right()), extent(value.top(), value.bottom()));
 }
-QString writeValue(const QRectF& value)
-{
-    return joined(value.left(), value.top(), value.width(), value.height());
-}
+QString writeValue(const QRectF& value) { return joined(value.left(), value.top(), value.width(), value.height()); }
 
 QString writeValue(const QString& value)
 {
@@ -181,46 +139,16 @@ QString writeValue(const QString& value)
 
 // --- reading ---
 
-void readValue(const QString& text, bool& value)
-{
-    value = converted<quint32>(text) != 0;
-}
-void readValue(const QString& text, qint32& value)
-{
-    value = converted<qint32>(text);
-}
-void readValue(const QString& text, quint32& value)
-{
-    value = converted<quint32>(text);
-}
-void readValue(const QString& text, qint64& value)
-{
-    value = converted<qint64>(text);
-}
-void readValue(const QString& text, quint64& value)
-{
-    value = converted<quint64>(text);
-}
-void readValue(const QString& text, float& value)
-{
-    value = converted<float>(text);
-}
-void readValue(const QString& text, double& value)
-{
-    value = converted<double>(text);
-}
-void readValue(const QString& text, QString& value)
-{
-    value = text;
-}
-void readValue(const QString& text, QByteArray& value)
-{
-    value = QByteArray::fromHex(text.toLatin1());
-}
-void readValue(const QString& text, QUuid& value)
-{
-    value = QUuid::fromString(text);
-}
+void readValue(const QString& text, bool& value) { value = converted<quint32>(text) != 0; }
+void readValue(const QString& text, qint32& value) { value = converted<qint32>(text); }
+void readValue(const QString& text, quint32& value) { value = converted<quint32>(text); }
+void readValue(const QString& text, qint64& value) { value = converted<qint64>(text); }
+void readValue(const QString& text, quint64& value) { value = converted<quint64>(text); }
+void readValue(const QString& text, float& value) { value = converted<float>(text); }
+void readValue(const QString& text, double& value) { value = converted<double>(text); }
+void readValue(const QString& text, QString& value) { value = text; }
+void readValue(const QString& text, QByteArray& value) { value = QByteArray::fromHex(text.toLatin1()); }
+void readValue(const QString& text, QUuid& value) { value = QUuid::fromString(text); }
 
 void readValue(const QString& text, QPoint& value)
 {
@@ -257,50 +185,23 @@ QString complainAbout(const QString& text, bool)
     return QStringLiteral("\"%1\" is neither 0 nor 1 and counts as %2").arg(text, writeValue(read));
 }
 
-QString complainAbout(const QString& text, qint32)
-{
-    return complainAboutNumber<qint32>(text, "32 bit integer");
-}
+QString complainAbout(const QString& text, qint32) { return complainAboutNumber<qint32>(text, "32 bit integer"); }
 QString complainAbout(const QString& text, quint32)
 {
     return complainAboutNumber<quint32>(text, "unsigned 32 bit integer");
 }
-QString complainAbout(const QString& text, qint64)
-{
-    return complainAboutNumber<qint64>(text, "64 bit integer");
-}
+QString complainAbout(const QString& text, qint64) { return complainAboutNumber<qint64>(text, "64 bit integer"); }
 QString complainAbout(const QString& text, quint64)
 {
     return complainAboutNumber<quint64>(text, "unsigned 64 bit integer");
 }
-QString complainAbout(const QString& text, float)
-{
-    return complainAboutNumber<float>(text, "number");
-}
-QString complainAbout(const QString& text, double)
-{
-    return complainAboutNumber<double>(text, "number");
-}
-QString complainAbout(const QString&, const QString&)
-{
-    return {};
-}
-QString complainAbout(const QString& text, QPoint)
-{
-    return complainAboutParts<int>(text, 2);
-}
-QString complainAbout(const QString& text, QPointF)
-{
-    return complainAboutParts<double>(text, 2);
-}
-QString complainAbout(const QString& text, const QRect&)
-{
-    return complainAboutParts<int>(text, 4);
-}
-QString complainAbout(const QString& text, const QRectF&)
-{
-    return complainAboutParts<double>(text, 4);
-}
+QString complainAbout(const QString& text, float) { return complainAboutNumber<float>(text, "number"); }
+QString complainAbout(const QString& text, double) { return complainAboutNumber<double>(text, "number"); }
+QString complainAbout(const QString&, const QString&) { return {}; }
+QString complainAbout(const QString& text, QPoint) { return complainAboutParts<int>(text, 2); }
+QString complainAbout(const QString& text, QPointF) { return complainAboutParts<double>(text, 2); }
+QString complainAbout(const QString& text, const QRect&) { return complainAboutParts<int>(text, 4); }
+QString complainAbout(const QString& text, const QRectF&) { return complainAboutParts<double>(text, 4); }
 
 QString complainAbout(const QString& text, const QByteArray&)
 {
