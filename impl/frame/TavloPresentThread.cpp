@@ -64,7 +64,7 @@ void TavloPresentThread::stop()
         onThreadEnd();
         return;
     }
-    while (_thread->isRunning()) {
+    while (!_thread->hasEnded()) {
         QCoreApplication::processEvents();
         QThread::yieldCurrentThread();
     }

@@ -38,6 +38,12 @@ TavloPresentThreadWorker::TavloPresentThreadWorker(TavloPresentThread& owner) : 
     setObjectName(QStringLiteral("tavlo-frame"));
 }
 
+void TavloPresentThreadWorker::startFor(QThread* home)
+{
+    _home = home;
+    _ended = false;
+}
+
 void TavloPresentThreadWorker::relax()
 {
     if (_realTime)
@@ -50,4 +56,5 @@ void TavloPresentThreadWorker::run()
     _realTime = askForRealTime();
     _owner.onThreadRun();
     _owner.moveToThread(_home); // only the thread on which an object lives can send it away
+    _ended.store(true, std::memory_order_release);
 }
