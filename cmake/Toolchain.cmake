@@ -10,6 +10,10 @@ set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# Programs, libraries and modules stand in one folder, as on a host's machine: the engine finds its modules beside itself.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
 # Dev: what a developer and the gate run. Optimised, so that threads meet as they do in a show; assertions on.
 set(CMAKE_CXX_FLAGS_DEV "-O1 -g1")
 set(CMAKE_C_FLAGS_DEV "-O1 -g1")
