@@ -93,8 +93,9 @@ TavloAudioFilterPitch::Frame TavloAudioFilterPitch::readAcrossWriteHead()
     const double ahead = _read + _crossfade;
     const Frame there = readAt(wrapped(ahead));
     const auto t = static_cast<float>(distance / _crossfade);
-    const bool passesNext = distance < std::abs(_ratio - 1.0);
-    if (passesNext)
+    // Before the heads stand on one frame, which a whole ratio would have them do: there the oldest sound begins.
+    const bool meetsNext = _ratio >= 1.0 ? distance <= _ratio - 1.0 : distance < 1.0 - _ratio;
+    if (meetsNext)
         _read = ahead;
     return {t * here.left + (1.0F - t) * there.left, t * here.right + (1.0F - t) * there.right};
 }

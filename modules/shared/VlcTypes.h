@@ -13,5 +13,10 @@
 // Macros of common words would reach every file that includes this one.
 #undef likely
 #undef unlikely
+#undef unreachable
+#undef container_of
+#undef msleep
+#undef mwait
+#undef ARRAY_SIZE
 #undef __MIN
 #undef __MAX
