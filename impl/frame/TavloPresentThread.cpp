@@ -18,7 +18,11 @@ quint64 now() { return static_cast<quint64>(tavlo::monotonicMicroseconds()); }
 
 } // namespace
 
-TavloPresentThread::TavloPresentThread() : _thread(std::make_unique<TavloPresentThreadWorker>(*this)) {}
+TavloPresentThread::TavloPresentThread() : _thread(std::make_unique<TavloPresentThreadWorker>(*this))
+{
+    // Queued, an event waits on the thread on which this object lives: while it runs, the frame thread.
+    connect(this, &TavloPresentThread::sig_postEvent, this, &TavloPresentThread::slot_postEvent, Qt::QueuedConnection);
+}
 
 TavloPresentThread::~TavloPresentThread() = default;
 
@@ -60,7 +64,7 @@ void TavloPresentThread::stop()
         onThreadEnd();
         return;
     }
-    while (_thread->isRunning()) {
+    while (!_thread->hasEnded()) {
         QCoreApplication::processEvents();
         QThread::yieldCurrentThread();
     }
@@ -92,6 +96,8 @@ void TavloPresentThread::postEvent(qulonglong event, QVariant a1, QVariant a2, Q
     else
         --_pendingEvents;
 }
+
+quint64 TavloPresentThread::frameInterval() const { return _frameInterval; }
 
 double TavloPresentThread::getCurrentFps() const { return _currentFps; }
 
@@ -139,9 +145,11 @@ void TavloPresentThread::onThreadRun()
             stepFrame();
             _started = true;
             _rate.Deliver(1);
-        } else if (elapsed + spinMicroseconds < interval) {
-            QThread::msleep(1);
         }
+        if (elapsed + spinMicroseconds < interval)
+            QThread::msleep(1);
+        else
+            _thread->relax();
     } while (_running || _pendingEvents != 0);
 
     qDebug() << "enter onThreadEnd";

@@ -8,23 +8,27 @@
 #include <mutex>
 #include <pthread.h>
 #include <sched.h>
+#include <time.h>
 
 namespace {
 
+constexpr timespec nap{0, 50'000}; // nanoseconds
+
 // QThread's priorities have no effect under the normal Linux scheduler, so the time-critical one is asked for by name.
 // The lowest real-time priority is enough to go before all normal threads and leaves room for the system's own.
-void askForRealTime()
+bool askForRealTime()
 {
     sched_param priority{};
     priority.sched_priority = sched_get_priority_min(SCHED_RR);
     const int error = pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
     if (error == 0)
-        return;
+        return true;
     static std::once_flag told;
     std::call_once(told, [error] {
         qDebug() << "no real-time scheduling for the frame thread, frames may come late under load:"
                  << std::strerror(error);
     });
+    return false;
 }
 
 } // namespace
@@ -34,10 +38,23 @@ TavloPresentThreadWorker::TavloPresentThreadWorker(TavloPresentThread& owner) : 
     setObjectName(QStringLiteral("tavlo-frame"));
 }
 
+void TavloPresentThreadWorker::startFor(QThread* home)
+{
+    _home = home;
+    _ended = false;
+}
+
+void TavloPresentThreadWorker::relax()
+{
+    if (_realTime)
+        clock_nanosleep(CLOCK_MONOTONIC, 0, &nap, nullptr);
+}
+
 void TavloPresentThreadWorker::run()
 {
     setPriority(QThread::TimeCriticalPriority);
-    askForRealTime();
+    _realTime = askForRealTime();
     _owner.onThreadRun();
     _owner.moveToThread(_home); // only the thread on which an object lives can send it away
+    _ended.store(true, std::memory_order_release);
 }

@@ -48,12 +48,15 @@ public:
     /// One frame, in step mode. Owner's thread.
     virtual void doFrameStep();
 
-    /// Frames a second from now on; zero and below become 64. Any thread.
+    /// Frames a second from now on; what is not above zero becomes 64. Any thread.
     virtual void setFps(float fps);
 
     /// Queues an event for the frame thread. Any thread. Dropped without a word unless the object runs; what is
     /// accepted is handled and reported to the sink once.
     void postEvent(qulonglong event, QVariant a1 = {}, QVariant a2 = {}, QVariant a3 = {}, QVariant a4 = {});
+
+    /// Wanted distance between two frames, microseconds; 0 steps without pause. Any thread.
+    quint64 frameInterval() const;
 
     /// Frames counted in the last full second, less the one on which the second ended; 0 in step mode. Any thread.
     double getCurrentFps() const;
