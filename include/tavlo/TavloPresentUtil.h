@@ -3,6 +3,7 @@
 #include <tavlo/Export.h>
 #include <tavlo/TavloPresentChannelID.h>
 #include <tavlo/TavloPresentViewLayout.h>
+#include <tavlo/records/AudioRecords.h>
 #include <tavlo/records/RecordTypes.h>
 
 #include <QList>
@@ -12,6 +13,7 @@
 
 class QDomElement;
 class QXmlStreamWriter;
+struct block_t;
 
 /// Something in an XML text that the reader of a record would ignore, guess or could not convert.
 struct TavloXmlFinding
@@ -101,4 +103,37 @@ public:
 
     /// Fills the six line colours from preset 1 to 11; others leave them.
     static void loadMusicLRCStylePresent(quint32 preset, tagTavloMusicLRCStyle& style);
+
+    // --- sound ---
+
+    /// Routes the sides of a stereo block, in place; others stay as they are. Exact for 8 and 16 bits. Nothing is
+    /// allocated.
+    /// \param flags  not read
+    /// \return the block
+    static block_t* doAudioChannelProcess(TavloPresentSourceAudioChannelProcessType type, unsigned flags,
+                                          block_t* block, const tagTavloAudioInfo& format);
+
+    /// Measures the mean level of a block of 16-bit samples; nothing to measure leaves the levels as they are.
+    /// \param levels    percent, one for each of up to 8 channels: 0 from -50 dB down, nearly 100 at full scale
+    /// \param bytes     of `samples`; the first half of them is looked at
+    /// \param bits      of a sample, 0 counts as 16
+    /// \param reserved  not read
+    /// \param scale     multiplies the level, a channel's volume
+    static void updateAudioLevelData(float* levels, const void* samples, unsigned bytes, int channels, int bits,
+                                     int reserved, double scale);
+
+    /// Chooses an effect: its parameters and `preset`.
+    static void loadAudioChangePreset(TavloAudioChangePreset preset, tagTavloAudioEffectParam& param);
+
+    /// Fills the ten gains from preset 9 to 24, others leave them; always a preamp of 8 dB, ten bands and `preset`.
+    static void loadAudioEQPreset(TavloAudioChangePreset preset, tagTavloAudioEffectParam& param);
+
+    /// Fills the record from preset 6 to 8; others leave it.
+    static void loadAudioDelayPreset(TavloAudioChangePreset preset, tagTavloAudioProcessParamDelay& param);
+
+    /// Fills the record from preset 1 to 5; others leave it.
+    static void loadAudioPitchPreset(TavloAudioChangePreset preset, tagTavloAudioProcessParamPitch& param);
+
+    /// Fills the record from preset 1 to 3; others set `preset` alone.
+    static void loadAudioVolcalCutPreset(TavloAudioVocalCutPreset preset, tagTavloAudioProcessParamVolcalCut& param);
 };
