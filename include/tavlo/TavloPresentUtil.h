@@ -4,6 +4,7 @@
 #include <tavlo/TavloPresentChannelID.h>
 #include <tavlo/TavloPresentViewLayout.h>
 #include <tavlo/records/AudioRecords.h>
+#include <tavlo/records/GraphicsRecords.h>
 #include <tavlo/records/RecordTypes.h>
 
 #include <QList>
@@ -95,6 +96,19 @@ public:
 
     /// The channel of a path string: 65535 for a text that is none, 0 for one that names no source channel 0 to 63.
     static TavloPresentChannelID fromPathString(const QString& text);
+
+    // --- graphics devices ---
+
+    /// The adapters of the machine; the software renderer comes last. Opens each one for a moment: not for the frame
+    /// thread.
+    static QList<tagTavloGraphicsDevInfo> enumGraphicsDevice();
+
+    /// The first adapter of that interop type, or a record without a name.
+    static tagTavloGraphicsDevInfo prefGraphicsDevice(TavloInteropType type, QList<tagTavloGraphicsDevInfo>& list);
+
+    /// The adapter to work with: that of the id, or for -1 and ids beyond the list the best one. A record without a
+    /// name means that there is none.
+    static tagTavloGraphicsDevInfo getWorkGraphicsDeviceInfo(int id, QList<tagTavloGraphicsDevInfo>& list);
 
     // --- presets ---
 
