@@ -1,6 +1,7 @@
 #include "effects/CompiledForm.h"
 
 #include <array>
+#include <bit>
 #include <cstring>
 
 namespace tavlo::effects {
@@ -118,6 +119,9 @@ template <class Archive>
 void fields(Archive& archive, PassDescription& pass)
 {
     archive.number(pass.program);
+    archive.length(pass.variants, 4);
+    for (std::uint32_t& program : pass.variants)
+        archive.number(program);
     flag(archive, pass.blend.enabled);
     for (graphics::BlendEquation* equation : {&pass.blend.color, &pass.blend.alpha}) {
         small(archive, equation->source);
@@ -141,7 +145,16 @@ template <class Archive>
 void fields(Archive& archive, TechniqueDescription& technique)
 {
     blob(archive, technique.name);
-    list(archive, technique.passes, 44);
+    list(archive, technique.passes, 48);
+}
+
+template <class Archive>
+void fields(Archive& archive, FixedValue& fixed)
+{
+    auto value = std::bit_cast<std::uint32_t>(fixed.value);
+    archive.number(fixed.variable);
+    archive.number(value);
+    fixed.value = std::bit_cast<std::int32_t>(value);
 }
 
 template <class Archive>
@@ -149,6 +162,7 @@ void fields(Archive& archive, ProgramDescription& program)
 {
     blob(archive, program.vertex);
     blob(archive, program.fragment);
+    list(archive, program.fixed, 8);
 }
 
 template <class Archive>
@@ -163,7 +177,7 @@ void fields(Archive& archive, CompiledForm& form)
     blob(archive, form.driver);
     list(archive, form.description.variables, 24);
     list(archive, form.description.techniques, 8);
-    list(archive, form.description.programs, 8);
+    list(archive, form.description.programs, 12);
     list(archive, form.binaries, 4);
 }
 

@@ -88,6 +88,24 @@ struct EffectState
 
     bool connect(ProgramState& state) const;
 
+    // Whether the variables have the values that a program was made for.
+    bool suits(const ProgramDescription& program) const
+    {
+        return std::ranges::all_of(program.fixed, [this](const FixedValue& fixed) {
+            return std::memcmp(values[fixed.variable].bytes.data(), &fixed.value, sizeof fixed.value) == 0;
+        });
+    }
+
+    // The first variant that suits, otherwise the program that serves for all values.
+    ProgramState& programOf(const PassDescription& pass)
+    {
+        for (const std::uint32_t variant : pass.variants) {
+            if (suits(description.programs[variant]))
+                return programs[variant];
+        }
+        return programs[pass.program];
+    }
+
     // fixed after create
     std::string name;
     EffectDescription description;
@@ -278,7 +296,7 @@ Result EffectPass::Apply(graphics::Context& context) const
     if (!IsValid())
         return resultFail;
     const PassDescription& pass = _state->description.techniques[_technique].passes[_pass];
-    ProgramState& state = _state->programs[pass.program];
+    ProgramState& state = _state->programOf(pass);
     const std::vector<graphics::Uniform>& uniforms = state.program->uniforms();
     for (ProgramUniform& used : state.values) {
         const VariableValue& value = _state->values[used.variable];

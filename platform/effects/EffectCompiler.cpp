@@ -77,9 +77,9 @@ std::vector<graphics::ProgramPtr> compile(graphics::Device& device, const Effect
     std::vector<graphics::ProgramPtr> programs;
     for (const ProgramDescription& pair : source.description.programs) {
         std::string messages;
-        graphics::ProgramPtr program =
-            device.createProgram(source.shaderText(sectionOf(source.vertexShaders, pair.vertex)),
-                                 source.shaderText(sectionOf(source.fragmentShaders, pair.fragment)), messages);
+        graphics::ProgramPtr program = device.createProgram(
+            source.shaderText(sectionOf(source.vertexShaders, pair.vertex), pair.fixed),
+            source.shaderText(sectionOf(source.fragmentShaders, pair.fragment), pair.fixed), messages);
         if (!program) {
             errors = nameLines(messages, name);
             if (errors.empty())

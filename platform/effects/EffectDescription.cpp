@@ -75,9 +75,18 @@ std::string faultOf(const EffectDescription& description)
         if (technique.passes.empty())
             return "a technique without a pass: " + technique.name;
         for (const PassDescription& pass : technique.passes) {
-            if (pass.program >= description.programs.size() || !isBlend(pass.blend.color) ||
-                !isBlend(pass.blend.alpha) || pass.blend.writeMask > 0xf)
+            const bool known = std::ranges::all_of(
+                pass.variants, [&](std::uint32_t program) { return program < description.programs.size(); });
+            if (pass.program >= description.programs.size() || !known || pass.variants.size() > maxVariants ||
+                !isBlend(pass.blend.color) || !isBlend(pass.blend.alpha) || pass.blend.writeMask > 0xf)
                 return "a pass that makes no sense: " + technique.name;
+        }
+    }
+    for (const ProgramDescription& program : description.programs) {
+        for (const FixedValue& fixed : program.fixed) {
+            if (fixed.variable >= variables.size() || variables[fixed.variable].type != UniformType::Int ||
+                variables[fixed.variable].isArray)
+                return "a variant fixes what is no int: " + program.fragment;
         }
     }
     return {};

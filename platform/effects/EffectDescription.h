@@ -24,7 +24,8 @@ struct VariableDescription
 
 struct PassDescription
 {
-    std::uint32_t program = 0; ///< index into `EffectDescription::programs`
+    std::uint32_t program = 0;           ///< index into `EffectDescription::programs`
+    std::vector<std::uint32_t> variants; ///< programs of the same shaders with fixed values, in order of preference
     graphics::BlendState blend;
     graphics::DepthState depth;
     bool operator==(const PassDescription&) const = default;
@@ -37,10 +38,19 @@ struct TechniqueDescription
     bool operator==(const TechniqueDescription&) const = default;
 };
 
+/// The value that an int variable has in a program: a constant, and not a uniform.
+struct FixedValue
+{
+    std::uint32_t variable = 0; ///< index into `EffectDescription::variables`
+    std::int32_t value = 0;
+    bool operator==(const FixedValue&) const = default;
+};
+
 /// A pair of shader sections.
 struct ProgramDescription
 {
     std::string vertex, fragment;
+    std::vector<FixedValue> fixed;
     bool operator==(const ProgramDescription&) const = default;
 };
 
@@ -55,6 +65,7 @@ struct EffectDescription
 inline constexpr std::size_t maxVariables = 256;
 inline constexpr std::size_t maxTextures = 16; // units that every device has
 inline constexpr std::uint32_t maxArray = 256;
+inline constexpr std::size_t maxVariants = 256; // of one pass
 inline constexpr std::size_t maxName = 64;
 
 /// Whether a text can be the name of a variable, technique or shader.

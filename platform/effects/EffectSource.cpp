@@ -115,6 +115,9 @@ private:
     void readBlend();
     void readWrite();
     void readDepth();
+    void readVariant();
+    FixedValue readFixedValue(std::string_view text) const;
+    std::uint32_t programIndex(ProgramDescription wanted);
     void checkPrograms();
 
     std::string_view word(std::size_t index) const { return index < _words.size() ? _words[index] : ""; }
@@ -330,6 +333,8 @@ void Parser::readTechniqueLine()
         readWrite();
     else if (word(0) == "depth")
         readDepth();
+    else if (word(0) == "variant")
+        readVariant();
     else
         refuse("no line of a pass: " + quoted(word(0)));
 }
@@ -338,17 +343,45 @@ void Parser::beginPass()
 {
     if (_words.size() != 3)
         refuse("a pass is 'pass VERTEX FRAGMENT'");
-    const ProgramDescription wanted{std::string(word(1)), std::string(word(2))};
-    std::vector<ProgramDescription>& programs = _source.description.programs;
-    const auto known = std::ranges::find(programs, wanted);
     PassDescription added;
-    added.program = static_cast<std::uint32_t>(known - programs.begin());
-    if (known == programs.end()) {
-        programs.push_back(wanted);
-        _programLines.push_back(_line);
-    }
+    added.program = programIndex({std::string(word(1)), std::string(word(2)), {}});
     _source.description.techniques.back().passes.push_back(added);
     _passLines = {};
+}
+
+std::uint32_t Parser::programIndex(ProgramDescription wanted)
+{
+    std::vector<ProgramDescription>& programs = _source.description.programs;
+    const auto known = std::ranges::find(programs, wanted);
+    const auto index = static_cast<std::uint32_t>(known - programs.begin());
+    if (known == programs.end()) {
+        programs.push_back(std::move(wanted));
+        _programLines.push_back(_line);
+    }
+    return index;
+}
+
+void Parser::readVariant()
+{
+    if (_words.size() < 2)
+        refuse("a variant is 'variant NAME=VALUE...'");
+    if (pass().variants.size() >= maxVariants)
+        refuse("more than " + std::to_string(maxVariants) + " variants of a pass");
+    ProgramDescription program = _source.description.programs[pass().program];
+    for (std::size_t i = 1; i < _words.size(); ++i)
+        program.fixed.push_back(readFixedValue(word(i)));
+    pass().variants.push_back(programIndex(std::move(program)));
+}
+
+FixedValue Parser::readFixedValue(std::string_view text) const
+{
+    const std::size_t sign = std::min(text.find('='), text.size());
+    const auto value = numberOf<std::int32_t>(text.substr(std::min(sign + 1, text.size())));
+    const std::vector<VariableDescription>& variables = _source.description.variables;
+    const auto variable = std::ranges::find(variables, text.substr(0, sign), &VariableDescription::name);
+    if (!value || variable == variables.end() || variable->type != UniformType::Int || variable->isArray)
+        refuse("no int variable from above with a whole number: " + quoted(text));
+    return {static_cast<std::uint32_t>(variable - variables.begin()), *value};
 }
 
 void Parser::readBlend()
@@ -432,13 +465,17 @@ std::optional<EffectSource> parseEffect(std::string_view text, const std::string
     }
 }
 
-std::string EffectSource::shaderText(const ShaderSection& section) const
+std::string EffectSource::shaderText(const ShaderSection& section, const std::vector<FixedValue>& fixed) const
 {
     std::string text = "#version 300 es\nprecision highp float;\nprecision highp int;\nprecision highp sampler2D;\n";
     const auto at = [&text](int line) { text += "#line " + std::to_string(line) + "\n"; };
     for (std::size_t i = 0; i < description.variables.size(); ++i) {
         const VariableDescription& variable = description.variables[i];
         at(variableLines[i]);
+        if (const auto constant = std::ranges::find(fixed, i, &FixedValue::variable); constant != fixed.end()) {
+            text += "const int " + variable.name + " = " + std::to_string(constant->value) + ";\n";
+            continue;
+        }
         const std::string_view type = variable.type == UniformType::Texture ? "sampler2D" : typeName(variable.type);
         text.append("uniform ").append(type).append(" ").append(variable.name);
         text += variable.isArray ? "[" + std::to_string(variable.count) + "];\n" : ";\n";

@@ -25,8 +25,8 @@ struct EffectSource
     ShaderSection common;
     std::vector<ShaderSection> vertexShaders, fragmentShaders;
 
-    /// The whole GLSL of a shader section, declarations in front.
-    std::string shaderText(const ShaderSection& section) const;
+    /// The whole GLSL of a shader section, declarations in front; fixed variables are constants.
+    std::string shaderText(const ShaderSection& section, const std::vector<FixedValue>& fixed = {}) const;
 };
 
 /// Reads an effect file as docs/effect-format.md tells it. Nothing, and "file:line: what is wrong" in `error`, when it

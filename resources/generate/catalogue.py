@@ -1,8 +1,7 @@
 """Every image of the store: its path, what computes it, and the order in which its channels are written.
 
-Functions here give images as a shader reads them. The store uploads an image's bytes blue first into a texture whose
-bytes count as red first, so a shader's red is the file's blue: coloured images are written with red and blue exchanged.
-The one exception is fairy_tale.png, whose shader exchanges the two itself.
+Functions here give images as their look needs them. A shader reads a file's own colours; only fairy_tale.png is written
+with red and blue exchanged, since its shader exchanges the two.
 """
 import functools
 from dataclasses import dataclass
@@ -25,7 +24,7 @@ class Image:
     folder: str
     name: str
     compute: Callable[[], np.ndarray]
-    exchanged: bool = True  # red and blue change places in the file
+    exchanged: bool = False  # red and blue change places in the file
 
     @property
     def path(self) -> str:
@@ -67,7 +66,7 @@ IMAGES = (
     *(Image(FILTERS, f"{name}.jpg", getattr(masks, name)) for name in MASKS),
     *(Image(FILTERS, f"{name}.png", getattr(masks, name)) for name in PICTURES),
     *(Image(FILTERS, f"{name}.png", compute) for name, compute in MAPS.items()),
-    Image(FILTERS, "fairy_tale.png", maps.fairy_tale, exchanged=False),
+    Image(FILTERS, "fairy_tale.png", maps.fairy_tale, exchanged=True),
 )
 
 

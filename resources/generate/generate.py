@@ -34,7 +34,7 @@ def encoded(image: Image) -> bytes:
 
 
 def as_read(image: Image) -> np.ndarray:
-    """The image's bytes as a shader reads them, from its file."""
+    """The image as its look needs it, from its file."""
     pixels = np.asarray(Picture.open(RESOURCES / image.path))
     return pixels[..., ::-1] if pixels.ndim == 3 and image.exchanged else pixels
 

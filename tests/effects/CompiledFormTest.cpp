@@ -61,6 +61,9 @@ TEST(CompiledForm, aFormThatContradictsItselfIsNone)
     };
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.binaries.clear(); }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.techniques[0].passes[0].program = 1; }));
+    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.techniques[0].passes[0].variants = {9}; }));
+    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.programs[0].fixed = {{0, 1}}; }));
+    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.programs[0].fixed = {{99, 1}}; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[0].count = 2; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[4].count = 100000; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[0].initial.push_back(1); }));

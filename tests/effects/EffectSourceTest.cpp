@@ -97,6 +97,11 @@ TEST(EffectSource, namesFileAndLineOfAFault)
         {"blend alpha", "blend color", "mix.fx:14: stands twice"},
         {"blend alpha", "write rgbq //", "mix.fx:14: no channels: 'rgbq'"},
         {"blend alpha", "depth deep //", "mix.fx:14: no depth mode: 'deep'"},
+        {"blend alpha", "variant //", "mix.fx:14: a variant is"},
+        {"blend alpha", "variant channel //", "mix.fx:14: no int variable"},
+        {"blend alpha", "variant channel=x //", "mix.fx:14: no int variable"},
+        {"blend alpha", "variant amount=1 //", "mix.fx:14: no int variable"},
+        {"blend alpha", "variant nothing=1 //", "mix.fx:14: no int variable"},
         {"[fragment mixed]", "[vertex quad]", "mix.fx:22: a shader of that name"},
         {"[common]", "[variables]", "mix.fx:15: stands twice"},
     };

@@ -91,6 +91,29 @@ TEST_F(EffectGL, drawsWithItsVariablesAndBlendsAsItsPassSays)
     EXPECT_THAT(drawn(effect, {0.2F, 0, 0, 0}), near({51, 0, 0, 0})); // zeros, alpha too
 }
 
+TEST_F(EffectGL, aVariantDrawsWhatTheGeneralProgramDraws)
+{
+    const EffectPtr plain = compile(mixEffect);
+    ASSERT_TRUE(plain) << errors;
+    const std::string line = "pass quad mixed\n";
+    const EffectPtr varied =
+        compile(replaced(mixEffect, line, line + "    variant channel=1\n    variant channel=-1\n"));
+    ASSERT_TRUE(varied) << errors;
+    for (const int channel : {-1, 0, 1, 2, 1}) {
+        for (const EffectPtr& effect : {plain, varied}) {
+            effect->GetVariableByName("first").AsShaderResource().SetResource(first);
+            effect->GetVariableByName("second").AsShaderResource().SetResource(second);
+            effect->GetVariableByName("amount").AsScalar().SetFloat(0.125F * static_cast<float>(channel + 2));
+            effect->GetVariableByName("channel").AsScalar().SetInt(channel);
+        }
+        EXPECT_THAT(drawn(varied), near(drawn(plain))) << channel;
+    }
+    // A shader that would not compile with the value of a variant shows that the variant is really another program.
+    const std::string broken = replaced(mixEffect, "color[channel]", "vec2(1.0)[channel]");
+    EXPECT_TRUE(compile(broken)) << errors;
+    EXPECT_FALSE(compile(replaced(broken, line, line + "    variant channel=7\n")));
+}
+
 TEST_F(EffectGL, whatIsNotThereIsInvalidAndFails)
 {
     const EffectPtr effect = compile(mixEffect);

@@ -19,13 +19,12 @@ struct Texel
     double blue;
 };
 
-/// An image as a shader reads it after the store's upload: the bytes of ARGB32, blue first, taken as red, green, blue.
-/// Linear between texels, level outside.
+/// An image as a shader reads it. Linear between texels, level outside.
 class Sampled
 {
 public:
     explicit Sampled(const QString& path)
-        : _image(QImage(":/res/Resources/" + path).convertToFormat(QImage::Format_ARGB32))
+        : _image(QImage(":/res/Resources/" + path).convertToFormat(QImage::Format_RGBA8888))
     {}
 
     bool isNull() const { return _image.isNull(); }
@@ -227,7 +226,7 @@ TEST_F(ResourceImages, TheTrigTableTurnsADirectionIntoAnAngleAndBack)
     }
 }
 
-TEST_F(ResourceImages, ColoursAreWrittenForAShaderThatReadsRedFirst)
+TEST_F(ResourceImages, ColoursStandWhereTheShadersReadThem)
 {
     const Sampled sepia("GPUImageFilter/pic/earlybirdmap.png");
     EXPECT_EQ(sepia.size(), QSize(256, 1));
