@@ -3,6 +3,8 @@
 #include <tavlo/Export.h>
 #include <tavlo/TavloPresentChannelID.h>
 #include <tavlo/TavloPresentViewLayout.h>
+#include <tavlo/records/AudioRecords.h>
+#include <tavlo/records/GraphicsRecords.h>
 #include <tavlo/records/RecordTypes.h>
 
 #include <QList>
@@ -12,6 +14,7 @@
 
 class QDomElement;
 class QXmlStreamWriter;
+struct block_t;
 
 /// Something in an XML text that the reader of a record would ignore, guess or could not convert.
 struct TavloXmlFinding
@@ -94,6 +97,19 @@ public:
     /// The channel of a path string: 65535 for a text that is none, 0 for one that names no source channel 0 to 63.
     static TavloPresentChannelID fromPathString(const QString& text);
 
+    // --- graphics devices ---
+
+    /// The adapters of the machine; the software renderer comes last. Opens each one for a moment: not for the frame
+    /// thread.
+    static QList<tagTavloGraphicsDevInfo> enumGraphicsDevice();
+
+    /// The first adapter of that interop type, or a record without a name.
+    static tagTavloGraphicsDevInfo prefGraphicsDevice(TavloInteropType type, QList<tagTavloGraphicsDevInfo>& list);
+
+    /// The adapter to work with: that of the id, or for -1 and ids beyond the list the best one. A record without a
+    /// name means that there is none.
+    static tagTavloGraphicsDevInfo getWorkGraphicsDeviceInfo(int id, QList<tagTavloGraphicsDevInfo>& list);
+
     // --- presets ---
 
     /// Fills a text's style from preset 1 to 30; others leave it.
@@ -101,4 +117,37 @@ public:
 
     /// Fills the six line colours from preset 1 to 11; others leave them.
     static void loadMusicLRCStylePresent(quint32 preset, tagTavloMusicLRCStyle& style);
+
+    // --- sound ---
+
+    /// Routes the sides of a stereo block, in place; others stay as they are. Exact for 8 and 16 bits. Nothing is
+    /// allocated.
+    /// \param flags  not read
+    /// \return the block
+    static block_t* doAudioChannelProcess(TavloPresentSourceAudioChannelProcessType type, unsigned flags,
+                                          block_t* block, const tagTavloAudioInfo& format);
+
+    /// Measures the mean level of a block of 16-bit samples; nothing to measure leaves the levels as they are.
+    /// \param levels    percent, one for each of up to 8 channels: 0 from -50 dB down, nearly 100 at full scale
+    /// \param bytes     of `samples`; the first half of them is looked at
+    /// \param bits      of a sample, 0 counts as 16
+    /// \param reserved  not read
+    /// \param scale     multiplies the level, a channel's volume
+    static void updateAudioLevelData(float* levels, const void* samples, unsigned bytes, int channels, int bits,
+                                     int reserved, double scale);
+
+    /// Chooses an effect: its parameters and `preset`.
+    static void loadAudioChangePreset(TavloAudioChangePreset preset, tagTavloAudioEffectParam& param);
+
+    /// Fills the ten gains from preset 9 to 24, others leave them; always a preamp of 8 dB, ten bands and `preset`.
+    static void loadAudioEQPreset(TavloAudioChangePreset preset, tagTavloAudioEffectParam& param);
+
+    /// Fills the record from preset 6 to 8; others leave it.
+    static void loadAudioDelayPreset(TavloAudioChangePreset preset, tagTavloAudioProcessParamDelay& param);
+
+    /// Fills the record from preset 1 to 5; others leave it.
+    static void loadAudioPitchPreset(TavloAudioChangePreset preset, tagTavloAudioProcessParamPitch& param);
+
+    /// Fills the record from preset 1 to 3; others set `preset` alone.
+    static void loadAudioVolcalCutPreset(TavloAudioVocalCutPreset preset, tagTavloAudioProcessParamVolcalCut& param);
 };

@@ -7,6 +7,25 @@
 
 #include <array>
 
+/// Number of a sound effect: 0 none, 1 to 5 pitch, 6 to 8 delay, 9 to 24 equalizer.
+using TavloAudioChangePreset = quint32;
+
+constexpr bool TavloAudioPresetIsPitch(TavloAudioChangePreset preset) { return preset >= 1 && preset <= 5; }
+constexpr bool TavloAudioPresetIsDelay(TavloAudioChangePreset preset) { return preset >= 6 && preset <= 8; }
+constexpr bool TavloAudioPresetIsEqualizer(TavloAudioChangePreset preset) { return preset >= 9 && preset <= 24; }
+
+/// Number of a vocal cut: 0 none, 1 prepared but unchanged sound, 2 the whole sound, 3 inside a band.
+using TavloAudioVocalCutPreset = quint32;
+
+/// What becomes of the two sides of a stereo source.
+enum TavloPresentSourceAudioChannelProcessType : quint32
+{
+    TavloPresentSourceAudioChannelProcessTypeNone = 0,
+    TavloPresentSourceAudioChannelProcessTypeLeftToBoth = 1,
+    TavloPresentSourceAudioChannelProcessTypeRightToBoth = 2,
+    TavloPresentSourceAudioChannelProcessTypeSwap = 3,
+};
+
 struct tagTavloEQualizerParam
 {
     std::array<double, 10> gains{}; ///< dB, -20 to 20, for 60, 170, 310, 600, 1000, 3000, 6000, 12000, 14000, 16000 Hz
@@ -38,11 +57,11 @@ struct tagTavloAudioProcessParamPitch
 
 struct tagTavloAudioProcessParamVolcalCut
 {
-    quint32 preset = 0;               ///< 0 off
-    double param_Pan = 0.0;           ///< -1 to 1
-    double param_Level = 0.0;         ///< -1 full cut to 0 unchanged
-    qint32 param_FilterSwitch = 0;    ///< 1: cut inside a band only
-    qint32 param_FilterFrequency = 0; ///< Hz, middle of the band
+    TavloAudioVocalCutPreset preset = 0; ///< 0 off
+    double param_Pan = 0.0;              ///< -1 to 1
+    double param_Level = 0.0;            ///< -1 full cut to 0 unchanged
+    qint32 param_FilterSwitch = 0;       ///< 1: cut inside a band only
+    qint32 param_FilterFrequency = 0;    ///< Hz, middle of the band
     double param_FilterQ = 0.0;
 };
 
@@ -65,11 +84,11 @@ struct tagTavloAudioProcessParamNoiseGate
 /// The sound filters of one channel.
 struct tagTavloAudioEffectParam
 {
-    quint32 preset = 0; ///< 0 none, 1 to 5 pitch, 6 to 8 delay, 9 to 24 equalizer
+    TavloAudioChangePreset preset = 0; ///< selects which of equalizer, delay and pitch works
     tagTavloEQualizerParam equalizer;
     tagTavloAudioProcessParamDelay processDelay;
     tagTavloAudioProcessParamPitch processPitch;
-    quint32 audioChannelProcessType = 0; ///< 0 none, 1 left to both, 2 right to both, 3 swapped
+    quint32 audioChannelProcessType = 0; ///< a TavloPresentSourceAudioChannelProcessType
     tagTavloAudioProcessParamVolcalCut processVolcalCut;
     tagTavloAudioProcessParamNoiseSuprress processNoiseSuppress;
     tagTavloAudioProcessParamNoiseGate processNoiseGate;

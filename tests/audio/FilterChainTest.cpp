@@ -1,0 +1,130 @@
+#include "audio/TavloAudioFilterChain.h"
+
+#include "audio/AudioSupport.h"
+#include "support/LogCapture.h"
+
+#include <tavlo/TavloPresentUtil.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numeric>
+
+namespace tavlo::test {
+namespace {
+
+class FilterChain : public testing::Test
+{
+protected:
+    FilterChain() { chain.create(); }
+
+    template <class Sample>
+    std::vector<Sample> process(const std::vector<Sample>& samples, int channels, int rate = 48000)
+    {
+        const BlockPtr block = blockOf(samples);
+        EXPECT_EQ(chain.process(param, block.get(), channels, sizeof(Sample) * 8, rate, 0), block.get());
+        return samplesOf<Sample>(*block);
+    }
+
+    TavloAudioFilterChain chain;
+    tagTavloAudioEffectParam param;
+};
+
+std::vector<qint16> everyWord()
+{
+    std::vector<qint16> words(65536);
+    std::iota(words.begin(), words.end(), static_cast<qint16>(-32768));
+    return words;
+}
+
+std::vector<quint8> everyByte()
+{
+    std::vector<quint8> bytes(256);
+    std::iota(bytes.begin(), bytes.end(), quint8{0});
+    return bytes;
+}
+
+TEST_F(FilterChain, SwitchedOffEveryBitStays)
+{
+    EXPECT_EQ(process(everyWord(), 2), everyWord());
+    EXPECT_EQ(process(everyByte(), 2), everyByte());
+    EXPECT_EQ(process(std::vector<qint32>{1 << 30, -5, 70000}, 1), (std::vector<qint32>{1 << 30, -5, 70000}));
+    EXPECT_EQ(chain.process(param, nullptr, 2, 16, 48000, 0), nullptr);
+
+    param.processNoiseGate.enable = 1;
+    EXPECT_EQ(process(everyWord(), 0), everyWord());
+    chain.destroy();
+    EXPECT_EQ(process(everyWord(), 2), everyWord());
+}
+
+// The gate is on but has no rate to work at: all samples go to floats and back.
+TEST_F(FilterChain, ConversionThereAndBackIsExact)
+{
+    param.processNoiseGate.enable = 1;
+    EXPECT_EQ(process(everyWord(), 2, 0), everyWord());
+    EXPECT_EQ(process(everyByte(), 2, 0), everyByte());
+    std::vector<qint16> odd{1, 2, 3, 4, 5}; // half a frame too many
+    EXPECT_EQ(process(odd, 2, 0), odd);
+}
+
+TEST_F(FilterChain, WhatGetsTooLoudSaturates)
+{
+    TavloPresentUtil::loadAudioChangePreset(9, param);
+    param.equalizer = {{}, 20.0, 10}; // 2.5 times as loud
+    EXPECT_EQ(process(std::vector<qint16>{32767, -32768, 20000, -20000, 1, -1, 3, 4000}, 1),
+              (std::vector<qint16>{32767, -32768, 32767, -32768, 2, -2, 8, 10000})); // halves go to even
+    EXPECT_EQ(process(std::vector<quint8>{255, 0, 200, 60, 128, 129, 127, 178}, 1),
+              (std::vector<quint8>{255, 0, 255, 0, 128, 131, 125, 253})); // halves go away from zero
+}
+
+TEST_F(FilterChain, FiltersWorkInTheirOrder)
+{
+    // What the equalizer makes loud enough was already silenced by the gate.
+    TavloPresentUtil::loadAudioChangePreset(9, param);
+    param.equalizer.preamp = 20.0;
+    param.processNoiseGate = {1, -20.0, -26.0, 1, 1, 1};
+    EXPECT_EQ(process(std::vector<qint16>(960, 2500), 2), std::vector<qint16>(960, 0));
+    // A changed record counts after a reset.
+    param.processNoiseGate = {1, -30.0, -36.0, 1, 1, 1};
+    EXPECT_EQ(process(std::vector<qint16>(960, 2500), 2), std::vector<qint16>(960, 0));
+    chain.reset();
+    EXPECT_GT(process(std::vector<qint16>(960, 2500), 2).back(), 2500);
+}
+
+TEST_F(FilterChain, MonoVocalCutIsLoggedOnceABlockAndPasses)
+{
+    TavloPresentUtil::loadAudioVolcalCutPreset(2, param.processVolcalCut);
+    const LogCapture log;
+    EXPECT_EQ(process(everyWord(), 1), everyWord());
+    EXPECT_EQ(log.count("TavloAudioFilterVolcalCut::process channel < 2"), 1);
+    param.processNoiseGate.enable = 1; // the samples go through the list, and it is not told again
+    process(everyWord(), 1, 0);
+    EXPECT_EQ(log.count("TavloAudioFilterVolcalCut::process channel < 2"), 2);
+}
+
+TEST_F(FilterChain, UnknownSampleSizesPass)
+{
+    param.processNoiseGate = {1, 0.0, -6.0, 1, 1, 1};
+    const LogCapture log;
+    EXPECT_EQ(process(std::vector<qint32>(64, 12345), 2), std::vector<qint32>(64, 12345));
+    EXPECT_EQ(log.count("unknown sample bit size"), 1);
+}
+
+TEST_F(FilterChain, SuppressesNoiseThroughTheModule)
+{
+    param.processNoiseSuppress = {1, 20.0};
+    const auto hiss = noise(48000 * 3, 0.05F);
+    std::vector<double> out;
+    for (size_t i = 0; i + 1920 <= hiss.size(); i += 1920) {
+        std::vector<qint16> part(1920);
+        for (size_t k = 0; k < part.size(); ++k)
+            part[k] = static_cast<qint16>(std::lround(hiss[i + k] * 32767));
+        for (const qint16 s : process(part, 1))
+            out.push_back(s / 32768.0);
+    }
+    const std::vector<double> in(hiss.begin(), hiss.end());
+    EXPECT_LT(loudness(out, 72000, 140000), loudness(in, 72000, 140000) - 15.0);
+}
+
+} // namespace
+} // namespace tavlo::test

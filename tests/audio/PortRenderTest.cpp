@@ -1,0 +1,184 @@
+#include "TavloAudioPortModule/ITavloAudioPortRender.h"
+
+#include "audio/AudioSupport.h"
+#include "base/CTempldateHelper.h"
+#include "support/LogCapture.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavlo::test {
+namespace {
+
+constexpr int rate = 48000;
+
+/// A machine whose one sound device writes a file, in real time as any device.
+class FileDevice
+{
+public:
+    static FileDevice& instance()
+    {
+        static FileDevice device;
+        return device;
+    }
+
+    QString path() const { return _folder.filePath("played.wav"); }
+
+    /// What has been played since the device was opened; stereo, after it was closed.
+    std::vector<qint16> played() const
+    {
+        QFile file(path());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray content = file.readAll();
+        const auto begin = content.indexOf("data") + 8;
+        std::vector<qint16> samples(static_cast<size_t>(content.size() - begin) / 2);
+        memcpy(samples.data(), content.constData() + begin, samples.size() * 2);
+        return samples;
+    }
+
+    /// Waits until the device has played that much more.
+    bool play(int milliseconds) const
+    {
+        const qint64 enough = QFileInfo(path()).size() + qint64{rate} * 4 * milliseconds / 1000;
+        QElapsedTimer waited;
+        for (waited.start(); QFileInfo(path()).size() < enough; QThread::msleep(5)) {
+            if (waited.elapsed() > 20000)
+                return false;
+        }
+        return true;
+    }
+
+private:
+    FileDevice()
+    {
+        QFile configuration(_folder.filePath("alsoft.conf"));
+        EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
+        configuration.write("[general]\ndrivers = wave\nchannels = stereo\nsample-type = int16\nfrequency = 48000\n"
+                            "dither = false\noutput-limiter = false\n[wave]\nfile = " +
+                            path().toUtf8() + "\n");
+        qputenv("ALSOFT_CONF", configuration.fileName().toUtf8());
+        qputenv("ALSOFT_DRIVERS", "wave");
+    }
+
+    QTemporaryDir _folder;
+};
+
+class ALPortRender : public testing::Test
+{
+protected:
+    ALPortRender() : render("TavloAudioPortModule", "CreateTavloAudioPortRenderOutput")
+    {
+        FileDevice::instance(); // before the library looks at the machine
+        render.create();
+    }
+
+    void SetUp() override { ASSERT_TRUE(render.isReady()); }
+
+    bool write(const std::vector<qint16>& samples)
+    {
+        return render->write(samples.data(), static_cast<int>(samples.size() * 2), 0, 0);
+    }
+
+    CTempldateHelper<ITavloAudioPortRender> render;
+};
+
+/// A tone on the left, nothing on the right.
+std::vector<qint16> leftTone(int milliseconds)
+{
+    std::vector<qint16> samples;
+    for (const float s : sine(500, rate, static_cast<size_t>(rate / 1000 * milliseconds), 0.5)) {
+        samples.push_back(static_cast<qint16>(std::lround(s * 32767)));
+        samples.push_back(0);
+    }
+    return samples;
+}
+
+/// The part of a channel from its first to its last sound.
+std::vector<double> soundOf(const std::vector<qint16>& samples, size_t first)
+{
+    std::vector<double> out;
+    for (size_t i = first; i < samples.size(); i += 2)
+        out.push_back(samples[i] / 32767.0);
+    const auto heard = [](double s) { return std::abs(s) > 0.001; };
+    out.erase(out.begin(), std::find_if(out.begin(), out.end(), heard));
+    out.erase(std::find_if(out.rbegin(), out.rend(), heard).base(), out.end());
+    return out;
+}
+
+TEST_F(ALPortRender, PlaysWhatIsWrittenOnTheDefaultDevice)
+{
+    const LogCapture log;
+    for (const char* name : {"", "Auto"}) {
+        ASSERT_TRUE(render->open(QString::fromLatin1(name), 2, rate, 16));
+        for (int i = 0; i < 10; ++i)
+            EXPECT_TRUE(write(leftTone(20)));
+        EXPECT_TRUE(FileDevice::instance().play(400));
+        render->close();
+        const auto played = FileDevice::instance().played();
+        const auto left = soundOf(played, 0);
+        EXPECT_NEAR(static_cast<double>(left.size()), rate * 0.2, 100);
+        EXPECT_NEAR(toneFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
+        EXPECT_NEAR(loudness(left, 100, left.size() - 100), 20 * std::log10(0.5) - 3.01, 0.5);
+        EXPECT_TRUE(soundOf(played, 1).empty());
+    }
+    EXPECT_EQ(log.lines().size(), 0);
+}
+
+TEST_F(ALPortRender, DropsTheOldestBeyondAQuarterOfASecond)
+{
+    const LogCapture log;
+    ASSERT_TRUE(render->open({}, 2, rate, 16));
+    for (int i = 0; i < 50; ++i) { // a second at once, each 20 ms a little louder
+        EXPECT_TRUE(write(std::vector<qint16>(1920, static_cast<qint16>(100 * (i + 1)))));
+    }
+    EXPECT_TRUE(FileDevice::instance().play(600));
+    EXPECT_EQ(log.count("dropped"), 1);
+    render->close();
+    EXPECT_EQ(log.count("ms in all"), 1);
+    const auto heard = soundOf(FileDevice::instance().played(), 0);
+    EXPECT_LE(heard.size(), rate / 4U + rate / 50U); // and what the device itself had taken
+    EXPECT_GE(heard.size(), rate / 10U);
+    ASSERT_FALSE(heard.empty());
+    EXPECT_NEAR(heard.back(), 5000 / 32767.0, 1e-3); // the newest is there
+}
+
+TEST_F(ALPortRender, GoesOnAfterItRanDry)
+{
+    ASSERT_TRUE(render->open({}, 1, 44100, 8));
+    const std::vector<quint8> loud(441 * 10, 192);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(render->write(loud.data(), static_cast<int>(loud.size()), 0, 0));
+        EXPECT_TRUE(FileDevice::instance().play(300));
+    }
+    render->close();
+    const auto played = FileDevice::instance().played();
+    size_t heard = 0;
+    for (size_t i = 0; i < played.size(); i += 2)
+        heard += std::abs(played[i]) > 1000 ? 1 : 0;
+    EXPECT_NEAR(static_cast<double>(heard), rate * 0.2, 200);
+}
+
+TEST_F(ALPortRender, NamesWhatItCannotOpen)
+{
+    const LogCapture log;
+    EXPECT_FALSE(render->open(QStringLiteral("Loudspeaker on the moon"), 2, rate, 16));
+    EXPECT_EQ(log.count("Loudspeaker on the moon"), 1);
+    EXPECT_FALSE(render->open({}, 3, rate, 16));
+    EXPECT_FALSE(render->open({}, 2, rate, 24));
+    EXPECT_FALSE(render->open({}, 2, 0, 16));
+    EXPECT_EQ(log.count("cannot play"), 3);
+    EXPECT_FALSE(write(leftTone(20)));
+    render->close();
+    EXPECT_TRUE(render.isReady());
+}
+
+} // namespace
+} // namespace tavlo::test

@@ -1,0 +1,159 @@
+#include "audio/TavloAudioResample.h"
+
+#include "audio/AudioSupport.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavlo::test {
+namespace {
+
+tagTavloAudioInfo formatOf(int channels, int rate, int bits, quint32 fourcc)
+{
+    tagTavloAudioInfo format;
+    format.channels = channels;
+    format.sampleRate = rate;
+    format.bitsPerSample = bits;
+    format.audioFourcc = fourcc;
+    return format;
+}
+
+constexpr quint32 s16l = tavloFourcc("s16l");
+constexpr quint32 f32l = tavloFourcc("f32l");
+
+/// All that comes out for a signal that goes in by blocks of 20 ms. Only the first blocks may give nothing.
+template <class Sample>
+std::vector<double> convert(TavloAudioResample& converter, const tagTavloAudioInfo& source,
+                            const std::vector<Sample>& samples)
+{
+    std::vector<double> out;
+    const size_t step = static_cast<size_t>(source.sampleRate / 50 * source.channels);
+    for (size_t i = 0; i + step <= samples.size(); i += step) {
+        const BlockPtr block = blockOf(samples.data() + i, step * sizeof(Sample));
+        const block_t* const converted = converter.process(block.get(), source);
+        EXPECT_TRUE(converted || i < 2 * step) << i;
+        if (!converted)
+            continue;
+        for (const qint16 s : samplesOf<qint16>(*converted))
+            out.push_back(s / 32768.0);
+    }
+    return out;
+}
+
+TEST(Resample, HandsTheSameFormatThrough)
+{
+    TavloAudioResample converter;
+    const BlockPtr block = blockOf(std::vector<qint16>(960, 5));
+    EXPECT_EQ(converter.process(block.get(), tagTavloAudioInfo()), block.get());
+    EXPECT_EQ(converter.process(nullptr, formatOf(1, 44100, 16, s16l)), nullptr);
+}
+
+TEST(Resample, ConvertsSampleFormatsAndChannels)
+{
+    TavloAudioResample converter;
+    const BlockPtr floats = blockOf(std::vector<float>{0.5F, -0.25F, 2.0F, -2.0F, 0.0F, 1.0F / 32768.0F});
+    const block_t* out = converter.process(floats.get(), formatOf(2, 48000, 32, f32l));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(samplesOf<qint16>(*out), (std::vector<qint16>{16384, -8192, 32767, -32768, 0, 1}));
+
+    const BlockPtr mono = blockOf(std::vector<quint8>{128, 192, 0});
+    out = converter.process(mono.get(), formatOf(1, 48000, 8, tavloFourcc("u8  ")));
+    ASSERT_TRUE(out);
+    const auto both = samplesOf<qint16>(*out);
+    ASSERT_EQ(both.size(), 6U);
+    EXPECT_EQ(both[2], both[3]);
+    EXPECT_GT(both[2], 10000);
+    EXPECT_LT(both[5], -20000);
+}
+
+TEST(Resample, KeepsTimesAndTellsTheLength)
+{
+    TavloAudioResample converter;
+    const BlockPtr block = blockOf(std::vector<float>(1024 * 2, 0.1F));
+    block->i_pts = 123456789;
+    block->i_dts = 123450000;
+    block_t* const out = converter.process(block.get(), formatOf(2, 48000, 32, f32l));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(out->i_pts, 123456789);
+    EXPECT_EQ(out->i_dts, 123450000);
+    EXPECT_EQ(out->i_nb_samples, 1024U);
+    EXPECT_EQ(out->i_buffer, 4096U);
+    EXPECT_EQ(out->i_length, 1024 * 1000000 / 48000);
+    block_Release(out); // the converter's own block outlives it
+    EXPECT_EQ(converter.process(block.get(), formatOf(2, 48000, 32, f32l)), out);
+}
+
+TEST(Resample, ChangesTheRateWithoutSeams)
+{
+    TavloAudioResample converter;
+    const auto tone = sine(1000, 44100, 44100, 0.5);
+    const auto both = convert(converter, formatOf(1, 44100, 32, f32l), tone);
+    std::vector<double> left;
+    for (size_t i = 0; i < both.size(); i += 2)
+        left.push_back(both[i]);
+    EXPECT_NEAR(static_cast<double>(left.size()), 48000.0, 100.0);
+    EXPECT_NEAR(toneFrequency(left, 1000, left.size(), 48000), 1000.0, 0.1);
+    const double twoCos = 2 * std::cos(2 * M_PI * 1000 / 48000);
+    for (size_t i = 1000; i + 2 < left.size(); ++i)
+        ASSERT_LT(std::abs(left[i + 2] - twoCos * left[i + 1] + left[i]), 3e-4) << i;
+}
+
+TEST(Resample, FollowsAChangeOfTheSource)
+{
+    TavloAudioResample converter;
+    for (const int rate : {44100, 22050, 96000, 44100}) {
+        const auto both =
+            convert(converter, formatOf(1, rate, 32, f32l), sine(500, rate, static_cast<size_t>(rate), 0.5));
+        std::vector<double> left;
+        for (size_t i = 0; i < both.size(); i += 2)
+            left.push_back(both[i]);
+        EXPECT_NEAR(toneFrequency(left, 2000, left.size() - 100, 48000), 500.0, 0.2) << rate;
+    }
+    converter.setOutput(formatOf(1, 48000, 16, s16l));
+    const BlockPtr block = blockOf(std::vector<float>(480, 0.25F));
+    const block_t* const out = converter.process(block.get(), formatOf(1, 48000, 32, f32l));
+    ASSERT_TRUE(out);
+    EXPECT_EQ(samplesOf<qint16>(*out), std::vector<qint16>(480, 8192));
+}
+
+TEST(Resample, SilenceStaysSilence)
+{
+    TavloAudioResample converter;
+    for (const double s : convert(converter, formatOf(2, 32000, 16, s16l), std::vector<qint16>(64000, 0)))
+        ASSERT_EQ(s, 0.0);
+}
+
+TEST(Resample, RefusesWhatIsNoFormat)
+{
+    TavloAudioResample converter;
+    const LogCapture log;
+    const BlockPtr block = blockOf(std::vector<qint16>(960, 5));
+    EXPECT_EQ(converter.process(block.get(), formatOf(0, 44100, 16, s16l)), nullptr);
+    EXPECT_EQ(converter.process(block.get(), formatOf(2, 0, 16, s16l)), nullptr);
+    EXPECT_EQ(converter.process(block.get(), formatOf(-3, -44100, -16, s16l)), nullptr);
+    EXPECT_EQ(log.count("failed to create swr "), 3);
+    EXPECT_EQ(log.count("TavloAudioResample::process"), 3);
+}
+
+// The claims about samples are larger than the samples are: nothing behind the block may be read.
+TEST(Resample, StaysInsideBlocksThatContradictTheirFormat)
+{
+    TavloAudioResample converter;
+    for (const auto& format : {formatOf(2, 44100, 8, f32l), formatOf(2, 44100, 0, tavloFourcc("f64l")),
+                               formatOf(20, 44100, 16, s16l), formatOf(1, 44100, 24, tavloFourcc("s24l"))}) {
+        for (const size_t bytes : {0U, 3U, 1764U}) {
+            const std::vector<quint8> content(bytes, 1);
+            block_t block{};
+            block.p_buffer = block.p_start = const_cast<quint8*>(content.data());
+            block.i_buffer = block.i_size = bytes;
+            const block_t* const out = converter.process(&block, format);
+            EXPECT_TRUE(!out || out->i_buffer < 8192U);
+        }
+    }
+}
+
+} // namespace
+} // namespace tavlo::test
