@@ -22,7 +22,9 @@ QString functionName(const char* signature)
     QString name = QString::fromUtf8(signature);
     name.truncate(name.indexOf(QLatin1Char('(')));
     name = name.mid(name.lastIndexOf(QLatin1Char(' ')) + 1);
-    return name.remove(QLatin1String("tavlo::graphics::"));
+    for (const char* prefix : {"tavlo::", "graphics::", "effects::", "{anonymous}::"})
+        name.remove(QLatin1String(prefix));
+    return name;
 }
 
 } // namespace

@@ -115,6 +115,17 @@ std::vector<Uniform> collectUniforms(GLuint program)
     return uniforms;
 }
 
+std::vector<Semantic> collectInputs(GLuint program)
+{
+    std::vector<Semantic> inputs;
+    for (int i = 0; i < semanticCount; ++i) {
+        const auto semantic = static_cast<Semantic>(i);
+        if (glGetAttribLocation(program, semanticName(semantic)) >= 0)
+            inputs.push_back(semantic);
+    }
+    return inputs;
+}
+
 ProgramPtr wrap(const std::shared_ptr<DeviceCore>& core, GLuint name)
 {
     GLint before = 0;
@@ -124,6 +135,7 @@ ProgramPtr wrap(const std::shared_ptr<DeviceCore>& core, GLuint name)
     impl->core = core;
     impl->name = name;
     impl->uniforms = collectUniforms(name);
+    impl->inputs = collectInputs(name);
     glUseProgram(static_cast<GLuint>(before)); // a context of a frame may be at work here
     return std::make_shared<Program>(std::move(impl));
 }
@@ -156,6 +168,7 @@ Program::Program(std::unique_ptr<Impl> impl) : _impl(std::move(impl)) {}
 Program::~Program() = default;
 
 const std::vector<Uniform>& Program::uniforms() const { return _impl->uniforms; }
+const std::vector<Semantic>& Program::inputs() const { return _impl->inputs; }
 
 std::vector<std::byte> Program::binary() const
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "graphics/State.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -51,6 +53,9 @@ public:
     Program& operator=(const Program&) = delete;
 
     const std::vector<Uniform>& uniforms() const;
+
+    /// What the vertex shader reads.
+    const std::vector<Semantic>& inputs() const;
 
     /// The driver's compiled form, which only a device of the same `driverIdentity` takes back. Empty when the driver
     /// gives none. A thread that may use the device.

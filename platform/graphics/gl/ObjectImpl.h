@@ -27,6 +27,7 @@ struct Program::Impl
     std::shared_ptr<DeviceCore> core;
     GLuint name = 0;
     std::vector<Uniform> uniforms;
+    std::vector<Semantic> inputs;
 };
 
 /// A dynamic texture and what it is to show.
