@@ -103,28 +103,38 @@ effects::Effect* TransitionStage::effect(quint32 kind) { return _effects[transit
 QImage TransitionStage::draw(quint32 kind, float position, const TexturePtr& outgoing, const TexturePtr& incoming,
                              QSize size, bool topFirst)
 {
-    const auto sizeOf = [](const TexturePtr& texture) {
-        return texture ? QSizeF(texture->desc().width, texture->desc().height) : QSizeF();
-    };
-    const TexturePtr target =
-        _device->createTexture({static_cast<quint32>(size.width()), static_cast<quint32>(size.height()),
-                                Format::R8G8B8A8_UNORM, Usage::Default, true});
-    if (!effect(kind) || !target)
+    const TexturePtr target = makeTarget(size);
+    if (!target || !drawInto(target, kind, position, outgoing, incoming, topFirst))
         return {};
+    const QImage frame = readBack(target);
+    return topFirst ? frame : frame.mirrored();
+}
+
+bool TransitionStage::drawInto(const TexturePtr& target, quint32 kind, float position, const TexturePtr& outgoing,
+                               const TexturePtr& incoming, bool topFirst)
+{
+    if (!effect(kind))
+        return false;
+    const QSize size(static_cast<int>(target->desc().width), static_cast<int>(target->desc().height));
     _context->clearRenderTarget(target, {0, 0, 0, 0});
     _context->setRenderTarget(target);
     _context->setViewport({0, 0, size.width(), size.height()});
-    const TransitionInputs inputs{
-        {outgoing, sizeOf(outgoing)}, {incoming, sizeOf(incoming)}, _textures, size, topFirst, randomSeed};
+    const auto picture = [](const TexturePtr& texture) {
+        return TransitionPicture{texture, texture ? QSizeF(texture->desc().width, texture->desc().height) : QSizeF()};
+    };
+    const TransitionInputs inputs{picture(outgoing), picture(incoming), _textures, size, topFirst, randomSeed};
     const bool applied = _draw.apply(*_context, *effect(kind), inputs, position, kind);
     if (applied)
         drawQuad();
     TransitionDraw::release(*effect(kind));
     _context->clearState();
-    if (!applied)
-        return {};
-    const QImage frame = readBack(target);
-    return topFirst ? frame : frame.mirrored();
+    return applied;
+}
+
+TexturePtr TransitionStage::makeTarget(QSize size)
+{
+    return _device->createTexture({static_cast<quint32>(size.width()), static_cast<quint32>(size.height()),
+                                   Format::R8G8B8A8_UNORM, Usage::Default, true});
 }
 
 void TransitionStage::drawQuad()

@@ -32,6 +32,13 @@ public:
     QImage draw(quint32 kind, float position, const graphics::TexturePtr& outgoing,
                 const graphics::TexturePtr& incoming, QSize size, bool topFirst = true);
 
+    /// The same into a target of the caller's, for as many frames as wanted. False when nothing was drawn.
+    bool drawInto(const graphics::TexturePtr& target, quint32 kind, float position,
+                  const graphics::TexturePtr& outgoing, const graphics::TexturePtr& incoming, bool topFirst = true);
+
+    graphics::TexturePtr makeTarget(QSize size);
+    QImage readBack(const graphics::TexturePtr& target);
+
     effects::Effect* effect(quint32 kind); ///< of the kind's family
 
     /// As the shaders see them: red, green, blue, alpha. Null for slots that transitions do not use.
@@ -49,7 +56,6 @@ private:
     void loadImages();
     void loadImage(int slot, const QString& name);
     void drawQuad();
-    QImage readBack(const graphics::TexturePtr& target);
 
     graphics::DevicePtr _device;
     graphics::ContextPtr _context;
