@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <span>
 
 namespace tavlo {
 namespace {
 
 constexpr int inputs = 256;
-constexpr int maxPoints = 6;
+constexpr size_t pointCount = 5;
 
 enum CurveChannel
 {
@@ -27,13 +26,13 @@ struct ControlPoint
     quint8 out;
 };
 
-/// One curve. Its points rise from the value 0 to the value 255, where it ends.
+/// One curve. Its points rise from the value 0 to the value 255.
 struct Curve
 {
     int slot;
     int row;
     CurveChannel channel;
-    ControlPoint points[maxPoints];
+    ControlPoint points[pointCount];
 };
 
 constexpr std::array<int, lastFilterCurveSlot - firstFilterCurveSlot + 1> rowCounts{2, 2, 1, 1, 1, 2, 2, 3, 2, 2};
@@ -102,12 +101,6 @@ constexpr Curve curves[] = {
     {47, 1, Blue, {{0, 28}, {64, 88}, {128, 154}, {192, 214}, {255, 255}}},
 };
 
-std::span<const ControlPoint> pointsOf(const Curve& curve)
-{
-    const auto last = std::ranges::find(curve.points, quint8{255}, &ControlPoint::in);
-    return {curve.points, last + 1};
-}
-
 /// Makes the slopes at the two ends of a rising segment small enough that the cubic between them never turns back
 /// (Fritsch and Carlson, 1980): as multiples of the segment's own slope they stay within a circle of radius 3.
 void limitSlopes(double secant, double& begin, double& end)
@@ -123,14 +116,14 @@ void limitSlopes(double secant, double& begin, double& end)
     }
 }
 
-std::array<double, maxPoints> slopesAt(std::span<const ControlPoint> points)
+std::array<double, pointCount> slopesAt(const ControlPoint (&points)[pointCount])
 {
-    const size_t segments = points.size() - 1;
-    std::array<double, maxPoints> secants{};
+    constexpr size_t segments = pointCount - 1;
+    std::array<double, segments> secants{};
     for (size_t i = 0; i < segments; ++i)
         secants[i] = double(points[i + 1].out - points[i].out) / (points[i + 1].in - points[i].in);
 
-    std::array<double, maxPoints> slopes{};
+    std::array<double, pointCount> slopes{};
     slopes[0] = secants[0];
     slopes[segments] = secants[segments - 1];
     for (size_t i = 1; i < segments; ++i)
@@ -152,7 +145,7 @@ double between(ControlPoint from, ControlPoint to, double slopeFrom, double slop
 
 std::array<quint8, inputs> evaluate(const Curve& curve)
 {
-    const auto points = pointsOf(curve);
+    const auto& points = curve.points;
     const auto slopes = slopesAt(points);
     std::array<quint8, inputs> values{};
     size_t segment = 0;

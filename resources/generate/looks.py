@@ -208,7 +208,7 @@ def crayon(c, t, strength=0.5):
 def sketch(c, t, strength=0.5):
     """Pencil: the luma divided by the lightest of its neighbours leaves white paper and dark lines."""
     grey = neighbours(c) @ LUMA
-    line = np.clip((grey[4] + 0.02) / (grey.max(axis=0) + 0.02), 0, 1) ** (5 * strength)
+    line = np.clip((grey[4] + 0.05) / (grey.max(axis=0) + 0.05), 0, 1) ** (5 * strength)
     tone = 0.72 + 0.28 * np.clip(grey.mean(axis=0) * 1.5, 0, 1)
     return np.repeat((line * tone)[..., None], 3, axis=-1)
 

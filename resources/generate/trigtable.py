@@ -6,7 +6,7 @@ cut, is looked up at (t, t) and gives in red (sin t + 1) / 2 and in green (cos t
 diagonal of red and green are ever read, and everything else is left empty.
 
 256 levels are few: 1.4 degrees of a turn. But each reading is the weighted mean of four texels, so levels are chosen such
-that these means come right (`fit`): the mean error is less than half of what rounding each texel by itself would give.
+that these means come right (`fit`): the mean error is about half of what rounding each texel by itself would give.
 """
 import numpy as np
 

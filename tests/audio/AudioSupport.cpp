@@ -14,7 +14,8 @@ namespace tavlo::test {
 BlockPtr blockOf(const void* data, size_t bytes)
 {
     BlockPtr block(block_Alloc(bytes));
-    memcpy(block->p_buffer, data, bytes);
+    if (bytes > 0)
+        memcpy(block->p_buffer, data, bytes);
     return block;
 }
 

@@ -31,7 +31,8 @@ template <class Sample>
 std::vector<Sample> samplesOf(const block_t& block)
 {
     std::vector<Sample> samples(block.i_buffer / sizeof(Sample));
-    memcpy(samples.data(), block.p_buffer, samples.size() * sizeof(Sample));
+    if (!samples.empty())
+        memcpy(samples.data(), block.p_buffer, samples.size() * sizeof(Sample));
     return samples;
 }
 
