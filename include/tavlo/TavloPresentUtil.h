@@ -3,6 +3,7 @@
 #include <tavlo/Export.h>
 #include <tavlo/TavloPresentChannelID.h>
 #include <tavlo/TavloPresentViewLayout.h>
+#include <tavlo/TavloTransitionKinds.h>
 #include <tavlo/records/AudioRecords.h>
 #include <tavlo/records/GraphicsRecords.h>
 #include <tavlo/records/RecordTypes.h>
@@ -150,4 +151,18 @@ public:
 
     /// Fills the record from preset 1 to 3; others set `preset` alone.
     static void loadAudioVolcalCutPreset(TavloAudioVocalCutPreset preset, tagTavloAudioProcessParamVolcalCut& param);
+
+    // --- transitions ---
+
+    /// The family of a transition; TavloPresentEffectKindCatalogNone for a number that is none.
+    static TavloPresentEffectKindCatalog getEffectCatalog(unsigned kind);
+
+    /// The numbers of all transitions in ascending order. They have gaps.
+    static QList<quint32> transitionKinds();
+
+    /// As "fade_Normal"; empty for a number that is none.
+    static QString transitionName(quint32 kind);
+
+    /// The number of a name, letter case counts; 0 for one that is none.
+    static quint32 transitionKind(const QString& name);
 };

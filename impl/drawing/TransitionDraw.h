@@ -1,0 +1,56 @@
+#pragma once
+
+#include "drawing/TransitionMask.h"
+
+#include "effects/Effect.h"
+#include "graphics/Context.h"
+
+#include <QSizeF>
+
+#include <span>
+
+namespace tavlo {
+
+/// A picture that a transition shows, its top row first.
+struct TransitionPicture
+{
+    graphics::TexturePtr texture;
+    QSizeF size;       ///< pixels
+    bool flip = false; ///< for kinds of no family alone
+};
+
+/// What a transition is drawn from.
+struct TransitionInputs
+{
+    TransitionPicture outgoing;
+    TransitionPicture incoming;
+    std::span<const graphics::TexturePtr> images; ///< the store's, by slot
+    QSizeF targetSize;                            ///< pixels
+    bool targetTopFirst = true;                   ///< false: a window's back buffer
+    quint32 randomSeed = 0;                       ///< seconds of the clock
+};
+
+/// Brings an effect into the state in which a quad over the whole target draws a transition.
+///
+/// Frame thread. Nothing is allocated but by the painter of the mask.
+class TransitionDraw
+{
+public:
+    /// Paints the mask where the kind has one, sets the variables in their order, and applies the pass. Sampler 0 and 1
+    /// are to be cleared after the draw (`release`).
+    /// \param effect  that of the kind's family
+    /// \return false: the reason is in the log and nothing is to be drawn; so it is for a kind of no family
+    bool apply(graphics::Context& context, effects::Effect& effect, const TransitionInputs& inputs, float position,
+               quint32 kind);
+
+    /// Lets go of the two pictures.
+    static void release(effects::Effect& effect);
+
+private:
+    void updateMask(graphics::Context& context, std::span<const graphics::TexturePtr> images, quint32 kind,
+                    float position);
+
+    TransitionMask _mask;
+};
+
+} // namespace tavlo

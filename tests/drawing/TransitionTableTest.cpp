@@ -1,0 +1,113 @@
+#include "drawing/TransitionTable.h"
+
+#include "resources/ResourceTree.h"
+
+#include <tavlo/TavloPresentUtil.h>
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <gtest/gtest.h>
+
+namespace tavlo {
+namespace {
+
+QString readEffect(const QString& family)
+{
+    initResourceTree();
+    QFile file(QStringLiteral(":/res/Resources/TransitionEffect/glsl/trans_%1.fx").arg(family));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(file.fileName());
+    return QString::fromUtf8(file.readAll());
+}
+
+TEST(TransitionTable, NamesEveryKindOnceBothWays)
+{
+    const QList<quint32> kinds = TavloPresentUtil::transitionKinds();
+    ASSERT_EQ(kinds.size(), 105);
+    QSet<QString> names;
+    for (const quint32 kind : kinds) {
+        const QString name = TavloPresentUtil::transitionName(kind);
+        names.insert(name);
+        EXPECT_EQ(TavloPresentUtil::transitionKind(name), kind) << qPrintable(name);
+    }
+    EXPECT_EQ(names.size(), 105);
+    EXPECT_EQ(TavloPresentUtil::transitionKind(QStringLiteral("fade_Normal")), 22U);
+    EXPECT_EQ(TavloPresentUtil::transitionKind(QStringLiteral("fade_normal")), 0U);
+    EXPECT_EQ(TavloPresentUtil::transitionKind({}), 0U);
+    EXPECT_EQ(TavloPresentUtil::transitionName(52), QString());
+}
+
+TEST(TransitionTable, KnowsTheFamilyOfEveryNumber)
+{
+    struct Range
+    {
+        quint32 first, last;
+        const char* name;
+    };
+    constexpr std::array ranges{Range{1, 20, "erase"},    Range{22, 23, "fade"},  Range{25, 44, "glide"},
+                                Range{46, 51, "stretch"}, Range{53, 60, "blur"},  Range{62, 72, "distortion"},
+                                Range{74, 79, "color"},   Range{81, 112, "lumas"}};
+    for (unsigned kind = 0; kind < 200; ++kind) {
+        unsigned family = 0;
+        for (std::size_t i = 0; i < ranges.size(); ++i) {
+            if (kind >= ranges[i].first && kind <= ranges[i].last)
+                family = static_cast<unsigned>(i) + 1;
+        }
+        EXPECT_EQ(TavloPresentUtil::getEffectCatalog(kind), family) << kind;
+        const QString name = TavloPresentUtil::transitionName(kind);
+        EXPECT_EQ(name.section(u'_', 0, 0), family ? QLatin1String(ranges[family - 1].name) : QLatin1String()) << kind;
+    }
+    for (const unsigned kind : {65535U, 65536U, 0xffffffffU})
+        EXPECT_EQ(TavloPresentUtil::getEffectCatalog(kind), TavloPresentEffectKindCatalogNone) << kind;
+}
+
+TEST(TransitionTable, AgreesWithTheNumbersInTheEffectFiles)
+{
+    const QRegularExpression constant(QStringLiteral("const int TavloSwitchEffectKind_(\\w+) = (\\d+);"));
+    int found = 0;
+    for (const char* family : {"erase", "fade", "glide", "stretch", "blur", "distortion", "color"}) {
+        auto match = constant.globalMatch(readEffect(QLatin1String(family)));
+        while (match.hasNext()) {
+            const QRegularExpressionMatch one = match.next();
+            EXPECT_EQ(TavloPresentUtil::transitionKind(one.captured(1)), one.captured(2).toUInt())
+                << qPrintable(one.captured());
+            ++found;
+        }
+    }
+    EXPECT_EQ(found, 105 - 32); // lumas are a range of their own
+}
+
+TEST(TransitionTable, SetsOnlyWhatTheFamilysEffectHas)
+{
+    QHash<QString, QString> effects;
+    for (const TransitionRow& row : transitionRows()) {
+        const QString family = QString::fromLatin1(row.name).section(u'_', 0, 0);
+        if (!effects.contains(family))
+            effects.insert(family, readEffect(family).section(QStringLiteral("[technique"), 0, 0));
+        const auto declares = [&](const char* type, const QString& name) {
+            return effects[family].contains(QRegularExpression(
+                QStringLiteral("^%1 +%2\\b").arg(QLatin1String(type), name), QRegularExpression::MultilineOption));
+        };
+        for (const TransitionSetting& setting : row.used())
+            EXPECT_TRUE(declares(setting.components == 2 ? "vec2" : "float", QLatin1String(setting.variable)))
+                << row.name << " " << setting.variable;
+        EXPECT_TRUE(!row.image || declares("texture", QLatin1String(row.image))) << row.name;
+        EXPECT_TRUE(!row.randomSeed || declares("float", QStringLiteral("randomSeed"))) << row.name;
+    }
+}
+
+TEST(TransitionTable, DrawsAnyNumberToSeventyNineButTheOneThatShowsNothing)
+{
+    QSet<quint32> seen;
+    for (quint32 draw = 0; draw < 400; ++draw)
+        seen.insert(randomTransition(draw * 7));
+    EXPECT_EQ(seen.size(), 79);
+    EXPECT_FALSE(seen.contains(72));
+    EXPECT_TRUE(seen.contains(0));
+    EXPECT_EQ(randomTransition(72), 22U);
+    EXPECT_EQ(randomTransition(2147483647), 2147483647U % 80);
+}
+
+} // namespace
+} // namespace tavlo
