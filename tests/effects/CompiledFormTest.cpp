@@ -12,8 +12,11 @@ namespace {
 CompiledForm makeForm()
 {
     std::string error;
-    CompiledForm form{"driver", parseEffect(tavlo::test::mixEffect, "mix.fx", error)->description, {}};
+    const std::string pass = "pass quad mixed\n";
+    const std::string source = tavlo::test::replaced(tavlo::test::mixEffect, pass, pass + " variant channel=-1\n");
+    CompiledForm form{"driver", parseEffect(source, "mix.fx", error)->description, {}};
     form.binaries.push_back({std::byte{1}, std::byte{200}, std::byte{3}});
+    form.binaries.push_back({});
     return form;
 }
 
@@ -60,10 +63,10 @@ TEST(CompiledForm, aFormThatContradictsItselfIsNone)
         return !readCompiled(writeCompiled(form));
     };
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.binaries.clear(); }));
-    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.techniques[0].passes[0].program = 1; }));
+    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.techniques[0].passes[0].program = 2; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.techniques[0].passes[0].variants = {9}; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.programs[0].fixed = {{0, 1}}; }));
-    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.programs[0].fixed = {{99, 1}}; }));
+    EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.programs[1].fixed = {{99, 1}}; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[0].count = 2; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[4].count = 100000; }));
     EXPECT_TRUE(refuses([](CompiledForm& form) { form.description.variables[0].initial.push_back(1); }));

@@ -76,11 +76,10 @@ void TransitionStage::loadImages()
     }
 }
 
-/// The files hold red and blue exchanged.
 void TransitionStage::loadImage(int slot, const QString& name)
 {
     QImage image =
-        QImage(root + QStringLiteral("images/") + name).convertToFormat(QImage::Format_RGBA8888).rgbSwapped();
+        QImage(root + QStringLiteral("images/") + name).convertToFormat(QImage::Format_RGBA8888);
     if (image.isNull())
         _fault += QStringLiteral("cannot read %1\n").arg(name);
     else

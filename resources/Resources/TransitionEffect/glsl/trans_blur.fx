@@ -14,6 +14,22 @@ texture trigInput                // sine in red, cosine in green, arctangent in 
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=53 texelExact=1 // blur_CircularBlur
+    variant transitionType=53 texelExact=0
+    variant transitionType=54 texelExact=1 // blur_RadialBlur
+    variant transitionType=54 texelExact=0
+    variant transitionType=55 texelExact=1 // blur_Pixelate
+    variant transitionType=55 texelExact=0
+    variant transitionType=56 texelExact=1 // blur_Directional
+    variant transitionType=56 texelExact=0
+    variant transitionType=57 texelExact=1 // blur_GrowablePoissonDisk
+    variant transitionType=57 texelExact=0
+    variant transitionType=58 texelExact=1 // blur_Sharpen
+    variant transitionType=58 texelExact=0
+    variant transitionType=59 texelExact=1 // blur_Telescopic
+    variant transitionType=59 texelExact=0
+    variant transitionType=60 texelExact=1 // blur_Zoom
+    variant transitionType=60 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_blur_CircularBlur = 53;

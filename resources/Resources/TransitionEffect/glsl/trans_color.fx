@@ -13,6 +13,18 @@ int     texelExact               // 1: both pictures have the target's size and 
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=74 texelExact=1 // color_MostBright
+    variant transitionType=74 texelExact=0
+    variant transitionType=75 texelExact=1 // color_BrightExtract
+    variant transitionType=75 texelExact=0
+    variant transitionType=76 texelExact=1 // color_InvertColor
+    variant transitionType=76 texelExact=0
+    variant transitionType=77 texelExact=1 // color_TransparentAlternatingPixelsMultiplied
+    variant transitionType=77 texelExact=0
+    variant transitionType=78 texelExact=1 // color_TransparentAlternatingScanlines
+    variant transitionType=78 texelExact=0
+    variant transitionType=79 texelExact=1 // color_ApplyTextureMap
+    variant transitionType=79 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_color_MostBright = 74;

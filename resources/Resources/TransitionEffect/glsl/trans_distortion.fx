@@ -18,6 +18,28 @@ texture noiseInput
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=62 texelExact=1 // distortion_BandedSwirl
+    variant transitionType=62 texelExact=0
+    variant transitionType=63 texelExact=1 // distortion_CircleStretch
+    variant transitionType=63 texelExact=0
+    variant transitionType=64 texelExact=1 // distortion_CloudReveal
+    variant transitionType=64 texelExact=0
+    variant transitionType=65 texelExact=1 // distortion_Crumble
+    variant transitionType=65 texelExact=0
+    variant transitionType=66 texelExact=1 // distortion_Disolve
+    variant transitionType=66 texelExact=0
+    variant transitionType=67 texelExact=1 // distortion_RadialWiggle
+    variant transitionType=67 texelExact=0
+    variant transitionType=68 texelExact=1 // distortion_RandomCircleReveal
+    variant transitionType=68 texelExact=0
+    variant transitionType=69 texelExact=1 // distortion_Ripple
+    variant transitionType=69 texelExact=0
+    variant transitionType=70 texelExact=1 // distortion_Wave
+    variant transitionType=70 texelExact=0
+    variant transitionType=71 texelExact=1 // distortion_MagnifySmooth
+    variant transitionType=71 texelExact=0
+    variant transitionType=72 texelExact=1 // distortion_ApplyTextureMap
+    variant transitionType=72 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_distortion_BandedSwirl = 62;

@@ -20,6 +20,46 @@ texture cloudInput
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=1 texelExact=1 // erase_Left
+    variant transitionType=1 texelExact=0
+    variant transitionType=2 texelExact=1 // erase_Right
+    variant transitionType=2 texelExact=0
+    variant transitionType=3 texelExact=1 // erase_Top
+    variant transitionType=3 texelExact=0
+    variant transitionType=4 texelExact=1 // erase_Bottom
+    variant transitionType=4 texelExact=0
+    variant transitionType=5 texelExact=1 // erase_TopLeft
+    variant transitionType=5 texelExact=0
+    variant transitionType=6 texelExact=1 // erase_TopRight
+    variant transitionType=6 texelExact=0
+    variant transitionType=7 texelExact=1 // erase_BottomRight
+    variant transitionType=7 texelExact=0
+    variant transitionType=8 texelExact=1 // erase_BottomLeft
+    variant transitionType=8 texelExact=0
+    variant transitionType=9 texelExact=1 // erase_HCenter
+    variant transitionType=9 texelExact=0
+    variant transitionType=10 texelExact=1 // erase_VCenter
+    variant transitionType=10 texelExact=0
+    variant transitionType=11 texelExact=1 // erase_Box
+    variant transitionType=11 texelExact=0
+    variant transitionType=12 texelExact=1 // erase_Checkerboard
+    variant transitionType=12 texelExact=0
+    variant transitionType=13 texelExact=1 // erase_Circle
+    variant transitionType=13 texelExact=0
+    variant transitionType=14 texelExact=1 // erase_DiagonalSquares
+    variant transitionType=14 texelExact=0
+    variant transitionType=15 texelExact=1 // erase_DissolveIn
+    variant transitionType=15 texelExact=0
+    variant transitionType=16 texelExact=1 // erase_RandomBars
+    variant transitionType=16 texelExact=0
+    variant transitionType=17 texelExact=1 // erase_Split
+    variant transitionType=17 texelExact=0
+    variant transitionType=18 texelExact=1 // erase_VenetianBlinds
+    variant transitionType=18 texelExact=0
+    variant transitionType=19 texelExact=1 // erase_Blood
+    variant transitionType=19 texelExact=0
+    variant transitionType=20 texelExact=1 // erase_Wheel
+    variant transitionType=20 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_erase_Left = 1;

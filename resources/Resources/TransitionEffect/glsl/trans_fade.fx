@@ -15,6 +15,10 @@ texture cloudInput
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=22 texelExact=1 // fade_Normal
+    variant transitionType=22 texelExact=0
+    variant transitionType=23 texelExact=1 // fade_Drop
+    variant transitionType=23 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_fade_Normal = 22;

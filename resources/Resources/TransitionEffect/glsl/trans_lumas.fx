@@ -14,6 +14,8 @@ texture cloudInput               // the luma: dark points change first
 
 [technique Transprocess]
 pass quad transition
+    variant texelExact=1
+    variant texelExact=0
 
 [common]
 const int firstLuma = 81;

@@ -14,6 +14,18 @@ vec2    StretchDirect            // which way; 0 0 from the middle, 0.5 0.5 towa
 
 [technique Transprocess]
 pass quad transition
+    variant transitionType=46 texelExact=1 // stretch_Left
+    variant transitionType=46 texelExact=0
+    variant transitionType=47 texelExact=1 // stretch_Right
+    variant transitionType=47 texelExact=0
+    variant transitionType=48 texelExact=1 // stretch_Top
+    variant transitionType=48 texelExact=0
+    variant transitionType=49 texelExact=1 // stretch_Bottom
+    variant transitionType=49 texelExact=0
+    variant transitionType=50 texelExact=1 // stretch_Center_Inner_AOut
+    variant transitionType=50 texelExact=0
+    variant transitionType=51 texelExact=1 // stretch_Center_Inner_BIn
+    variant transitionType=51 texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_stretch_Left = 46;

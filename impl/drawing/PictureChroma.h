@@ -1,0 +1,19 @@
+#pragma once
+
+#include <tavlo/records/MediaFormat.h>
+
+#include <algorithm>
+#include <array>
+
+namespace tavlo {
+
+/// The picture layouts that simple.fx loads texel by texel. Everything else is red, green, blue, alpha.
+inline constexpr std::array yuvChromas{tavloFourcc("I420"), tavloFourcc("YV12"), tavloFourcc("NV12"),
+                                       tavloFourcc("NV21"), tavloFourcc("YUY2"), tavloFourcc("YVYU"),
+                                       tavloFourcc("UYVY"), tavloFourcc("VYUY")};
+
+inline constexpr quint32 chromaRgba = tavloFourcc("RGBA");
+
+constexpr bool isYuv(quint32 chroma) { return std::ranges::find(yuvChromas, chroma) != yuvChromas.end(); }
+
+} // namespace tavlo

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "drawing/ITavloGraphicsRes.h"
+#include "drawing/PictureQuad.h"
+
+#include <tavlo/records/PictureRecords.h>
+#include <tavlo/records/ShowRecords.h>
+
+#include <QSizeF>
+
+namespace tavlo {
+
+/// Where the second and the third component of a planar picture lie in its texture, in texels from the first one.
+struct PlaneOffsets
+{
+    quint32 u = 0;
+    quint32 v = 0;
+};
+
+/// Which row of a picture a render target keeps first.
+enum class Rows
+{
+    TopFirst,
+    BottomFirst
+};
+
+} // namespace tavlo
+
+/// One render target and the drawing of whole pictures into it, each as one quad through an effect.
+///
+/// Unmade until `create`, and again after `destroy`; an unmade object draws nothing. The target keeps its top row
+/// first, as decoded pictures do, so that what one object has drawn is input of the next without being turned over.
+/// Only the back buffer of a window keeps its bottom row first.
+///
+/// Frame thread: the thread of the context. Each draw leaves the context with the targets and the input layout that it
+/// found, and everything else cleared. Nothing is allocated by a draw.
+class TavloDrawDX11
+{
+public:
+    using TexturePtr = tavlo::graphics::TexturePtr;
+    using Rgba = tavlo::graphics::Rgba;
+    using PlaneOffsets = tavlo::PlaneOffsets;
+
+    /// \param graphicsRes  lent until `destroy`
+    /// \param texture      the target; null makes one from `desc`
+    /// \param desc         width and height are replaced by `size`
+    /// \param size         of the target, pixels
+    virtual bool create(ITavloGraphicsRes* graphicsRes, TexturePtr texture, tavlo::graphics::DevicePtr device,
+                        tavlo::graphics::ContextPtr context, const tavlo::graphics::TextureDesc& desc, QSizeF size,
+                        tavlo::Rows rows = tavlo::Rows::TopFirst);
+
+    /// Releases everything that `create` made. May be called twice.
+    virtual void destroy();
+
+    TavloDrawDX11() = default;
+    virtual ~TavloDrawDX11();
+    TavloDrawDX11(const TavloDrawDX11&) = delete;
+    TavloDrawDX11& operator=(const TavloDrawDX11&) = delete;
+
+    bool isMade() const { return _context != nullptr; }
+
+    /// Fills the target, and its depth with 1.
+    void clear(const Rgba& color);
+    void clear() { clear(clearColor); }
+
+    /// A picture in the target's middle, as large as fits, over what is there.
+    /// \param chroma        four-character code of its layout; what is no YUV layout counts as red, green, blue, alpha
+    /// \param picture       null draws a transparent picture
+    /// \param sourceSize    of the picture, pixels
+    /// \param process       crop, colour adjustment and keys; null: none
+    /// \param flip, mirror  the picture is drawn upside down, or left to right
+    void drawPicture(quint32 chroma, const TexturePtr& picture, QSizeF sourceSize, PlaneOffsets planeOffsets,
+                     const tagTavloPresentPictureFilterParam* process, bool clearFirst, bool flip, bool mirror);
+
+    /// The same placed by a display record, without crop, adjustment and keys.
+    /// \param fitMode  a tavlo::FitMode
+    void drawPicturePlaced(quint32 chroma, const TexturePtr& picture, QSizeF sourceSize, PlaneOffsets planeOffsets,
+                           const tagTavloShowDisplayItemInfo& placement, int fitMode, bool clearFirst, bool flip,
+                           bool mirror);
+
+    /// Clears the target and draws the picture's luma as grey, opaque.
+    void drawGray(const TexturePtr& picture, QSizeF sourceSize);
+
+    /// The target, which is also the input of a next draw. Null before `create`.
+    const TexturePtr& targetResource() const { return _target; }
+
+    /// Takes over what an object of the same size has drawn.
+    void takeOver(const TavloDrawDX11& other);
+
+    /// Pixels.
+    QSizeF size() const { return _size; }
+
+    /// Colour of the clears that name none.
+    Rgba clearColor{};
+
+protected:
+    const tavlo::graphics::ContextPtr& context() const { return _context; }
+    ITavloGraphicsRes* graphicsRes() const { return _graphicsRes; }
+
+private:
+    struct Source;
+
+    bool createTargets(const tavlo::graphics::DevicePtr& device);
+    bool createBuffers(const tavlo::graphics::DevicePtr& device);
+    void drawSource(const Source& source, const tagTavloPresentPictureFilterParam* process, const tavlo::Quad& quad,
+                    bool clearFirst);
+    void writeQuad(const tavlo::Quad& quad);
+
+    // fixed from create to destroy
+    tavlo::graphics::ContextPtr _context;
+    ITavloGraphicsRes* _graphicsRes = nullptr;
+    tavlo::Rows _rows = tavlo::Rows::TopFirst;
+    QSizeF _size;
+    tavlo::graphics::TextureDesc _targetDesc;
+    TexturePtr _target;
+    TexturePtr _depth; ///< null for single-channel targets
+    TexturePtr _blank; ///< target-sized, transparent black
+    tavlo::graphics::BufferPtr _dynamicVertices;
+    tavlo::graphics::BufferPtr _quadVertices;
+    tavlo::graphics::BufferPtr _quadIndices;
+};
+
+/// The picture process of a source, in its real order: crop and colour adjustment in the source's own layout, then the
+/// chroma key, then the luma key, each in a pass of its own where it is enabled. The result stands in `first`.
+///
+/// Frame thread. Both objects have the size of the target; `second` serves as scratch.
+/// \param flip  the source's own; `vFlip` of the record turns it over
+void drawKeyedSource(TavloDrawDX11& first, TavloDrawDX11& second, quint32 chroma,
+                     const tavlo::graphics::TexturePtr& picture, QSizeF sourceSize, tavlo::PlaneOffsets planeOffsets,
+                     const tagTavloPresentPictureFilterParam& process, bool clearFirst, bool flip);
