@@ -85,11 +85,12 @@ bool UpdateSubresource(Context& context, const TexturePtr& texture, int x, int y
     if (!texture || !data || x < 0 || y < 0 || pitch <= 0 || rowStart < 0 || rowCount < 0)
         return false;
     const TextureDesc& desc = texture->desc();
+    if (static_cast<quint32>(x) > desc.width || static_cast<quint32>(y) > formatRows(desc.format, desc.height))
+        return false;
     if (desc.usage != Usage::Dynamic) {
         const quint32 texels = static_cast<quint32>(pitch) / formatBytes(desc.format);
         const Box box{static_cast<quint32>(x), static_cast<quint32>(y),
-                      std::min(texels, desc.width - std::min(desc.width, static_cast<quint32>(x))),
-                      static_cast<quint32>(rowCount)};
+                      std::min(texels, desc.width - static_cast<quint32>(x)), static_cast<quint32>(rowCount)};
         return context.updateSubresource(*texture, box,
                                          data + static_cast<size_t>(rowStart) * static_cast<size_t>(pitch),
                                          static_cast<quint32>(pitch));

@@ -78,8 +78,7 @@ void TransitionStage::loadImages()
 
 void TransitionStage::loadImage(int slot, const QString& name)
 {
-    QImage image =
-        QImage(root + QStringLiteral("images/") + name).convertToFormat(QImage::Format_RGBA8888);
+    QImage image = QImage(root + QStringLiteral("images/") + name).convertToFormat(QImage::Format_RGBA8888);
     if (image.isNull())
         _fault += QStringLiteral("cannot read %1\n").arg(name);
     else

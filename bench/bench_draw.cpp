@@ -1,0 +1,221 @@
+// What a picture's way through the draw object costs: against the same shader's quad with nothing around it, in
+// allocations, through the passes of a keyed source, and what the first start of the effects takes.
+
+#include "drawing/TavloDrawDX11.h"
+#include "drawing/TavloGraphicsRes.h"
+
+#include <tavlo/InterfacePtr.h>
+#include <tavlo/records/MediaFormat.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<qint64> allocations = 0;
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    ++allocations;
+    if (void* const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using namespace tavlo;
+using namespace tavlo::graphics;
+
+constexpr quint32 rgba = tavloFourcc("RGBA"), i420 = tavloFourcc("I420");
+constexpr quint32 replacedPass = 1; // of simple.fx: what a draw on a cleared target takes
+constexpr int warmUps = 8;
+
+/// Ends the work of an iteration: the time is that of the device too.
+void finish(Context& context) { context.flush().wait(std::chrono::seconds(10)); }
+
+/// A device and its effects, made once.
+struct Room
+{
+    Room()
+    {
+        context->attach();
+        store->create(ITavloGraphicsRes::WithoutImages, device, context, cache.path() + QLatin1Char('/'));
+    }
+
+    std::unique_ptr<TavloDrawDX11> makeDraw(QSizeF size)
+    {
+        auto draw = std::make_unique<TavloDrawDX11>();
+        draw->create(store.get(), nullptr, device, context, {}, size);
+        return draw;
+    }
+
+    const DevicePtr device = Device::create();
+    const ContextPtr context = device->immediateContext();
+    const QTemporaryDir cache;
+    const InterfacePtr<TavloGraphicsRes> store{new TavloGraphicsRes};
+};
+
+Room& room()
+{
+    static Room made;
+    return made;
+}
+
+QSizeF sizeOf(const benchmark::State& state)
+{
+    return {static_cast<double>(state.range(0)), static_cast<double>(state.range(1))};
+}
+
+/// A picture of a layout, as its source hands it on.
+struct Source
+{
+    Source(quint32 fourcc, QSizeF pictureSize) : chroma(fourcc), size(pictureSize)
+    {
+        const auto width = static_cast<quint32>(size.width()), height = static_cast<quint32>(size.height());
+        TextureDesc desc{width, height, Format::R8G8B8A8_UNORM, Usage::Dynamic};
+        if (chroma == i420) {
+            desc.format = Format::R8_UNORM;
+            desc.height = 2 * height;
+            planes = {width * height, width * height * 3 / 2};
+        }
+        texture = room().device->createTexture(desc);
+        const auto mapped = room().context->map(*texture, MapMode::WriteDiscard);
+        for (std::size_t i = 0; i < std::size_t{mapped->rowPitch} * desc.height; ++i)
+            mapped->data[i] = static_cast<std::byte>(i * 2654435761U >> 24);
+        room().context->unmap(texture);
+    }
+
+    quint32 chroma;
+    QSizeF size;
+    PlaneOffsets planes;
+    TexturePtr texture;
+};
+
+/// Runs a draw as often as the benchmark asks, and counts what it allocates.
+template <class Draw>
+void measure(benchmark::State& state, const Draw& draw)
+{
+    Context& context = *room().context;
+    for (int i = 0; i < warmUps; ++i) {
+        draw();
+        finish(context);
+    }
+    qint64 made = 0;
+    for (auto _ : state) {
+        const qint64 before = allocations;
+        draw();
+        made += allocations - before;
+        finish(context);
+    }
+    state.counters["allocations"] = benchmark::Counter(static_cast<double>(made), benchmark::Counter::kAvgIterations);
+}
+
+/// The draw object's own way.
+void drawPicture(benchmark::State& state, quint32 chroma)
+{
+    const Source source(chroma, sizeOf(state));
+    const auto target = room().makeDraw(source.size);
+    measure(state, [&] {
+        target->drawPicture(source.chroma, source.texture, source.size, source.planes, nullptr, true, false, false);
+    });
+}
+
+/// The same program and values, set once; only the quad is drawn.
+void bareQuad(benchmark::State& state, quint32 chroma)
+{
+    Context& context = *room().context;
+    const Source source(chroma, sizeOf(state));
+    const auto target = room().makeDraw(source.size);
+    target->drawPicture(source.chroma, source.texture, source.size, source.planes, nullptr, true, false, false);
+
+    const auto vertices = std::as_bytes(std::span(fullQuad));
+    const auto indices = std::as_bytes(std::span(quadIndices));
+    auto picture = room().store->effect(0)->GetVariableByName("sampler0").AsShaderResource();
+    picture.SetResource(source.texture);
+    picture.SetSampler(Sampler::NearestClamp);
+    context.setRenderTarget(target->targetResource());
+    context.setViewport({0, 0, static_cast<int>(source.size.width()), static_cast<int>(source.size.height())});
+    room().store->technique(0).GetPassByIndex(replacedPass).Apply(context);
+    context.setInputLayout(room().store->inputLayout(0));
+    context.setVertexBuffer(room().device->createBuffer({sizeof(Quad), BufferKind::Vertex, false}, vertices),
+                            sizeof(QuadVertex), 0);
+    context.setIndexBuffer(
+        room().device->createBuffer({static_cast<quint32>(indices.size()), BufferKind::Index, false}, indices));
+    measure(state, [&] { context.drawIndexed(static_cast<quint32>(quadIndices.size()), 0); });
+    picture.SetResource(nullptr);
+    context.clearState();
+}
+
+/// Crop and adjustment, then the keys: 1 chroma, 2 luma, 3 both.
+void keyedSource(benchmark::State& state)
+{
+    const Source source(i420, {1280, 720});
+    const auto first = room().makeDraw(source.size), second = room().makeDraw(source.size);
+    const auto keys = static_cast<quint32>(state.range(0));
+    tagTavloPresentPictureFilterParam process;
+    process.rectCropParam = {1, {0.1F, 0.1F, 0.9F, 0.9F}};
+    process.colorAdjustParam = {1, 0.1F, 0.05F, 20, 0.9F};
+    process.chromaKeyParam = {keys & 1, 0, 0.2F, 0.2F, 0.3F, {0.3F, 0.3F}};
+    process.lumaKeyParam = {keys & 2, 0.1F, 0.1F, 0.1F};
+    measure(state, [&] {
+        drawKeyedSource(*first, *second, source.chroma, source.texture, source.size, source.planes, process, true,
+                        false);
+    });
+}
+
+/// The ten effects compiled, and written to an empty cache.
+void firstStart(benchmark::State& state)
+{
+    for (auto _ : state) {
+        const QTemporaryDir cache;
+        TavloGraphicsRes store;
+        store.create(ITavloGraphicsRes::WithoutImages, room().device, room().context, cache.path() + QLatin1Char('/'));
+    }
+}
+
+/// The ten effects read from the cache.
+void cachedStart(benchmark::State& state)
+{
+    for (auto _ : state) {
+        TavloGraphicsRes store;
+        store.create(ITavloGraphicsRes::WithoutImages, room().device, room().context,
+                     room().cache.path() + QLatin1Char('/'));
+    }
+}
+
+void pictureSizes(benchmark::internal::Benchmark* bench)
+{
+    bench->Args({1280, 720})->Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+BENCHMARK_CAPTURE(bareQuad, rgba, rgba)->Apply(pictureSizes);
+BENCHMARK_CAPTURE(drawPicture, rgba, rgba)->Apply(pictureSizes);
+BENCHMARK_CAPTURE(bareQuad, i420, i420)->Apply(pictureSizes);
+BENCHMARK_CAPTURE(drawPicture, i420, i420)->Apply(pictureSizes);
+BENCHMARK(keyedSource)->DenseRange(0, 3)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(firstStart)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(cachedStart)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // the driver keeps compiled shaders too, which would make every first start a second one
+    qputenv("MESA_SHADER_CACHE_DISABLE", "true");
+    const QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,74 @@
+#include "drawing/DrawTest.h"
+
+#include <array>
+
+namespace tavlo::test {
+namespace {
+
+using namespace reference;
+
+struct LayoutName
+{
+    std::uint32_t chroma;
+    const char* name;
+};
+
+constexpr std::array layouts{LayoutName{I420, "I420"}, LayoutName{YV12, "YV12"}, LayoutName{NV12, "NV12"},
+                             LayoutName{NV21, "NV21"}, LayoutName{YUY2, "YUY2"}, LayoutName{YVYU, "YVYU"},
+                             LayoutName{UYVY, "UYVY"}, LayoutName{VYUY, "VYUY"}, LayoutName{RV32, "RV32"}};
+constexpr std::array<std::array<int, 2>, 7> sizes{{{1, 1}, {2, 2}, {7, 5}, {16, 9}, {9, 16}, {33, 17}, {64, 36}}};
+
+class DrawLayoutGL : public DrawTest, public testing::WithParamInterface<LayoutName>
+{
+public:
+    Input makeInput(int width, int height, bool flip, bool mirror)
+    {
+        const Shape shape = shapeOf(GetParam().chroma, width, height);
+        _bytes = pattern(static_cast<std::uint32_t>(shape.width * shape.channels),
+                         static_cast<std::uint32_t>(shape.height), static_cast<std::uint32_t>(width));
+        const Picture texture(shape.width, shape.height, shape.channels, _bytes);
+        return {GetParam().chroma, texture, width, height, shape.u, shape.v, flip, mirror};
+    }
+
+    Picture drawn(const Input& input, int targetWidth, int targetHeight)
+    {
+        const Draw draw = makeDraw(targetWidth, targetHeight);
+        const int channels = input.chroma == RV32 ? 4 : 1;
+        draw->drawPicture(input.chroma, upload(input.texture.width, input.texture.height, channels, _bytes),
+                          QSizeF(input.width, input.height), {input.u, input.v}, nullptr, true, input.flip,
+                          input.mirror);
+        return result(*draw);
+    }
+
+private:
+    std::vector<std::uint8_t> _bytes;
+};
+
+/// Random bytes, so that a plane, a row or a component taken for another cannot pass.
+TEST_P(DrawLayoutGL, IsReadTexelByTexel)
+{
+    for (const auto& [width, height] : sizes) {
+        for (const int turn : {0, 1, 2, 3}) {
+            SCOPED_TRACE(testing::Message() << width << " x " << height << ", turn " << turn);
+            const Input input = makeInput(width, height, (turn & 1) != 0, (turn & 2) != 0);
+            Picture expected(width, height);
+            draw(expected, input, fitted(expected.size(), expected.size()));
+            EXPECT_TRUE(isSame(drawn(input, width, height), expected, 1));
+        }
+    }
+}
+
+/// Three pixels to a texel: texel loads mix no neighbours.
+TEST_P(DrawLayoutGL, GrowsToALargerTarget)
+{
+    const Input input = makeInput(16, 10, false, false);
+    Picture expected(48, 30);
+    draw(expected, input, fitted({16, 10}, expected.size()));
+    EXPECT_TRUE(isSame(drawn(input, 48, 30), expected, 2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, DrawLayoutGL, testing::ValuesIn(layouts),
+                         [](const auto& tested) { return tested.param.name; });
+
+} // namespace
+} // namespace tavlo::test

@@ -1,0 +1,148 @@
+#include "drawing/TavloGraphicsRes.h"
+#include "graphics/GraphicsTest.h"
+#include "support/LogCapture.h"
+
+#include <tavlo/InterfacePtr.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace tavlo::test {
+namespace {
+
+using graphics::TexturePtr;
+
+const QString simpleCache = QStringLiteral("__res_Resources_TransitionEffect_glsl_simple.fx");
+const QString greyCache = QStringLiteral("__res_Resources_TransitionEffect_glsl_process.fx");
+
+class GraphicsResGL : public GraphicsTest
+{
+public:
+    using Store = InterfacePtr<TavloGraphicsRes>;
+
+    void SetUp() override
+    {
+        GraphicsTest::SetUp();
+        ASSERT_TRUE(folder.isValid());
+    }
+
+    /// A store without images, with its cache in `cachePath`.
+    Store start(const QString& path)
+    {
+        Store store(new TavloGraphicsRes);
+        EXPECT_TRUE(store->create(ITavloGraphicsRes::WithoutImages, device, context, path));
+        EXPECT_TRUE(isSimple(*store, 0));
+        return store;
+    }
+
+    /// Whether an effect has a variable that only simple.fx has.
+    static bool isSimple(TavloGraphicsRes& store, int index)
+    {
+        return store.effect(index) && store.effect(index)->GetVariableByName("lumaKey_softness").IsValid();
+    }
+
+    QByteArray content(const QString& name) const
+    {
+        QFile file(cachePath + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void replace(const QString& name, const QByteArray& bytes) const
+    {
+        QFile file(cachePath + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    QTemporaryDir folder;
+    const QString cachePath = folder.filePath(QStringLiteral("hlslObj/7/"));
+};
+
+TEST_F(GraphicsResGL, LoadsEffectsAndImages)
+{
+    const LogCapture log;
+    Store store(new TavloGraphicsRes);
+    EXPECT_EQ(store->effect(0), nullptr);
+    ASSERT_TRUE(store->create(0, device, context, cachePath));
+    EXPECT_EQ(log.count("load image texture res ..."), 1);
+    EXPECT_EQ(log.count("failed"), 0) << log.lines().join(QLatin1Char('\n')).toStdString();
+    for (int i = 0; i < ITavloGraphicsRes::effectCount; ++i) {
+        EXPECT_NE(store->effect(i), nullptr) << i;
+        EXPECT_TRUE(store->technique(i).IsValid()) << i;
+        ASSERT_NE(store->inputLayout(i), nullptr) << i;
+        EXPECT_TRUE(store->technique(i).GetPassByIndex(0).Accepts(*store->inputLayout(i))) << i;
+    }
+    EXPECT_TRUE(isSimple(*store, 0));
+    EXPECT_FALSE(isSimple(*store, 9));
+    for (int slot = 0; slot < ITavloGraphicsRes::imageCount; ++slot) {
+        ASSERT_NE(store->imageView(slot), nullptr) << slot;
+        EXPECT_EQ(store->imageView(slot), store->imageTextures()[static_cast<std::size_t>(slot)]);
+    }
+    EXPECT_EQ(store->imageView(4)->desc().width, 512U);
+    EXPECT_EQ(store->imageView(4)->desc().height, 512U);
+    EXPECT_EQ(store->imageView(4)->desc().usage, graphics::Usage::Dynamic);
+    constexpr std::array<std::uint32_t, 10> curveRows{2, 2, 1, 1, 1, 2, 2, 3, 2, 2};
+    for (int curve = 0; curve < 10; ++curve) {
+        EXPECT_EQ(store->imageView(38 + curve)->desc().width, 256U);
+        EXPECT_EQ(store->imageView(38 + curve)->desc().height, curveRows[static_cast<std::size_t>(curve)]) << curve;
+    }
+    for (const int beyond : {-1, 80, 4000})
+        EXPECT_EQ(store->imageView(beyond), nullptr);
+    for (const int beyond : {-1, 10, 4000})
+        EXPECT_EQ(store->effect(beyond), nullptr);
+
+    const TexturePtr image = store->imageView(0);
+    store->destroyRes();
+    store->destroyRes();
+    EXPECT_EQ(store->effect(0), nullptr);
+    EXPECT_EQ(store->imageView(0), nullptr);
+    EXPECT_EQ(image.use_count(), 1);
+}
+
+TEST_F(GraphicsResGL, LeavesTheImagesOut)
+{
+    const LogCapture log;
+    const Store store = start(cachePath);
+    EXPECT_EQ(log.count("load image texture res ..."), 0);
+    for (int slot = 0; slot < ITavloGraphicsRes::imageCount; ++slot)
+        EXPECT_EQ(store->imageView(slot), nullptr);
+}
+
+/// The first start writes what the second one reads, without a look at the source.
+TEST_F(GraphicsResGL, TrustsItsCache)
+{
+    start(cachePath);
+    EXPECT_EQ(QDir(cachePath).entryList(QDir::Files).size(), ITavloGraphicsRes::effectCount);
+    const QByteArray simple = content(simpleCache);
+    ASSERT_FALSE(simple.isEmpty());
+    start(cachePath);
+    EXPECT_EQ(content(simpleCache), simple);
+    replace(greyCache, simple);
+    const Store store = start(cachePath);
+    EXPECT_TRUE(isSimple(*store, 9));
+}
+
+/// A file that holds no effect is a miss on each start, and stays as it is.
+TEST_F(GraphicsResGL, LeavesABadCacheFileAlone)
+{
+    start(cachePath);
+    const QByteArray good = content(simpleCache);
+    for (const QByteArray& bad : {QByteArray(), QByteArray("not an effect"), good.left(good.size() / 2), good + 'x'}) {
+        SCOPED_TRACE(bad.size());
+        replace(simpleCache, bad);
+        start(cachePath);
+        EXPECT_EQ(content(simpleCache), bad);
+    }
+}
+
+TEST_F(GraphicsResGL, WorksWithoutACacheFolder)
+{
+    QFile file(folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    start(file.fileName() + QStringLiteral("/below/"));
+    start(QString());
+}
+
+} // namespace
+} // namespace tavlo::test
