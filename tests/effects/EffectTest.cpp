@@ -97,7 +97,7 @@ TEST_F(EffectGL, aVariantDrawsWhatTheGeneralProgramDraws)
     ASSERT_TRUE(plain) << errors;
     const std::string line = "pass quad mixed\n";
     const EffectPtr varied =
-        compile(replaced(mixEffect, line, line + "    variant channel=1\n    variant channel=-1\n"));
+        compile(replaced(mixEffect, line, line + "    variant channel=1\n    variant channel=2\n"));
     ASSERT_TRUE(varied) << errors;
     for (const int channel : {-1, 0, 1, 2, 1}) {
         for (const EffectPtr& effect : {plain, varied}) {
