@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QDir>
+#include <QSize>
+
+/// Pages of pictures for a person to look at, written as PNG into the folder. Cells have that size, pixels. False, and
+/// the reason on the error output, when a page could not be made.
+
+/// all.png: every transition at the middle; FAMILY.png: one row for each kind, from the first frame to the last.
+bool writeTransitionSheets(const QDir& folder, QSize size);
+
+/// images.png: every image slot of the graphics store; process.png: a picture under every part of the picture process.
+bool writePictureSheets(const QDir& folder, QSize size);
