@@ -97,7 +97,7 @@ public:
     {
         IUnknownEx* found = nullptr;
         if (acceptsInterfaceVersion(version))
-            ((id == Interfaces::interfaceId && (found = static_cast<Interfaces*>(this), true)) || ...);
+            ((found = id == Interfaces::interfaceId ? static_cast<Interfaces*>(this) : found), ...);
         return found;
     }
 
