@@ -11,9 +11,9 @@ QString TavloPresentUtil::toPathString(TavloPresentChannelID channelId)
 {
     if (channelId < writtenSources)
         return QStringLiteral("TCH-S-%1").arg(channelId);
-    if (channelId == TavloPresentChannelPVM)
+    if (channelId == TavloPresentChannelIDPVM)
         return QStringLiteral("PVM");
-    if (channelId == TavloPresentChannelPGM)
+    if (channelId == TavloPresentChannelIDPGM)
         return QStringLiteral("PGM");
     return {};
 }
@@ -22,7 +22,7 @@ TavloPresentChannelID TavloPresentUtil::fromPathString(const QString& text)
 {
     const QString prefix = QStringLiteral("TCH-");
     if (!text.startsWith(prefix))
-        return TavloPresentChannelNone;
+        return TavloPresentChannelIDNone;
     const QString name = QString(text).remove(prefix);
     for (TavloPresentChannelID i = 0; i < readSources; ++i) {
         if (name == QStringLiteral("S-%1").arg(i))

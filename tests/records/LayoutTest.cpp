@@ -107,7 +107,7 @@ TEST(PathStringTest, NamesChannels)
 {
     EXPECT_EQ(TavloPresentUtil::toPathString(11), QStringLiteral("TCH-S-11"));
     EXPECT_EQ(TavloPresentUtil::toPathString(12), QString());
-    EXPECT_EQ(TavloPresentUtil::toPathString(TavloPresentChannelPVM), QStringLiteral("PVM"));
+    EXPECT_EQ(TavloPresentUtil::toPathString(TavloPresentChannelIDPVM), QStringLiteral("PVM"));
     EXPECT_EQ(TavloPresentUtil::fromPathString(QStringLiteral("TCH-S-63")), 63U);
     EXPECT_EQ(TavloPresentUtil::fromPathString(QStringLiteral("TCH-TCH-S-7")), 7U) << "every prefix goes";
     for (const char* unknown : {"TCH-PGM", "TCH-S-64", "TCH-S-07", "TCH-"})

@@ -76,7 +76,7 @@ TEST(ReaderTest, NumberedKeysFillTheirIndex)
         R"(<element_11><drawableId value="3"/></element_11><element_12><drawableId value="4"/></element_12>
            <background><path value="b.png"/></background>)");
     EXPECT_EQ(layout.element[11].drawableId, 3U);
-    EXPECT_EQ(layout.element[10].drawableId, TavloPresentChannelNone);
+    EXPECT_EQ(layout.element[10].drawableId, TavloPresentChannelIDNone);
     EXPECT_EQ(layout.background.path, QStringLiteral("b.png"));
 }
 

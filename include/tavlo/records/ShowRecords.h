@@ -78,7 +78,7 @@ struct tagTavloShowLogoInfo
 
 struct tagTavloShowLayoutElement
 {
-    quint32 drawableId = TavloPresentChannelNone; ///< the channel to show
+    quint32 drawableId = TavloPresentChannelIDNone; ///< the channel to show
     quint32 audioEnable = 0;
     quint32 aspectMode = 0;
     tagTavloShowDisplayItemInfo displayInfo;
