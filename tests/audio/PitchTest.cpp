@@ -119,11 +119,14 @@ void expectReference(const tagTavloAudioEffectParam& param)
     EXPECT_LT(distance(out, expected), 1e-5);
 }
 
+// With a crossfade of half the window there is one jump to choose from, and the formulas tell every sample.
 TEST(Pitch, FollowsItsFormulas)
 {
     for (TavloAudioChangePreset preset = 1; preset <= 5; ++preset) {
         SCOPED_TRACE(preset);
-        expectReference(presetParam(preset));
+        auto param = presetParam(preset);
+        param.processPitch.overlapSizeMsValue = 25.0;
+        expectReference(param);
     }
     auto param = presetParam(2); // other windows, a dry share, no filter, a crossfade longer than half the window
     param.processPitch = {37.0, -1.0, 0.0, 30.0, 40.0, -3.0, -9.0, 0.0};
@@ -132,29 +135,45 @@ TEST(Pitch, FollowsItsFormulas)
     expectReference(param);
 }
 
-TEST(Pitch, AToneComesOutInTuneAndWithoutClicks)
+/// Hz, from the first to the last rise through zero.
+double countedFrequency(const std::vector<double>& samples, size_t begin)
+{
+    double first = -1, last = 0;
+    int periods = -1;
+    for (size_t i = begin; i + 1 < samples.size(); ++i) {
+        if (samples[i] >= 0 || samples[i + 1] < 0)
+            continue;
+        last = static_cast<double>(i) + samples[i] / (samples[i] - samples[i + 1]);
+        first = first < 0 ? last : first;
+        ++periods;
+    }
+    return periods / (last - first) * rate;
+}
+
+TEST(Pitch, TonesComeOutInTuneSteadyAndWithoutClicks)
 {
     constexpr double shifts[]{-8, -4, 3, 6, 12}; // semitones
     for (TavloAudioChangePreset preset = 1; preset <= 5; ++preset) {
-        const double ratio = std::exp2(shifts[preset - 1] / 12);
-        const auto shifted = [&](double frequency) {
+        for (const double frequency : {110.0, 440.0, 445.0, 997.0}) {
+            SCOPED_TRACE(testing::Message() << "preset " << preset << " at " << frequency);
+            const double shifted = frequency * std::exp2(shifts[preset - 1] / 12);
             TavloAudioFilterPitch filter;
             const auto tone = sine(frequency, rate, 3 * rate, 0.5);
-            return channel(run(filter, presetParam(preset), stereo(tone, tone), 2, rate), 1, 2);
-        };
-        // Nine whole periods to a crossfade: both places that it blends are in phase. Of other tones the phase is
-        // drawn over during the fade, and with it what can be measured.
-        const auto quarter = static_cast<size_t>(rate / (450 * ratio) / 4);
-        const double heard = toneFrequency(shifted(450), rate / 2, 3 * rate, rate, quarter);
-        EXPECT_LT(std::abs(1200 * std::log2(heard / (450 * ratio))), 1.0) << preset;
+            const auto nothing = std::vector<float>(tone.size(), 0.0F);
+            const auto out = channel(run(filter, presetParam(preset), stereo(nothing, tone), 2, rate), 1, 2);
+            EXPECT_LT(std::abs(1200 * std::log2(countedFrequency(out, rate / 2) / shifted)), 0.1);
 
-        // What the tone's own recursion does not predict is what jumps.
-        const auto out = shifted(440);
-        const double twoCos = 2 * std::cos(2 * std::numbers::pi * 440 * ratio / rate);
-        double jump = 0;
-        for (size_t i = rate / 2; i + 2 < out.size(); ++i)
-            jump = std::max(jump, std::abs(out[i + 2] - twoCos * out[i + 1] + out[i]));
-        EXPECT_LT(20 * std::log10(jump), -50.0) << preset;
+            // What the tone's own recursion does not predict is what jumps.
+            const double twoCos = 2 * std::cos(2 * std::numbers::pi * shifted / rate);
+            double jump = 0;
+            for (size_t i = rate / 2; i + 2 < out.size(); ++i)
+                jump = std::max(jump, std::abs(out[i + 2] - twoCos * out[i + 1] + out[i]));
+            EXPECT_LT(20 * std::log10(jump), -50.0);
+
+            // Two places of the ring that are out of phase would cancel in the middle of a fade.
+            for (size_t i = rate / 2; i + 2400 <= out.size(); i += 2400)
+                ASSERT_NEAR(loudness(out, i, i + 2400), -9.03, 0.5);
+        }
     }
 }
 
