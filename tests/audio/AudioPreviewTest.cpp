@@ -7,41 +7,63 @@
 #include "audio/FileDevice.h"
 #include "support/LogCapture.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace tavlo::test {
 namespace {
 
-/// Keeps what is mixed.
+/// Keeps what is mixed, and lets a source hand over its sound at the pace of the mix.
 class Sink final : public Implements<Sink, ITavloAudioPreviewObjectSink>
 {
 public:
     void OnAudioPreviewSamples(ITavloAudioPreviewObject*, const void* samples, int length,
                                const tagTavloAudioInfo& given) override
     {
-        const std::lock_guard guard(lock);
-        format = given;
-        const auto* const bytes = static_cast<const quint8*>(samples);
-        mixed.insert(mixed.end(), bytes, bytes + length);
-        blocks = blocks + 1;
+        {
+            const std::lock_guard guard(_lock);
+            _format = given;
+            const auto* const bytes = static_cast<const quint8*>(samples);
+            _mixed.insert(_mixed.end(), bytes, bytes + length);
+        }
+        if (feed)
+            feed();
+        ++blocks;
     }
 
-    /// The left channel of a stereo mix of 16 bits, since it was asked for last.
+    /// What was mixed since it was asked for last.
+    std::vector<quint8> mixed()
+    {
+        const std::lock_guard guard(_lock);
+        return std::exchange(_mixed, {});
+    }
+
+    /// The left channel of it, in stereo of 16 bits.
     std::vector<double> left()
     {
-        const std::lock_guard guard(lock);
+        const auto bytes = mixed();
         std::vector<double> samples;
-        for (size_t i = 0; i + 4 <= mixed.size(); i += 4)
-            samples.push_back(static_cast<qint16>(mixed[i] | mixed[i + 1] << 8) / 32768.0);
-        mixed.clear();
+        for (size_t i = 0; i + 4 <= bytes.size(); i += 4)
+            samples.push_back(static_cast<qint16>(bytes[i] | bytes[i + 1] << 8) / 32768.0);
         return samples;
+    }
+
+    tagTavloAudioInfo format()
+    {
+        const std::lock_guard guard(_lock);
+        return _format;
     }
 
     /// Waits for that much more of the mix.
@@ -51,10 +73,13 @@ public:
         return becomesTrue([&] { return blocks >= enough; });
     }
 
-    std::mutex lock;
-    std::vector<quint8> mixed;
-    tagTavloAudioInfo format;
+    std::function<void()> feed; ///< to be set before the mix runs
     std::atomic<int> blocks{0};
+
+private:
+    std::mutex _lock;
+    std::vector<quint8> _mixed;
+    tagTavloAudioInfo _format;
 };
 
 double loudest(const std::vector<double>& samples)
@@ -75,34 +100,48 @@ protected:
 
     ~ALAudioPreview() override { object->close(); }
 
-    /// Writes 20 ms blocks of a constant sound at the pace of the mix, until something is so.
-    bool writeUntil(quint32 channel, double deviceVolume, double volume, const std::function<bool()>& done)
+    /// From the next opening on a constant sound of half the full scale comes to a channel.
+    void feedChannel(quint32 channel)
     {
-        const BlockPtr block = blockOf(std::vector<qint16>(1920, 16384));
-        int next = sink.blocks;
-        return becomesTrue([&] {
-            for (; next <= sink.blocks; next += 2)
-                object->writeAudio(channel, 0, deviceVolume, block.get(), {}, volume);
-            return done();
-        });
+        sink.feed = [this, channel, block = std::shared_ptr(blockOf(std::vector<qint16>(960, 16384)))] {
+            object->writeAudio(channel, 0, deviceVolume, block.get(), {}, volume);
+        };
     }
 
-    bool isPlaying(quint32 channel)
+    bool waitForSound(quint32 channel)
+    {
+        return becomesTrue([&] { return played(channel) > 0; });
+    }
+
+    /// Microseconds.
+    qint64 played(quint32 channel)
     {
         qint64 time = 0;
-        return object->getTime(channel, &time) == 0 && time > 0;
+        object->getTime(channel, &time);
+        return time;
     }
 
     /// What the mix holds in the end at these volumes.
-    double heardWith(double deviceVolume, double volume)
+    double heardWith(double ofDevice, double ofChannel)
     {
-        const int begun = sink.blocks;
-        EXPECT_TRUE(writeUntil(3, deviceVolume, volume, [&] { return sink.blocks > begun + 20; }));
+        deviceVolume = ofDevice;
+        volume = ofChannel;
+        EXPECT_TRUE(sink.hear(10));
         sink.left();
-        EXPECT_TRUE(writeUntil(3, deviceVolume, volume, [&] { return sink.blocks > begun + 40; }));
+        EXPECT_TRUE(sink.hear(5));
         return loudest(sink.left());
     }
 
+    /// The mix, from 100 ms after the sound began on, has no gap.
+    void expectNoGap()
+    {
+        const auto heard = sink.left();
+        ASSERT_GT(heard.size(), 9600U);
+        EXPECT_GT(*std::min_element(heard.begin() + 4800, heard.end()), 0.49);
+    }
+
+    std::atomic<double> deviceVolume{1.0};
+    std::atomic<double> volume{1.0};
     Sink sink;
     InterfacePtr<ITavloAudioPreviewObject> object;
 };
@@ -114,97 +153,100 @@ TEST_F(ALAudioPreview, MixesWithoutADevice)
     EXPECT_EQ(object->getTime(3, &time), -1); // closed
     EXPECT_EQ(time, 0);
     for (const char* name : {"None", "Disable"}) {
+        sink.feed = {};
         object->open(QString::fromLatin1(name), 48000, 2, 16, 38);
         ASSERT_TRUE(sink.hear(10));
+        object->close();
         EXPECT_EQ(loudest(sink.left()), 0.0);
-        ASSERT_TRUE(writeUntil(3, 1.0, 1.0, [&] { return isPlaying(3); }));
+
+        feedChannel(3);
+        object->open(QString::fromLatin1(name), 48000, 2, 16, 38);
+        ASSERT_TRUE(waitForSound(3));
         EXPECT_NEAR(heardWith(1.0, 1.0), 0.5, 0.001);
         EXPECT_NEAR(heardWith(1.0, 0.25), 0.125, 0.001);
         object->setVolume(0.1F); // the device's alone
         EXPECT_NEAR(heardWith(0.5, 0.25), 0.0625, 0.001);
-        object->writeAudio(ITavloAudioPreviewObject::allChannels, 0, 0.25, nullptr, {}, 1.0);
         EXPECT_EQ(object->getTime(38, &time), -1);
         object->close();
+        sink.left();
     }
-    EXPECT_EQ(sink.format.sampleRate, 48000);
-    EXPECT_EQ(sink.format.bitsPerSample, 16);
-    EXPECT_EQ(log.count("succeeded to open audio render None , 48000 , 2 , 16"), 1);
-    EXPECT_EQ(log.lines().size(), 2);
+    EXPECT_EQ(log.count("succeeded to open audio render None , 48000 , 2 , 16"), 2);
+    EXPECT_EQ(log.lines().size(), 4);
 }
 
-TEST_F(ALAudioPreview, PausesFlushesAndSettles)
+TEST_F(ALAudioPreview, SettlesPausesAndFlushes)
 {
+    feedChannel(3);
+    QElapsedTimer settling;
+    settling.start();
     object->open("None", 8000, 1, 8, 4);
-    ASSERT_TRUE(sink.hear(1));
-    EXPECT_EQ(sink.format.audioFourcc, tavloFourcc("u8  "));
-    const auto early = sink.blocks.load();
-    ASSERT_TRUE(writeUntil(3, 1.0, 1.0, [&] { return isPlaying(3); }));
-    EXPECT_GT(sink.blocks - early, 15); // the first 240 ms do not count
+    ASSERT_TRUE(waitForSound(3));
+    EXPECT_GE(settling.elapsed(), 240);
+    EXPECT_EQ(sink.format().audioFourcc, tavloFourcc("u8  "));
+    EXPECT_EQ(sink.format().channels, 1);
+
     object->pause(3, 0);
     ASSERT_TRUE(sink.hear(3));
-    qint64 before = 0, after = 0;
-    object->getTime(3, &before);
+    const qint64 before = played(3);
+    sink.mixed();
     ASSERT_TRUE(sink.hear(5));
-    object->getTime(3, &after);
-    EXPECT_EQ(before, after);
+    EXPECT_EQ(played(3), before);
+    const auto paused = sink.mixed();
+    EXPECT_GE(paused.size(), 400U);
+    EXPECT_EQ(paused, std::vector<quint8>(paused.size(), 128)); // silence of 8 bits
     object->resume(3, 0);
+    EXPECT_TRUE(becomesTrue([&] { return played(3) > before; }));
     object->flush(3, true);
-    ASSERT_TRUE(sink.hear(3));
-    object->getTime(3, &after);
-    EXPECT_GT(after, before);
+    EXPECT_TRUE(waitForSound(3));
     object->flush(4, true); // no such channel
-    const std::lock_guard guard(sink.lock);
-    EXPECT_EQ(sink.mixed.back(), 128); // silence of 8 bits
+    object->writeAudio(ITavloAudioPreviewObject::allChannels, 0, 0.0, nullptr, {}, 1.0);
 }
 
 TEST_F(ALAudioPreview, AMissingDeviceIsToldAndTriedAgainWhileTheMixGoesOn)
 {
     const LogCapture log;
+    feedChannel(1);
     object->open("Loudspeaker on the moon", 48000, 2, 16, 2);
-    ASSERT_TRUE(writeUntil(1, 1.0, 1.0, [&] { return isPlaying(1); }));
+    ASSERT_TRUE(waitForSound(1));
     sink.left();
-    ASSERT_TRUE(writeUntil(1, 1.0, 1.0, [&] { return log.count("open audio preview again ") == 2; }));
+    ASSERT_TRUE(becomesTrue([&] { return log.count("open audio preview again ") == 2; }));
     EXPECT_GE(log.count("[impl\\TavloAudioPreviewObject-"), 2);
     EXPECT_GE(log.count("TavloAudioPreviewObject::openAudioRenderInner] openAudioRender: "
                         "_audioDeviceContext.initGLAudioDevice Loudspeaker on the moon , 48000 , 2 , 16"),
               2);
     EXPECT_GE(log.count("failed to create audio render !!!"), 2);
-    const auto heard = sink.left();
-    const auto settled = heard.begin() + 4800;
-    EXPECT_GT(*std::min_element(settled, heard.end()), 0.49); // no gap
+    expectNoGap();
 }
 
 TEST_F(ALAudioPreview, PlaysAndComesBackAfterTheDeviceWasPulledOut)
 {
     const LogCapture log;
-    object->open("Auto", 48000, 2, 16, 2);
+    feedChannel(0);
     object->setVolume(0.5F);
-    ASSERT_TRUE(writeUntil(0, 1.0, 1.0, [&] { return isPlaying(0); }));
+    object->open("Auto", 48000, 2, 16, 2);
+    ASSERT_TRUE(waitForSound(0));
     sink.left();
     FileDevice::instance().unplug(true);
-    ASSERT_TRUE(writeUntil(0, 1.0, 1.0, [&] { return log.count("sound mix: the sound device has gone") == 1; }));
+    ASSERT_TRUE(becomesTrue([&] { return log.count("sound mix: the sound device has gone") == 1; }));
     FileDevice::instance().unplug(false);
-    ASSERT_TRUE(writeUntil(0, 1.0, 1.0, [&] { return log.count("succeeded to open audio render ") == 2; }));
+    ASSERT_TRUE(becomesTrue([&] { return log.count("succeeded to open audio render ") == 2; }));
     EXPECT_EQ(log.count("open audio preview again "), 1);
-    const int back = sink.blocks;
-    ASSERT_TRUE(writeUntil(0, 1.0, 1.0, [&] { return sink.blocks > back + 100; }));
-    const auto heard = sink.left();
-    EXPECT_GT(*std::min_element(heard.begin() + 4800, heard.end()), 0.49); // no gap in the mix
+    ASSERT_TRUE(FileDevice::instance().play(1000));
+    expectNoGap();
     object->close();
 
-    auto played = FileDevice::instance().played();
-    const auto loud = std::find_if(played.begin(), played.end(), [](qint16 s) { return s > 8000; });
-    ASSERT_GT(played.end() - loud, 48000); // half a second and more
-    EXPECT_NEAR(*std::max_element(loud, played.end()), 8192, 20);
-    EXPECT_GT(*std::min_element(loud, loud + 40000), 8000);
+    const auto device = FileDevice::instance().played();
+    EXPECT_NEAR(*std::max_element(device.begin(), device.end()), 8192, 20);
+    EXPECT_GT(std::count_if(device.begin(), device.end(), [](qint16 s) { return s > 8000; }), 2 * 24000);
 }
 
 TEST_F(ALAudioPreview, ADeviceThatOpensLateDelaysNobody)
 {
     const LogCapture log;
     FileDevice::instance().makeLate();
+    feedChannel(0);
     object->open({}, 48000, 2, 16, 2);
-    ASSERT_TRUE(writeUntil(0, 1.0, 1.0, [&] { return isPlaying(0); }));
+    ASSERT_TRUE(waitForSound(0));
     EXPECT_EQ(log.count("succeeded"), 0);
     std::thread reader([path = FileDevice::instance().path()] {
         QFile file(path);
