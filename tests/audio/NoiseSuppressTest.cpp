@@ -158,12 +158,5 @@ TEST_F(NoiseSuppress, PassesWhatItIsNotOpenFor)
     EXPECT_EQ(log.count("cannot process"), 3);
 }
 
-TEST(AudioPortModule, AnswersForItsInterfacesAlone)
-{
-    tavlo::ModuleLibrary module(tavlo::engineDirectory() + "/TavloAudioPortModule", "CreateTavloAudioNoiseSuppress");
-    EXPECT_EQ(module.make(TavloInterfaceId(), TavloInterfaceVersion), nullptr);
-    EXPECT_EQ(module.make(ITavloAudioNoiseSuppress::interfaceId, 0x02000000), nullptr);
-}
-
 } // namespace
 } // namespace tavlo::test

@@ -69,7 +69,7 @@ TEST_F(ALPortRender, PlaysWhatIsWrittenOnTheDefaultDevice)
         const auto played = FileDevice::instance().played();
         const auto left = soundOf(played, 0);
         EXPECT_NEAR(static_cast<double>(left.size()), rate * 0.2, 100);
-        EXPECT_NEAR(toneFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
+        EXPECT_NEAR(countedFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
         EXPECT_NEAR(loudness(left, 100, left.size() - 100), 20 * std::log10(0.5) - 3.01, 0.5);
         EXPECT_TRUE(soundOf(played, 1).empty());
     }
