@@ -70,11 +70,10 @@ bool GLAudioDeviceContext::initGLAudioDevice(const QString& deviceName, const QS
         qDebug() << "sound mix: it runs in another format than rate, channels, bits" << sampleRate << channels << bits;
         return false;
     }
-    if (!_thread.joinable()) {
+    if (!_thread.joinable())
         _sink = sink;
-        if (!prepareMix(sampleRate, channels, bits))
-            return false;
-    }
+    if (!(isSame && _mixer.isOpen()) && !prepareMix(sampleRate, channels, bits))
+        return false;
     return exchangeOutput(deviceName);
 }
 

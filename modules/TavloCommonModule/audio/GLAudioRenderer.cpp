@@ -27,7 +27,8 @@ void GLAudioRenderer::release()
 
 bool GLAudioRenderer::write(const void* data, int length, int channels, int bits, int rate)
 {
-    return _input && (bits == 8 || bits == 16) && _input->write(data, length, {channels, bits, rate});
+    const int known = bits == 8 || bits == 16 ? bits : 0; // 32 bits need not be floats
+    return _input && _input->write(data, length, {channels, known, rate});
 }
 
 void GLAudioRenderer::listen()

@@ -15,7 +15,7 @@ constexpr double leastReserve = 0.020;
 constexpr double reserveStep = 0.010;
 constexpr double mostReserve = 0.150;
 constexpr double mostExcess = 0.250; ///< what may wait beyond what is wanted
-constexpr double ringTime = 2.0;     ///< a source may also hand over much at once, or while it is paused
+constexpr double ringTime = 1.0;     ///< a source may also hand over much at once, or while it is paused
 constexpr double soonAgain = 0.5;    ///< a sound that comes back within this was late, not at its end
 
 int framesIn(double seconds, int rate) { return static_cast<int>(seconds * rate); }

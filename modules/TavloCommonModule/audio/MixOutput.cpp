@@ -49,8 +49,8 @@ MixOutput::State MixOutput::write(const float* block, int frames, float volume)
     _ring.setVolume(volume);
     const int played = advance();
     const int converted = _resampler->convert(block, frames, _control.trim());
-    if (converted <= 0 || _ahead + converted > _ring.frames() - _wanted)
-        return State::Waiting; // a device that stands still gets no more
+    if (converted <= 0 || _ahead + converted > 3 * _wanted)
+        return State::Waiting; // a device that stands still gets no more, nor one that a late mix would put behind
     _ring.put(wrapped(_position + _ahead), _resampler->samples(), converted);
     _ahead += converted;
     _control.update(static_cast<double>(_ahead) / _deviceRate, static_cast<double>(frames) / _rate);
