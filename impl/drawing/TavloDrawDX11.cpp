@@ -4,7 +4,9 @@
 #include "drawing/EffectDraw.h"
 #include "drawing/PictureChroma.h"
 #include "drawing/PrivateUtil.h"
+#include "drawing/TransitionTable.h"
 
+#include <QDateTime>
 #include <QDebug>
 
 #include <algorithm>
@@ -313,4 +315,24 @@ void TavloDrawDX11::drawGray(const TexturePtr& picture, QSizeF sourceSize)
     draw.setFloat("targetY", targetY(_rows));
     writeQuad(quad);
     draw.draw(0, _dynamicVertices, _quadIndices);
+}
+
+quint32 TavloDrawDX11::randomSeed() const { return static_cast<quint32>(QDateTime::currentSecsSinceEpoch()); }
+
+void TavloDrawDX11::drawTransition(const TexturePtr& picture0, QSizeF size0, bool flip0, const TexturePtr& picture1,
+                                   QSizeF size1, bool flip1, float progress, quint32 kind)
+{
+    const auto family = static_cast<int>(transitionFamily(kind));
+    if (!isMade() || !_graphicsRes || !_graphicsRes->effect(family))
+        return;
+    clear();
+    const TransitionInputs inputs{{picture0 ? picture0 : _blank, size0, flip0},
+                                  {picture1 ? picture1 : _blank, size1, flip1},
+                                  _graphicsRes->imageTextures(),
+                                  _size,
+                                  _rows == Rows::TopFirst,
+                                  randomSeed()};
+    EffectDraw draw(*_context, *_graphicsRes, family, _target, _depth);
+    if (_transition.apply(*_context, *_graphicsRes->effect(family), inputs, progress, kind))
+        draw.drawApplied(_quadVertices, _quadIndices);
 }

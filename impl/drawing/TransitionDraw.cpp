@@ -144,12 +144,6 @@ bool TransitionDraw::apply(graphics::Context& context, Effect& effect, const Tra
            succeeded(effect.GetTechniqueByName("Transprocess").GetPassByIndex(0).Apply(context), passFailure);
 }
 
-void TransitionDraw::release(Effect& effect)
-{
-    setTexture(effect, "sampler0", nullptr);
-    setTexture(effect, "sampler1", nullptr);
-}
-
 /// A mask that is missing or cannot be written keeps what it shows: the transition goes on with it.
 void TransitionDraw::updateMask(graphics::Context& context, std::span<const graphics::TexturePtr> images, quint32 kind,
                                 float position)

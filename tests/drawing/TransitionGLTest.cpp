@@ -334,6 +334,19 @@ TEST_F(TransitionGL, DrawsMissingPicturesAsNothing)
         ASSERT_NEAR(frame.constScanLine(7)[x], whole.constScanLine(7)[x] / 2.0, 1.1) << x;
 }
 
+TEST_F(TransitionGL, LeavesTheTargetClearedForAKindOfNoFamily)
+{
+    const graphics::TexturePtr picture = stage().upload(makePicture(oddSize, 0.3));
+    for (const quint32 kind : {0U, 21U, 113U, 65535U}) {
+        ASSERT_FALSE(stage().draw(22, 0.5F, picture, picture, oddSize) == QImage());
+        const test::LogCapture log;
+        QImage cleared(oddSize, QImage::Format_RGBA8888);
+        cleared.fill(Qt::transparent);
+        EXPECT_EQ(stage().draw(kind, 0.5F, picture, picture, oddSize), cleared) << kind;
+        EXPECT_EQ(log.count("failed to set shader float vector :"), 1);
+    }
+}
+
 TEST_F(TransitionGL, EndsTheDrawAndSaysWhyWhenAnEffectLacksAVariable)
 {
     TransitionDraw draw;

@@ -1,20 +1,48 @@
 #pragma once
 
-#include "drawing/TransitionDraw.h"
-#include "effects/EffectCompiler.h"
-#include "graphics/Device.h"
+#include "drawing/TavloDrawDX11.h"
+#include "drawing/TavloGraphicsRes.h"
 
 #include <QImage>
 #include <QString>
 
 #include <array>
-#include <optional>
-#include <vector>
+#include <memory>
 
 namespace tavlo {
 
-/// Everything that transitions are drawn with and nothing more: a device, the eight effects, the images, a quad.
-/// Thread of the constructor.
+/// A store of which a test may take an image out.
+class StageStore final : public Implements<StageStore, ITavloGraphicsRes>
+{
+public:
+    bool create(quint32 flags, graphics::DevicePtr device, graphics::ContextPtr context, const QString& path) override;
+    void destroyRes() override { _store.destroyRes(); }
+    graphics::TexturePtr imageView(int slot) override { return images[static_cast<std::size_t>(slot)]; }
+    const Images& imageTextures() override { return images; }
+    effects::Effect* effect(int index) override { return _store.effect(index); }
+    const effects::EffectTechnique& technique(int index) override { return _store.technique(index); }
+    const std::shared_ptr<const graphics::InputLayout>& inputLayout(int index) override
+    {
+        return _store.inputLayout(index);
+    }
+
+    Images images;
+
+private:
+    TavloGraphicsRes _store;
+};
+
+/// A draw object whose chance is chosen.
+class StageDraw final : public TavloDrawDX11
+{
+public:
+    quint32 seed = 0; ///< of the next draws
+
+private:
+    quint32 randomSeed() const override { return seed; }
+};
+
+/// A device, the store, and a draw object of whatever size is asked for. Thread of the constructor.
 class TransitionStage
 {
 public:
@@ -27,44 +55,29 @@ public:
     /// A picture of format RGBA8888, not premultiplied, as a texture.
     graphics::TexturePtr upload(const QImage& picture);
 
-    /// One frame of that size and format; null when nothing was drawn. Its first row is the top one.
+    /// One frame of that size and format; null when there is none. Its first row is the top one.
     /// \param topFirst  false draws as into a window's back buffer, and turns the frame back
     QImage draw(quint32 kind, float position, const graphics::TexturePtr& outgoing,
                 const graphics::TexturePtr& incoming, QSize size, bool topFirst = true);
 
-    /// The same into a target of the caller's, for as many frames as wanted. False when nothing was drawn.
-    bool drawInto(const graphics::TexturePtr& target, quint32 kind, float position,
-                  const graphics::TexturePtr& outgoing, const graphics::TexturePtr& incoming, bool topFirst = true);
-
-    graphics::TexturePtr makeTarget(QSize size);
-    QImage readBack(const graphics::TexturePtr& target);
-
     effects::Effect* effect(quint32 kind); ///< of the kind's family
 
-    /// As the shaders see them: red, green, blue, alpha. Null for slots that transitions do not use.
-    const QImage& image(int slot) const { return _pictures[static_cast<std::size_t>(slot)]; }
-    graphics::TexturePtr& texture(int slot) { return _textures[static_cast<std::size_t>(slot)]; }
+    /// An image as the shaders see it: red, green, blue, alpha.
+    static QImage image(int slot);
+    graphics::TexturePtr& texture(int slot) { return _store.images[static_cast<std::size_t>(slot)]; }
 
     graphics::Context& context() { return *_context; }
 
     quint32 randomSeed = 0; ///< of the next draws
 
 private:
-    static constexpr int slotCount = 80;
-
-    void loadEffects();
-    void loadImages();
-    void loadImage(int slot, const QString& name);
-    void drawQuad();
+    QImage readBack();
 
     graphics::DevicePtr _device;
     graphics::ContextPtr _context;
-    std::array<effects::EffectPtr, 9> _effects;
-    std::array<graphics::TexturePtr, slotCount> _textures;
-    std::array<QImage, slotCount> _pictures;
-    graphics::BufferPtr _vertices, _indices;
-    std::shared_ptr<const graphics::InputLayout> _layout;
-    TransitionDraw _draw;
+    StageStore _store;
+    StageDraw _draw;
+    Rows _rows = Rows::TopFirst;
     QString _fault;
 };
 
