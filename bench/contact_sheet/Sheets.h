@@ -9,5 +9,6 @@
 /// all.png: every transition at the middle; FAMILY.png: one row for each kind, from the first frame to the last.
 bool writeTransitionSheets(const QDir& folder, QSize size);
 
-/// images.png: every image slot of the graphics store; process.png: a picture under every part of the picture process.
+/// images.png: every image slot of the graphics store; process.png: a picture under every part of the picture process;
+/// filters.png: a photograph under every filter, in cells of twice the size.
 bool writePictureSheets(const QDir& folder, QSize size);

@@ -91,6 +91,15 @@ public:
     void drawTransition(const TexturePtr& picture0, QSizeF size0, bool flip0, const TexturePtr& picture1, QSizeF size1,
                         bool flip1, float progress, quint32 kind);
 
+    /// Clears the target and draws a picture under a filter, in the middle, as large as fits; no crop and no key acts.
+    /// \param type      docs/filters.md; a number without a filter draws the picture as it is
+    /// \param picture0  null: a transparent picture
+    /// \param picture1  what lies below, for the blend of two; null: a transparent picture
+    /// \param size      of the pictures, pixels
+    /// \param flip0     both are drawn upside down; `flip1` is not read by any filter
+    void drawFilter(quint32 type, const TexturePtr& picture0, const TexturePtr& picture1, QSizeF size, bool flip0,
+                    bool flip1);
+
     /// The target, which is also the input of a next draw. Null before `create`.
     const TexturePtr& targetResource() const { return _target; }
 
@@ -117,6 +126,8 @@ private:
     bool createBuffers(const tavlo::graphics::DevicePtr& device);
     void drawSource(const Source& source, const tagTavloPresentPictureFilterParam* process, const tavlo::Quad& quad,
                     bool clearFirst);
+    bool isExact(const TexturePtr& picture, const tavlo::Quad& quad) const;
+    void clearAround(const tavlo::Quad& quad);
     void writeQuad(const tavlo::Quad& quad);
 
     // fixed from create to destroy

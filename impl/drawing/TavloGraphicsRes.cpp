@@ -22,8 +22,8 @@ constexpr const char* effectRoot = ":/res/Resources/TransitionEffect/glsl/";
 
 /// By index; a new effect goes to the end, since transitions name their effect by this number.
 constexpr std::array<const char*, ITavloGraphicsRes::effectCount> effectFiles{
-    "simple.fx",     "trans_erase.fx",      "trans_fade.fx",  "trans_glide.fx", "trans_stretch.fx",
-    "trans_blur.fx", "trans_distortion.fx", "trans_color.fx", "trans_lumas.fx", "process.fx"};
+    "simple.fx",           "trans_erase.fx", "trans_fade.fx",  "trans_glide.fx", "trans_stretch.fx", "trans_blur.fx",
+    "trans_distortion.fx", "trans_color.fx", "trans_lumas.fx", "process.fx",     "filters.fx"};
 
 QString imagePath(const GraphicsImage& image)
 {

@@ -89,7 +89,7 @@ TEST_F(GraphicsResGL, LoadsEffectsAndImages)
     }
     for (const int beyond : {-1, 80, 4000})
         EXPECT_EQ(store->imageView(beyond), nullptr);
-    for (const int beyond : {-1, 10, 4000})
+    for (const int beyond : {-1, ITavloGraphicsRes::effectCount, 4000})
         EXPECT_EQ(store->effect(beyond), nullptr);
 
     const TexturePtr image = store->imageView(0);

@@ -39,7 +39,6 @@ int     doLumaKey
 float   lumaKey_white
 float   lumaKey_black
 float   lumaKey_softness
-int     doBlendMethod
 vec4    clearedColor                  // what the target holds, for the pass without blending
 float   targetY = -1                  // -1: the target keeps its top row first; 1: its bottom row
 
@@ -48,49 +47,49 @@ float   targetY = -1                  // -1: the target keeps its top row first;
 pass quad blended
     blend color src_alpha inv_src_alpha
     blend alpha src_alpha dst_alpha
-    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 doBlendMethod=0 // RGBA
+    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 // RGBA
 
 // The same over a target that was just cleared, which costs a third: the colour is known, so the shader blends.
 pass quad replaced
-    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 doBlendMethod=0 // RGBA
+    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 // RGBA
 
 [common]
 const int VLC_CODEC_I420 = 808596553;

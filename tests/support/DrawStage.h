@@ -43,11 +43,11 @@ private:
 };
 
 /// A device, the store, and a draw object of whatever size is asked for. Thread of the constructor.
-class TransitionStage
+class DrawStage
 {
 public:
-    TransitionStage();
-    ~TransitionStage();
+    DrawStage();
+    ~DrawStage();
 
     /// Empty when the stage stands; else why it does not.
     const QString& fault() const { return _fault; }
@@ -57,8 +57,14 @@ public:
 
     /// One frame of that size and format; null when there is none. Its first row is the top one.
     /// \param topFirst  false draws as into a window's back buffer, and turns the frame back
-    QImage draw(quint32 kind, float position, const graphics::TexturePtr& outgoing,
-                const graphics::TexturePtr& incoming, QSize size, bool topFirst = true);
+    QImage drawTransition(quint32 kind, float position, const graphics::TexturePtr& outgoing,
+                          const graphics::TexturePtr& incoming, QSize size, bool topFirst = true);
+
+    /// The draw object, of that size and order of rows; null when it cannot be made.
+    TavloDrawDX11* target(QSize size, Rows rows = Rows::TopFirst);
+
+    /// What it has drawn last, its first row first.
+    QImage readBack();
 
     effects::Effect* effect(quint32 kind); ///< of the kind's family
 
@@ -71,8 +77,6 @@ public:
     quint32 randomSeed = 0; ///< of the next draws
 
 private:
-    QImage readBack();
-
     graphics::DevicePtr _device;
     graphics::ContextPtr _context;
     StageStore _store;

@@ -1,4 +1,4 @@
-#include "support/TransitionStage.h"
+#include "support/DrawStage.h"
 
 #include "drawing/GraphicsImages.h"
 #include "drawing/PrivateUtil.h"
@@ -15,7 +15,7 @@ bool StageStore::create(quint32 flags, DevicePtr device, ContextPtr context, con
     return made;
 }
 
-TransitionStage::TransitionStage() : _device(Device::create())
+DrawStage::DrawStage() : _device(Device::create())
 {
     if (!_device) {
         _fault = QStringLiteral("no device");
@@ -27,19 +27,19 @@ TransitionStage::TransitionStage() : _device(Device::create())
         _fault = QStringLiteral("no store");
 }
 
-TransitionStage::~TransitionStage()
+DrawStage::~DrawStage()
 {
     if (_context)
         _context->detach();
 }
 
-QImage TransitionStage::image(int slot)
+QImage DrawStage::image(int slot)
 {
     const QString path = QStringLiteral(":/res/Resources/TransitionEffect/images/");
     return QImage(path + QLatin1String(graphicsImage(slot).file)).convertToFormat(QImage::Format_RGBA8888);
 }
 
-TexturePtr TransitionStage::upload(const QImage& picture)
+TexturePtr DrawStage::upload(const QImage& picture)
 {
     TexturePtr texture =
         PrivateUtil::createImageRes(_device, picture.width(), picture.height(), Usage::Dynamic, Format::R8G8B8A8_UNORM);
@@ -49,27 +49,34 @@ TexturePtr TransitionStage::upload(const QImage& picture)
     return texture;
 }
 
-effects::Effect* TransitionStage::effect(quint32 kind) { return _store.effect(transitionFamily(kind)); }
+effects::Effect* DrawStage::effect(quint32 kind) { return _store.effect(transitionFamily(kind)); }
 
-QImage TransitionStage::draw(quint32 kind, float position, const TexturePtr& outgoing, const TexturePtr& incoming,
-                             QSize size, bool topFirst)
+TavloDrawDX11* DrawStage::target(QSize size, Rows rows)
 {
-    const Rows rows = topFirst ? Rows::TopFirst : Rows::BottomFirst;
     if (_draw.size() != QSizeF(size) || rows != _rows || !_draw.isMade()) {
         _rows = rows;
         if (!_draw.create(&_store, nullptr, _device, _context, {}, size, rows))
-            return {};
+            return nullptr;
     }
+    return &_draw;
+}
+
+QImage DrawStage::drawTransition(quint32 kind, float position, const TexturePtr& outgoing, const TexturePtr& incoming,
+                                 QSize size, bool topFirst)
+{
+    TavloDrawDX11* const draw = target(size, topFirst ? Rows::TopFirst : Rows::BottomFirst);
+    if (!draw)
+        return {};
     const auto sizeOf = [](const TexturePtr& texture) {
         return texture ? QSizeF(texture->desc().width, texture->desc().height) : QSizeF();
     };
     _draw.seed = randomSeed;
-    _draw.drawTransition(outgoing, sizeOf(outgoing), false, incoming, sizeOf(incoming), false, position, kind);
+    draw->drawTransition(outgoing, sizeOf(outgoing), false, incoming, sizeOf(incoming), false, position, kind);
     const QImage frame = readBack();
     return topFirst ? frame : frame.mirrored();
 }
 
-QImage TransitionStage::readBack()
+QImage DrawStage::readBack()
 {
     TextureDesc desc = _draw.targetResource()->desc();
     desc.usage = Usage::Staging;
