@@ -9,7 +9,7 @@ constexpr std::array grey{"", "grey1Frame", "grey2Frame", "grey3Frame", "grey4Fr
 
 constexpr FilterInput table(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
 constexpr FilterInput weight(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
-constexpr FilterInput light(const char* variable, int slot) { return {variable, slot, FilterReading::Smooth}; }
+constexpr FilterInput light(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
 constexpr FilterInput cube(const char* variable, int slot) { return {variable, slot, FilterReading::Smooth}; }
 constexpr FilterInput curve(int slot) { return table("curve", slot); }
 

@@ -10,8 +10,8 @@ namespace tavlo {
 /// How a filter reads an image of the store.
 enum class FilterReading : quint8
 {
-    Texels, ///< at its texels: exact for tables, not to be told apart for weights, and half the cost
-    Smooth  ///< smooth between its texels: lights that lie on the picture, and colours for colours
+    Texels, ///< at its texels, at half the cost: exact for tables, and as good for weights and lights, which are smooth
+    Smooth  ///< between its texels too: a table of so few values that steps would show
 };
 
 /// An image of the store that a filter reads.

@@ -1,8 +1,7 @@
 """The 22 filters, step by step, as the shader computes them. All values 0..1.
 
 A look is a function of the picture (height, width, 3) and of `Inputs`, which reads the images and the curve textures as
-the shader reads its textures: tables and weights at their texels, lights and the cube linear between texels, all level
-outside.
+the shader reads its textures: at their texels, the cube and the picture linear between them, all level outside.
 """
 import numpy as np
 
@@ -22,11 +21,11 @@ class Inputs:
 
     def over(self, name: str) -> np.ndarray:
         """An image stretched over the picture, (height, width, 3)."""
-        return sample(self.image(name), self.u, self.v)
+        return texel(self.image(name), self.u, self.v)
 
     def weight(self, name: str) -> np.ndarray:
         """The red of an image stretched over the picture, as a weight for each pixel, (height, width, 1)."""
-        return texel(self.image(name), self.u, self.v)[..., :1]
+        return self.over(name)[..., :1]
 
 
 # --- blocks ------------------------------------------------------------------------------------------------------------

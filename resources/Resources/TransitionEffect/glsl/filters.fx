@@ -126,7 +126,8 @@ float luma(vec3 c) { return dot(c, LUMA); }
 
 vec3 overlay(vec3 base, vec3 top)
 {
-    return mix(2.0 * base * top, 1.0 - 2.0 * (1.0 - base) * (1.0 - top), step(0.5, base));
+    vec3 product = 2.0 * base * top;
+    return mix(product, 2.0 * (base + top) - product - 1.0, greaterThanEqual(base, vec3(0.5)));
 }
 
 vec3 overlayBlack(vec3 base) { return max(2.0 * base - 1.0, 0.0); }
@@ -148,19 +149,16 @@ vec3 vibrance(vec3 c, float amount)
     return mix(c, vec3(most), (most - mean) * -amount);
 }
 
-vec3 rgb2hsv(vec3 c)
+float hue(vec3 c)
 {
     vec4 p = c.g < c.b ? vec4(c.bg, -1.0, 2.0 / 3.0) : vec4(c.gb, 0.0, -1.0 / 3.0);
     vec4 q = c.r < p.x ? vec4(p.xyw, c.r) : vec4(c.r, p.yzx);
     float chroma = q.x - min(q.w, q.y);
-    return vec3(abs(q.z + (q.w - q.y) / (6.0 * chroma + 1.0e-10)), chroma / (q.x + 1.0e-10), q.x);
+    return abs(q.z + (q.w - q.y) / (6.0 * chroma + 1.0e-10));
 }
 
-vec3 hsv2rgb(vec3 hsv)
-{
-    vec3 ramp = abs(fract(hsv.x + vec3(0.0, 2.0 / 3.0, 1.0 / 3.0)) * 6.0 - 3.0) - 1.0;
-    return hsv.z * mix(vec3(1.0), clamp(ramp, 0.0, 1.0), hsv.y);
-}
+// The saturation of hue, saturation and value, multiplied: a way towards the grey of the largest channel.
+vec3 saturated(vec3 c, float factor) { return mix(vec3(max(c.r, max(c.g, c.b))), c, factor); }
 
 // --- the filters
 
@@ -202,10 +200,9 @@ vec3 sunset(vec3 c)
 // Skin, which is what has these hues, loses a little of its colour and gains light.
 vec3 healthy(vec3 c)
 {
-    vec3 hsv = rgb2hsv(c);
-    float beside = max(max(0.125 - hsv.x, hsv.x - 0.208), 0.0);
-    hsv.y *= 1.0 - 0.06 * clamp(1.0 - beside / 0.0833, 0.0, 1.0);
-    c = hsv2rgb(hsv);
+    float at = hue(c);
+    float beside = max(max(0.125 - at, at - 0.208), 0.0);
+    c = saturated(c, 1.0 - 0.06 * clamp(1.0 - beside / 0.0833, 0.0, 1.0));
     c = mix(c, screen(c, c), 0.275);
     c = mix(c, overlay(c, vec3(1.0, 0.61176, 0.25098)), 0.04);
     c = mix(c, multiply(c, vec3(weight(maskInput))), 0.262);
