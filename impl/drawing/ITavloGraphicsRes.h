@@ -42,10 +42,10 @@ public:
     /// An effect by its index; null before `create` and for a number that is no index.
     virtual tavlo::effects::Effect* effect(int index) = 0;
 
-    /// The effect's technique "Transprocess"; invalid before `create`. \param index  0 to 10
+    /// The effect's technique "Transprocess"; invalid before `create` and for a number that is no index.
     virtual const tavlo::effects::EffectTechnique& technique(int index) = 0;
 
-    /// POSITION of three floats, TEXCOORD of two; null before `create`. \param index  0 to 10
+    /// POSITION of three floats, TEXCOORD of two; null before `create` and for a number that is no index.
     virtual const std::shared_ptr<const tavlo::graphics::InputLayout>& inputLayout(int index) = 0;
 
 protected:

@@ -79,7 +79,7 @@ bool TavloCanvas::createCanvas(quint32 resFlags, int deviceId, NativeWindow wind
     if (!createSwapChain(resFlags, device, device->immediateContext(), window, size, cachePath))
         return fail("TavloCanvas::createCanvas", "");
     _deviceInfo = info;
-    _context->detach();
+    _dxContext->detach();
     return true;
 }
 
@@ -89,8 +89,8 @@ bool TavloCanvas::createSwapChain(quint32 resFlags, DevicePtr device, ContextPtr
     destroyCanvas();
     if (!device || !context)
         return fail("TavloCanvas::createSwapChain", " _dxContext == nullptr ");
-    _device = std::move(device);
-    _context = std::move(context);
+    _dxDevice = std::move(device);
+    _dxContext = std::move(context);
     _size = size;
     if (!createParts(resFlags, window, cachePath)) {
         destroyCanvas();
@@ -106,19 +106,19 @@ bool TavloCanvas::createParts(quint32 resFlags, NativeWindow window, const QStri
     const auto width = static_cast<std::uint32_t>(qMax(0.0, _size.width()));
     const auto height = static_cast<std::uint32_t>(qMax(0.0, _size.height()));
     if (window != 0) {
-        _swapChain = _device->createSwapChain(window, width, height);
-        if (!_swapChain)
+        _dxgiswapChain = _dxDevice->createSwapChain(window, width, height);
+        if (!_dxgiswapChain)
             return fail(here, " Could not create the SwapChain. ");
-        _backBuffer = _swapChain->backBuffer();
+        _backBuffer = _dxgiswapChain->backBuffer();
     } else {
-        _backBuffer = _device->createTexture({width, height, Format::R8G8B8A8_UNORM, Usage::Default, true});
+        _backBuffer = _dxDevice->createTexture({width, height, Format::R8G8B8A8_UNORM, Usage::Default, true});
         if (!_backBuffer)
             return fail(here, " CreateSwapChain ");
     }
-    if (!_graphicsRes.create(resFlags, _device, _context, _shaderCachePath))
+    if (!_graphicsRes.create(resFlags, _dxDevice, _dxContext, _shaderCachePath))
         return false;
-    const Rows rows = _swapChain ? Rows::BottomFirst : Rows::TopFirst;
-    if (!_renderTargetDraw.create(&_graphicsRes, _backBuffer, _device, _context, _backBuffer->desc(), _size, rows))
+    const Rows rows = _dxgiswapChain ? Rows::BottomFirst : Rows::TopFirst;
+    if (!_renderTargetDraw.create(&_graphicsRes, _backBuffer, _dxDevice, _dxContext, _backBuffer->desc(), _size, rows))
         return fail(here, " _renderTargetDraw.create ");
     return true;
 }
@@ -128,9 +128,9 @@ void TavloCanvas::destroyCanvas()
     _renderTargetDraw.destroy();
     _graphicsRes.destroyRes();
     _backBuffer.reset();
-    _swapChain.reset();
-    _context.reset();
-    _device.reset();
+    _dxgiswapChain.reset();
+    _dxContext.reset();
+    _dxDevice.reset();
     _deviceInfo = {};
     _shaderCachePath.clear();
     _size = {-1, -1};
@@ -141,11 +141,11 @@ void TavloCanvas::present()
 {
     if (!isCreated())
         return;
-    if (!_swapChain) {
-        _context->flush();
+    if (!_dxgiswapChain) {
+        _dxContext->flush();
         return;
     }
-    const PresentResult result = _swapChain->present(*_context);
+    const PresentResult result = _dxgiswapChain->present(*_dxContext);
     if (result == PresentResult::DeviceLost && !_lossTold)
         qDebug("SwapChain Present failed. (hr=0x%lX)", deviceRemoved);
     _lossTold = result == PresentResult::DeviceLost;

@@ -58,8 +58,8 @@ public:
     TavloDrawDX11& renderTargetDraw() { return _renderTargetDraw; }
 
     TavloGraphicsRes& graphicsRes() { return _graphicsRes; }
-    const tavlo::graphics::DevicePtr& device() const { return _device; }
-    const tavlo::graphics::ContextPtr& context() const { return _context; }
+    const tavlo::graphics::DevicePtr& device() const { return _dxDevice; }
+    const tavlo::graphics::ContextPtr& context() const { return _dxContext; }
 
     /// Of the adapter; without a name on a device that was given.
     const tagTavloGraphicsDevInfo& deviceInfo() const { return _deviceInfo; }
@@ -72,9 +72,9 @@ private:
 
     // fixed from creation to destroyCanvas
     tagTavloGraphicsDevInfo _deviceInfo;
-    tavlo::graphics::DevicePtr _device;
-    tavlo::graphics::ContextPtr _context;
-    tavlo::graphics::SwapChainPtr _swapChain; ///< null off screen
+    tavlo::graphics::DevicePtr _dxDevice;
+    tavlo::graphics::ContextPtr _dxContext;
+    tavlo::graphics::SwapChainPtr _dxgiswapChain; ///< null off screen
     TexturePtr _backBuffer;
     QString _shaderCachePath;
     QSizeF _size{-1, -1};

@@ -53,6 +53,8 @@ const std::shared_ptr<const InputLayout>& pictureLayout()
     return layout;
 }
 
+bool isEffect(int index) { return index >= 0 && index < ITavloGraphicsRes::effectCount; }
+
 /// The effect's place in the cache: the path with its separators made plain, such as "__res_Resources_..._simple.fx".
 QString cacheName(QString path)
 {
@@ -146,15 +148,17 @@ TexturePtr TavloGraphicsRes::imageView(int slot)
 
 effects::Effect* TavloGraphicsRes::effect(int index)
 {
-    return index >= 0 && index < effectCount ? _effects[static_cast<size_t>(index)].effect.get() : nullptr;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].effect.get() : nullptr;
 }
 
 const effects::EffectTechnique& TavloGraphicsRes::technique(int index)
 {
-    return _effects[static_cast<size_t>(index)].technique;
+    static const effects::EffectTechnique none;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].technique : none;
 }
 
 const std::shared_ptr<const InputLayout>& TavloGraphicsRes::inputLayout(int index)
 {
-    return _effects[static_cast<size_t>(index)].layout;
+    static const std::shared_ptr<const InputLayout> none;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].layout : none;
 }

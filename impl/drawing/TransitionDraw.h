@@ -11,6 +11,8 @@
 
 namespace tavlo {
 
+struct TransitionRow;
+
 /// A picture that a transition shows, its top row first.
 struct TransitionPicture
 {
@@ -44,8 +46,15 @@ public:
                quint32 kind);
 
 private:
-    void updateMask(graphics::Context& context, std::span<const graphics::TexturePtr> images, quint32 kind,
-                    float position);
+    /// The step of one kind: paints its mask, sets its variables, and turns progress and the order of the pictures.
+    effects::Result applyTransitionEffectDependencyProperty(graphics::Context& context, effects::Effect& effect,
+                                                            const TransitionInputs& inputs, const TransitionRow& row,
+                                                            float& progress, const TransitionPicture*& picture0,
+                                                            const TransitionPicture*& picture1);
+
+    /// A mask that is missing or cannot be written keeps what it shows: the transition goes on with it.
+    void updateTransitionMaskTexture(graphics::Context& context, std::span<const graphics::TexturePtr> images,
+                                     quint32 kind, float progress);
 
     TransitionMask _mask;
 };

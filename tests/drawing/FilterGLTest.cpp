@@ -1,6 +1,7 @@
 #include "drawing/FilterTable.h"
 #include "drawing/PictureChroma.h"
 #include "support/DrawStage.h"
+#include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -103,6 +104,18 @@ TEST_F(FilterGL, DrawsMissingPicturesAsNothing)
     drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1));
     target.drawFilter(TavloPresentPictureFilterType_COOL, nullptr, nullptr, size, false, false);
     EXPECT_EQ(stage().readBack(), nothing);
+}
+
+/// Nothing that the warm-up draws asks an effect for what it does not have, and the context is left as it was.
+TEST_F(FilterGL, WarmsUpWithoutATrace)
+{
+    const test::LogCapture log;
+    stage().warmUp();
+    EXPECT_EQ(log.lines(), QStringList());
+    EXPECT_EQ(stage().context().renderTarget(), nullptr);
+    EXPECT_EQ(stage().context().inputLayout(), nullptr);
+    EXPECT_TRUE(isNear(drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1)),
+                       figure(TavloPresentPictureFilterType_COOL + 1), 1, 4));
 }
 
 /// A picture lower than its target lies in the middle, over the clear colour.

@@ -120,9 +120,12 @@ float byteAt(int position, int rowTexels)
     return texelFetch(sampler0, ivec2(column, row), 0).r;
 }
 
+// A picture of odd height has a last row without a chroma row of its own in the texture: it takes that above.
+int chromaRow(int y) { return min(y / 2, max(int(height) / 2 - 1, 0)); }
+
 vec3 planar(int x, int y)
 {
-    int chroma = (y / 2) * int_input_width + x / 2;
+    int chroma = chromaRow(y) * int_input_width + x / 2;
     return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
                 byteAt(int_v_plane_offset + chroma, int_input_width),
                 byteAt(int_u_plane_offset + chroma, int_input_width));
@@ -130,7 +133,7 @@ vec3 planar(int x, int y)
 
 vec3 semiPlanar(int x, int y)
 {
-    int chroma = int_u_plane_offset + 2 * ((y / 2) * (int_input_width / 2) + x / 2);
+    int chroma = int_u_plane_offset + 2 * (chromaRow(y) * (int_input_width / 2) + x / 2);
     return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
                 byteAt(chroma, int_input_width),
                 byteAt(chroma + 1, int_input_width));
