@@ -197,7 +197,7 @@ private:
     std::uint32_t _runningActions = 0; ///< for the action manager
     std::uint32_t _listeners = 0;      ///< for the dispatcher
     std::uint32_t _drawIndex = 0;      ///< place in the order of drawing
-    std::uint64_t _drawnFrame = 0;     ///< the frame that it was drawn in last
+    std::uint64_t _drawnFrame = ~0ULL; ///< the frame that it was drawn in last; as made, none
 };
 
 } // namespace tavlo::scene

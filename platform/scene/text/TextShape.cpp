@@ -10,6 +10,8 @@ namespace tavlo::scene {
 
 namespace {
 
+constexpr qreal endless = 1 << 22; // pixels; Qt counts them in 1/64 of 32 bits
+
 void addGlyphs(const QGlyphRun& run, QPointF shift, TextLine& line)
 {
     const QRawFont font = run.rawFont();
@@ -46,8 +48,7 @@ void shapeParagraph(const QString& text, const QFont& font, qreal width, qreal& 
     layout.setTextOption(option);
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        if (width > 0)
-            line.setLineWidth(width);
+        line.setLineWidth(width > 0 ? width : endless); // without a width nothing is laid out
         line.setPosition({0, top});
         top += line.height();
     }
