@@ -84,6 +84,9 @@ public:
     /// Draws all that was collected, and lets go of it.
     void endFrame();
 
+    /// Lets go of it without drawing.
+    void dropFrame();
+
     /// Lets go of everything on the device.
     void releaseResources();
 

@@ -101,6 +101,11 @@ void Renderer::endFrame()
             drawPass(*context, *pass);
         context->clearState();
     }
+    dropFrame();
+}
+
+void Renderer::dropFrame()
+{
     for (RenderPass* pass : _order)
         pass->release();
     _order.clear();

@@ -28,7 +28,7 @@ struct TreeSpec
     int opacity = 255;
     std::array<int, 3> color{255, 255, 255};
     bool visible = true, flippedY = false, opaque = false;
-    unsigned picture = 0;      ///< of a sprite: seed of its texture
+    unsigned picture = 0;        ///< of a sprite: seed of its texture
     std::optional<Rgba> clear{}; ///< of a render texture: multiplied by alpha
     std::vector<TreeSpec> children{};
 };
