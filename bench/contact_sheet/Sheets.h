@@ -11,3 +11,6 @@ bool writeTransitionSheets(const QDir& folder, QSize size);
 
 /// images.png: every image slot of the graphics store; process.png: a picture under every part of the picture process.
 bool writePictureSheets(const QDir& folder, QSize size);
+
+/// scene.png: what the scene graph draws, with a label in each text style. In its own size.
+bool writeSceneSheet(const QDir& folder);

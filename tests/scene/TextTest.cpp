@@ -149,6 +149,11 @@ TEST_F(TextGL, shadowAndOutlineReachAsFarAsTold)
     for (const int more : {plain.left() - outlined.left(), outlined.right() - plain.right(),
                            plain.top() - outlined.top(), outlined.bottom() - plain.bottom()})
         EXPECT_NEAR(more, 6, 1);
+    const double around = sum(1);
+    label->setFillColor({255, 0, 0, 0}); // hollow: the words stay free
+    step();
+    EXPECT_NEAR(sum(1), around, around * 0.02);
+    label->setFillColor({255, 0, 0, 255});
     label->setOutline({0, 255, 0, 0}, 6, 0);
     label->setShadow({0, 0, 255, 128}, {9, -4}, 0); // to the right and down
     step();
@@ -213,6 +218,17 @@ TEST_F(TextGL, alignsLinesInItsRoom)
     label->setDimensions({50, 0});
     label->setString("word word word");
     EXPECT_NEAR(label->contentSize().height, natural.height / 2 * 3, 3); // broken at the width
+}
+
+TEST_F(TextGL, emojiKeepTheirColours)
+{
+    if (!QFontDatabase::families().contains(QStringLiteral("Noto Color Emoji")))
+        GTEST_SKIP() << "no font of emoji";
+    label->setString("a\U0001F3A5\U0001F534"); // a camera and a red circle
+    label->setFillColor({0, 0, 0, 255});
+    label->setPosition(20, 40);
+    step();
+    EXPECT_GT(sum(0), 2 * sum(2)); // more red than blue, though the fill is black
 }
 
 TEST_F(TextGL, longCrawlsAreDrawnInParts)

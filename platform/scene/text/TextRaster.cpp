@@ -30,7 +30,7 @@ public:
             lay(result, blurred(mask(outlined ? _style.outlineSize : 0), _style.shadowBlur), _style.shadowColor,
                 QPointF(static_cast<qreal>(_style.shadowOffset.x), -static_cast<qreal>(_style.shadowOffset.y)));
         if (outlined)
-            lay(result, blurred(mask(_style.outlineSize), _style.outlineBlur), _style.outlineColor, {});
+            lay(result, outline(), _style.outlineColor, {});
         QPainter painter(&result);
         prepare(painter);
         for (const TextLine& line : _shape.lines)
@@ -82,6 +82,21 @@ private:
             painter.drawPath(line.outlines);
         drawColoured(painter);
         return result;
+    }
+
+    // Beneath words that are filled it goes through, so that no seam shows; where the fill is transparent, the words
+    // stay free.
+    QImage outline() const
+    {
+        QImage around = blurred(mask(_style.outlineSize), _style.outlineBlur);
+        const std::uint8_t filled = _style.fill == TextFill::Solid ? _style.fillColor.a : 255;
+        if (filled == 255)
+            return around;
+        QPainter painter(&around);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+        painter.setOpacity(1 - filled / 255.0);
+        painter.drawImage(0, 0, mask(0));
+        return around;
     }
 
     static QImage blurred(QImage mask, float blur)

@@ -4,6 +4,8 @@
 #include <QRawFont>
 #include <QTextLayout>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace tavlo::scene {
@@ -12,30 +14,27 @@ namespace {
 
 constexpr qreal endless = 1 << 22; // pixels; Qt counts them in 1/64 of 32 bits
 
+// Asked of the font and not of the glyph: a font of pictures that is asked for an outline draws nothing afterwards.
+bool bringsPictures(const QRawFont& font)
+{
+    return std::ranges::any_of(std::array{"CBDT", "sbix", "COLR", "SVG "},
+                               [&font](const char* table) { return !font.fontTable(table).isEmpty(); });
+}
+
 void addGlyphs(const QGlyphRun& run, QPointF shift, TextLine& line)
 {
     const QRawFont font = run.rawFont();
-    const QList<quint32> glyphs = run.glyphIndexes();
-    const QList<QPointF> positions = run.positions();
-    QList<quint32> colouredGlyphs;
-    QList<QPointF> colouredPositions;
-    for (qsizetype i = 0; i < glyphs.size(); ++i) {
-        const QPainterPath path = font.pathForGlyph(glyphs[i]);
-        const QPointF place = positions[i] + shift;
-        if (!path.isEmpty()) {
-            line.outlines.addPath(path.translated(place));
-        } else if (!font.boundingRect(glyphs[i]).isEmpty()) {
-            colouredGlyphs.append(glyphs[i]);
-            colouredPositions.append(place);
-        }
-    }
-    if (colouredGlyphs.isEmpty())
+    QList<QPointF> positions = run.positions();
+    for (QPointF& position : positions)
+        position += shift;
+    if (bringsPictures(font)) {
+        line.coloured.append(run);
+        line.coloured.last().setPositions(positions);
         return;
-    QGlyphRun coloured;
-    coloured.setRawFont(font);
-    coloured.setGlyphIndexes(colouredGlyphs);
-    coloured.setPositions(colouredPositions);
-    line.coloured.append(coloured);
+    }
+    const QList<quint32> glyphs = run.glyphIndexes();
+    for (qsizetype i = 0; i < glyphs.size(); ++i)
+        line.outlines.addPath(font.pathForGlyph(glyphs[i]).translated(positions[i]));
 }
 
 // One paragraph, broken at the width; its lines begin at left 0, below one another.
