@@ -8,6 +8,7 @@
 #include "scene/Scene.h"
 #include "scene/TextureCache.h"
 #include "scene/text/FontFinder.h"
+#include "scene/text/TextAtlas.h"
 
 namespace tavlo::scene {
 
@@ -16,7 +17,8 @@ RefPtr<Director> Director::create() { return makeRef<Director>(); }
 Director::Director()
     : _actions(std::make_unique<ActionManager>()), _events(std::make_unique<EventDispatcher>()),
       _files(std::make_unique<FileUtils>()), _fonts(std::make_unique<FontFinder>()),
-      _textures(std::make_unique<TextureCache>(*this)), _renderer(std::make_unique<Renderer>(*this))
+      _texts(std::make_unique<TextAtlas>(*this)), _textures(std::make_unique<TextureCache>(*this)),
+      _renderer(std::make_unique<Renderer>(*this))
 {}
 
 Director::~Director() { setOpenGLView(nullptr); }
@@ -78,6 +80,7 @@ void Director::purge()
     _actions->stopEverything();
     _events->removeAllEventListeners();
     _pool.clear();
+    _texts->clear();
     _renderer->releaseResources();
     setOpenGLView(nullptr);
 }

@@ -18,6 +18,7 @@ class FontFinder;
 class GLView;
 class Renderer;
 class Scene;
+class TextAtlas;
 class TextureCache;
 
 /// The three stamps of a frame.
@@ -43,7 +44,7 @@ public:
     /// Makes it ready for a view and a scene, also again after `end`.
     bool init();
 
-    /// A folder for what is worth keeping between runs; empty keeps nothing.
+    /// A folder for compiled shaders, in the local 8 bit encoding; before the first frame. Empty, as made, keeps none.
     void setDataCachePath(std::string path) { _dataCachePath = std::move(path); }
     const std::string& dataCachePath() const { return _dataCachePath; }
 
@@ -81,6 +82,7 @@ public:
     EventDispatcher& eventDispatcher() { return *_events; }
     FileUtils& fileUtils() { return *_files; }
     FontFinder& fontFinder() { return *_fonts; }
+    TextAtlas& textAtlas() { return *_texts; }
     TextureCache& textureCache() { return *_textures; }
     Renderer& renderer() { return *_renderer; }
     AutoReleasePool& autoReleasePool() { return _pool; }
@@ -94,6 +96,7 @@ private:
     const std::unique_ptr<EventDispatcher> _events;
     const std::unique_ptr<FileUtils> _files;
     const std::unique_ptr<FontFinder> _fonts;
+    const std::unique_ptr<TextAtlas> _texts;
     const std::unique_ptr<TextureCache> _textures;
     const std::unique_ptr<Renderer> _renderer;
 

@@ -57,7 +57,7 @@ bool Renderer::prepareDevice()
     if (device && device == _device)
         return true;
     releaseResources();
-    if (!device || !_programs.create(*device))
+    if (!device || !_programs.create(*device, _director.dataCachePath()))
         return false;
     _layout = std::make_shared<InputLayout>(InputLayout{
         {Semantic::Position, Format::R32G32_FLOAT, offsetof(Vertex, position)},
@@ -80,7 +80,7 @@ void Renderer::releaseResources()
 
 ProgramPtr Renderer::compile(std::string_view fragmentSource)
 {
-    return prepareDevice() ? compileSceneProgram(*_device, fragmentSource) : nullptr;
+    return prepareDevice() ? compileSceneProgram(*_device, fragmentSource, _director.dataCachePath()) : nullptr;
 }
 
 RefPtr<GLProgramState> Renderer::namedState(std::string_view name) const

@@ -1,6 +1,7 @@
 #include "scene/ScenePrograms.h"
 
 #include "graphics/Log.h"
+#include "scene/ProgramCache.h"
 
 #include <algorithm>
 
@@ -75,23 +76,30 @@ SceneProgram::SceneProgram(graphics::ProgramPtr compiled) : program(std::move(co
         pictureUnit = picture->textureUnit;
 }
 
-graphics::ProgramPtr compileSceneProgram(graphics::Device& device, std::string_view fragmentSource)
+graphics::ProgramPtr compileSceneProgram(graphics::Device& device, std::string_view fragmentSource,
+                                         const std::string& cacheFolder)
 {
-    std::string messages;
+    const ProgramCache cache(device, cacheFolder);
+    const std::string vertex(vertexSource);
     std::string fragment(fragmentHead);
     fragment += fragmentSource;
-    graphics::ProgramPtr program = device.createProgram(std::string(vertexSource), fragment, messages);
-    if (!program)
+    if (graphics::ProgramPtr kept = cache.load(vertex, fragment))
+        return kept;
+    std::string messages;
+    graphics::ProgramPtr program = device.createProgram(vertex, fragment, messages);
+    if (program)
+        cache.store(*program, vertex, fragment);
+    else
         graphics::logFailure("failed to compile a shader of the scene: " + messages);
     return program;
 }
 
-bool PlainPrograms::create(graphics::Device& device)
+bool PlainPrograms::create(graphics::Device& device, const std::string& cacheFolder)
 {
     for (std::size_t i = 0; i < _programs.size(); ++i) {
         const bool overColor = i >= plainProgramCount;
-        _programs[i] =
-            SceneProgram(compileSceneProgram(device, plainSource(plainSources[i % plainProgramCount], overColor)));
+        _programs[i] = SceneProgram(
+            compileSceneProgram(device, plainSource(plainSources[i % plainProgramCount], overColor), cacheFolder));
         if (!_programs[i].program)
             return false;
     }

@@ -21,16 +21,18 @@ struct SceneProgram
     int pictureUnit = -1;                          ///< of the quad's texture; -1 where the program has none
 };
 
-/// Compiles a fragment shader without a head with the scene's vertex shader; see `GLProgram`. Null, with the messages in
-/// the log, when the driver refuses it.
-graphics::ProgramPtr compileSceneProgram(graphics::Device& device, std::string_view fragmentSource);
+/// Compiles a fragment shader without a head with the scene's vertex shader, see `GLProgram`, or takes it from the cache.
+/// Null, with the messages in the log, when the driver refuses it.
+/// \param cacheFolder  as `Director::setDataCachePath` takes it
+graphics::ProgramPtr compileSceneProgram(graphics::Device& device, std::string_view fragmentSource,
+                                         const std::string& cacheFolder);
 
 /// The plain programs on one device. Frame thread.
 class PlainPrograms
 {
 public:
     /// False, and the reason in the log, when the driver refuses one.
-    bool create(graphics::Device& device);
+    bool create(graphics::Device& device, const std::string& cacheFolder);
     void release() { _programs = {}; }
 
     const SceneProgram& get(PlainProgram program, BatchBlend blend) const;

@@ -3,10 +3,14 @@
 #include "scene/EventDispatcher.h"
 #include "scene/Layer.h"
 #include "scene/RenderTexture.h"
+#include "scene/Renderer.h"
 #include "scene/SceneTest.h"
 #include "scene/Sprite.h"
 #include "scene/TavloCLabel.h"
 #include "support/LogCapture.h"
+
+#include <QDir>
+#include <QTemporaryDir>
 
 using namespace tavlo;
 using namespace tavlo::scene;
@@ -21,7 +25,7 @@ struct Engine
     RefPtr<GLViewImpl> view = GLViewImpl::createWithRect({}, {0, 0, 40, 30}, -1);
     RefPtr<Scene> scene;
 
-    Engine()
+    explicit Engine(bool draws = true)
     {
         director->init();
         director->setOpenGLView(view);
@@ -38,7 +42,8 @@ struct Engine
         marks->runAction(MoveTo::create(100, {50, 50}));
         scene->addChild(marks);
         director->eventDispatcher().addEventListenerWithSceneGraphPriority(EventListenerMouse::create(), marks.get());
-        frame(0);
+        if (draws)
+            frame(0);
     }
 
     void frame(std::uint64_t clock)
@@ -60,7 +65,7 @@ struct Engine
 TEST(SceneLife, aDirectorComesAndGoesManyTimes)
 {
     for (int i = 0; i < 200; ++i) {
-        Engine engine;
+        Engine engine(i % 10 == 0); // the driver compiles anew for each device, which is most of the time
         engine.end();
         EXPECT_EQ(engine.director->referenceCount(), 1U); // no node holds it any more
         EXPECT_EQ(engine.view->referenceCount(), 1U);
@@ -93,6 +98,32 @@ TEST(SceneLife, aNodeMayOutliveTheEnd)
     const LogCapture log;
     EXPECT_FALSE(RenderTexture::create(kept->director(), 4, 4));
     EXPECT_EQ(log.count("a render texture needs a view and a size"), 1);
+}
+
+TEST(SceneLife, compiledShadersAreKeptAndTakenBack)
+{
+    const QTemporaryDir folder;
+    const auto files = [&folder] {
+        const QDir cache(folder.filePath(QStringLiteral("shader")));
+        return cache.entryList(QDir::Files, QDir::Name);
+    };
+    Engine first(false);
+    first.director->setDataCachePath(folder.path().toStdString());
+    first.frame(0);
+    first.end();
+    const auto kept = files();
+    ASSERT_FALSE(kept.isEmpty());
+    QFile broken(folder.filePath(QStringLiteral("shader/") + kept.first()));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    broken.write("no program");
+    broken.close();
+    Engine second(false);
+    second.director->setDataCachePath(folder.path().toStdString());
+    second.frame(0);
+    EXPECT_GT(second.director->renderer().statistics().drawCalls, 0U);
+    second.end();
+    EXPECT_EQ(files(), kept);
+    EXPECT_GT(QFileInfo(broken.fileName()).size(), 100); // compiled and kept again
 }
 
 TEST(SceneLife, anotherSceneTakesTheStage)

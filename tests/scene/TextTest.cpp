@@ -1,4 +1,5 @@
 #include "scene/FileUtils.h"
+#include "scene/Renderer.h"
 #include "scene/SceneTest.h"
 #include "scene/TavloCLabel.h"
 #include "scene/text/AlphaBlur.h"
@@ -218,6 +219,34 @@ TEST_F(TextGL, alignsLinesInItsRoom)
     label->setDimensions({50, 0});
     label->setString("word word word");
     EXPECT_NEAR(label->contentSize().height, natural.height / 2 * 3, 3); // broken at the width
+}
+
+TEST_F(TextGL, smallTextsShareOneDraw)
+{
+    label->setString("");
+    std::vector<RefPtr<Label>> labels;
+    const auto add = [&](float y) {
+        labels.push_back(Label::createWithSystemFont(*director, "text " + std::to_string(y), {}, 12));
+        labels.back()->setPosition(80, y);
+        root->addChild(labels.back());
+    };
+    for (int i = 0; i < 12; ++i)
+        add(static_cast<float>(10 + i * 12));
+    step();
+    const auto whole = shown().pixels;
+    EXPECT_EQ(director->renderer().statistics().drawCalls, 1U);
+    // A place that becomes free is taken by another text, and nobody else's picture suffers.
+    const float free = labels[5]->position().y;
+    root->removeChild(labels[5].get());
+    labels.erase(labels.begin() + 5);
+    labels[7]->setSystemFontSize(80);
+    step();
+    EXPECT_NE(shown().pixels, whole);
+    labels[7]->setSystemFontSize(12);
+    add(free);
+    step();
+    EXPECT_EQ(shown().pixels, whole);
+    EXPECT_EQ(director->renderer().statistics().drawCalls, 1U);
 }
 
 TEST_F(TextGL, emojiKeepTheirColours)

@@ -48,6 +48,8 @@ Size TextPicture::measure(const std::string& text, const TextStyle& style)
     return {static_cast<float>(size.width()), static_cast<float>(size.height())};
 }
 
+TextPicture::~TextPicture() { _director.textAtlas().release(_slot); }
+
 bool TextPicture::raster(const std::string& text, const TextStyle& style)
 {
     _used = 0;
@@ -56,17 +58,40 @@ bool TextPicture::raster(const std::string& text, const TextStyle& style)
         return false;
     const TextShape shape = shapeText(QString::fromStdString(text), style, _director.fontFinder());
     const TextRaster raster = rasterText(shape, style, longestText);
+    if (raster.image.isNull())
+        return true;
     const int height = std::min(raster.image.height(), static_cast<int>(device->maxTextureSize()));
-    for (int left = 0; left < raster.image.width(); left += tileWidth) {
-        const QRect part(left, 0, std::min(tileWidth, raster.image.width() - left), height);
+    const Rect place{static_cast<float>(raster.leftTop.x()),
+                     static_cast<float>(shape.size.height()) - static_cast<float>(raster.leftTop.y() + height),
+                     static_cast<float>(raster.image.width()), static_cast<float>(height)};
+    return TextAtlas::takes(raster.image.size()) ? rasterSmall(raster.image, place) : rasterLarge(raster.image, place);
+}
+
+bool TextPicture::rasterSmall(const QImage& image, const Rect& place)
+{
+    if (!_director.textAtlas().write(_slot, image, image.rect()))
+        return false;
+    const QPoint corner = _slot.area.topLeft();
+    _tiles.resize(1);
+    _tiles[0] = {
+        _slot.page, place, {static_cast<float>(corner.x()), static_cast<float>(corner.y()), place.width, place.height}};
+    _used = 1;
+    return true;
+}
+
+bool TextPicture::rasterLarge(const QImage& image, const Rect& place)
+{
+    if (_slot.page)
+        _tiles.clear();
+    _director.textAtlas().release(_slot);
+    for (int left = 0; left < image.width(); left += tileWidth) {
+        const QRect part(left, 0, std::min(tileWidth, image.width() - left), static_cast<int>(place.height));
         if (_used == _tiles.size())
             _tiles.emplace_back();
         Tile& tile = _tiles[_used];
-        tile.shown = {static_cast<float>(part.width()), static_cast<float>(part.height())};
-        tile.place = {static_cast<float>(raster.leftTop.x() + left),
-                      static_cast<float>(shape.size.height()) - static_cast<float>(raster.leftTop.y() + height),
-                      tile.shown.width, tile.shown.height};
-        if (!upload(tile, raster.image, part))
+        tile.shown = {0, 0, static_cast<float>(part.width()), place.height};
+        tile.place = {place.x + static_cast<float>(left), place.y, tile.shown.width, place.height};
+        if (!upload(tile, image, part))
             return false;
         ++_used;
     }
@@ -103,8 +128,10 @@ void TextPicture::draw(Renderer& renderer, const Affine& transform, Color4B tint
         const Tile& tile = _tiles[i];
         const auto width = static_cast<float>(tile.texture->desc().width);
         const auto height = static_cast<float>(tile.texture->desc().height);
-        renderer.drawQuad(transform, tile.place, {{0, 0}, {tile.shown.width / width, tile.shown.height / height}}, tint,
-                          {tile.texture});
+        renderer.drawQuad(transform, tile.place,
+                          {{tile.shown.minX() / width, tile.shown.minY() / height},
+                           {tile.shown.maxX() / width, tile.shown.maxY() / height}},
+                          tint, {tile.texture});
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "graphics/Texture.h"
 #include "scene/Geometry.h"
+#include "scene/text/TextAtlas.h"
 #include "scene/text/TextStyle.h"
 
 #include <QImage>
@@ -14,12 +15,15 @@ namespace tavlo::scene {
 class Director;
 class Renderer;
 
-/// The picture of one text in textures, as many as its length takes. They are kept for the next text where it fits.
-/// Frame thread.
+/// The picture of one text: a small one in the director's atlas, a large one in textures of its own, as many as its
+/// length takes. They are kept for the next text where it fits. Frame thread.
 class TextPicture
 {
 public:
     explicit TextPicture(Director& director) : _director(director) {}
+    ~TextPicture();
+    TextPicture(const TextPicture&) = delete;
+    TextPicture& operator=(const TextPicture&) = delete;
 
     /// Whole pixels. Zero without an application object of Qt Gui.
     Size measure(const std::string& text, const TextStyle& style);
@@ -35,12 +39,15 @@ private:
     {
         graphics::TexturePtr texture; ///< at least as large as what it shows
         Rect place;                   ///< from the text's left bottom, pixels
-        Size shown;                   ///< texels from the texture's left top
+        Rect shown;                   ///< texels from the texture's left top, y down
     };
 
+    bool rasterSmall(const QImage& image, const Rect& place);
+    bool rasterLarge(const QImage& image, const Rect& place);
     bool upload(Tile& tile, const QImage& image, QRect part);
 
     Director& _director;
+    TextAtlas::Slot _slot; ///< of a small text
     std::vector<Tile> _tiles;
     std::size_t _used = 0; ///< tiles of the present text
 };
