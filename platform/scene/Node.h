@@ -87,6 +87,7 @@ public:
     virtual Size contentSize() const { return _contentSize; }
     virtual void setContentSize(Size size);
 
+    float scale() const { return _scale.x; } ///< of the first axis, where they differ
     float scaleX() const { return _scale.x; }
     float scaleY() const { return _scale.y; }
     Vec3 scale3D() const { return _scale; }

@@ -106,11 +106,18 @@ private:
         RefPtr<GLProgramState> state;
     };
 
+    /// What a pass has set on the context so far.
+    struct Bound
+    {
+        const SceneProgram* program = nullptr;
+        std::uint32_t vertexOffset = ~0U;
+    };
+
     bool prepareDevice();
     bool makeBuffers(std::size_t vertexBytes, std::size_t indexBytes);
     bool upload(graphics::Context& context);
     void drawPass(graphics::Context& context, const RenderPass& pass);
-    void drawBatch(graphics::Context& context, const RenderPass& pass, const Batch& batch);
+    void drawBatch(graphics::Context& context, const RenderPass& pass, const Batch& batch, Bound& bound);
 
     Director& _director;
 

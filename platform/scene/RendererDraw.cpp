@@ -160,20 +160,28 @@ void Renderer::drawPass(Context& context, const RenderPass& pass)
     context.setInputLayout(_layout);
     context.setIndexBuffer(_indices);
     context.setTopology(Topology::TriangleList);
+    Bound bound;
     for (const Batch& batch : pass.batches()) {
         if (!batch.command)
-            drawBatch(context, pass, batch);
+            drawBatch(context, pass, batch, bound);
         else if (batch.command->func)
             batch.command->func();
     }
 }
 
-void Renderer::drawBatch(Context& context, const RenderPass& pass, const Batch& batch)
+void Renderer::drawBatch(Context& context, const RenderPass& pass, const Batch& batch, Bound& bound)
 {
     const SceneProgram& program =
         batch.state ? batch.state->program().sceneProgram() : _programs.get(batch.program, batch.blend);
-    context.setProgram(program.program);
-    setUniform(context, program, program.toClip, toClip(pass));
+    const std::uint32_t vertexOffset =
+        (pass.vertexStart + batch.baseVertex) * static_cast<std::uint32_t>(sizeof(Vertex));
+    if (bound.program != &program) {
+        context.setProgram(program.program);
+        setUniform(context, program, program.toClip, toClip(pass));
+    }
+    if (bound.vertexOffset != vertexOffset)
+        context.setVertexBuffer(_vertices, sizeof(Vertex), vertexOffset);
+    bound = {&program, vertexOffset};
     if (batch.blend == BatchBlend::OverClear)
         setUniform(context, program, program.background, rgba(*pass.clearColor()));
     if (program.pictureUnit >= 0)
@@ -182,8 +190,6 @@ void Renderer::drawBatch(Context& context, const RenderPass& pass, const Batch& 
         batch.state->apply(context);
     context.setBlendState(batch.blend == BatchBlend::Over ? over : BlendState{});
     context.setScissor(batch.clip);
-    context.setVertexBuffer(_vertices, sizeof(Vertex),
-                            (pass.vertexStart + batch.baseVertex) * static_cast<std::uint32_t>(sizeof(Vertex)));
     context.drawIndexed(batch.indexCount, pass.indexStart + batch.firstIndex);
     ++_statistics.drawCalls;
 }
