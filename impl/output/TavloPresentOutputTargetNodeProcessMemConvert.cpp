@@ -109,7 +109,8 @@ bool Node::useGraphics()
     if (!wanted || _sourceFormat != nv12Format)
         return false;
     qDebug() << "try to use gpu mode";
-    PrivateUtil::reportProcessorFormats(_device);
+    static std::once_flag reported;
+    std::call_once(reported, [this] { PrivateUtil::reportProcessorFormats(_device); });
     _nv12Pass = Nv12Pass::create(_device, _videoInfo.width, _videoInfo.height, _conversion.rows);
     qDebug() << (_nv12Pass ? "succeeded to get video device, use gpu mode" : "failed to use gpu mode");
     return _nv12Pass != nullptr;

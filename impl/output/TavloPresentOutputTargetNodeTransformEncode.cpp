@@ -278,6 +278,7 @@ void Node::takeVideo(BlockPtr block)
     if (!block)
         return;
     noteFrameType(*block);
+    _codedPictures.fetch_add(1, std::memory_order_relaxed);
     handOn(std::move(block), &Leaf::onVideo);
 }
 
@@ -316,6 +317,7 @@ void Node::getStatistics(tagTavloOutputStatistics* statistics)
         if (_audioEncoder)
             _audioEncoder->getStatistics(statistics);
     }
+    statistics->codedPictures += _codedPictures.load(std::memory_order_relaxed);
     const std::lock_guard guard(_frameTypesLock);
     std::copy_n(_frameTypes.begin(), _frameTypeCount, statistics->frameTypes.begin());
 }

@@ -76,6 +76,7 @@ private:
     // any thread
     std::atomic<bool> _wantsVideo{false};
     std::atomic<bool> _wantsAudio{false};
+    std::atomic<quint64> _codedPictures{0};
 
     // changed by the node's thread alone, under _nodesLock; others read under it
     std::shared_mutex _nodesLock;

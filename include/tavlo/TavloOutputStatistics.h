@@ -49,7 +49,8 @@ struct tagTavloOutputStatistics
     quint64 netDropped = 0;       ///< the same, all targets of the stream together
     quint64 recordFiles = 0;      ///< files begun
     quint64 netReconnects = 0;    ///< connections begun after the first
-    std::array<std::byte, 1076> reserved6{};
+    quint64 codedPictures = 0;    ///< that came out of the encoder
+    std::array<std::byte, 1068> reserved6{};
 
     float transferRatePair1 = 0; ///< kilobits a second
     quint32 reserved7 = 0;
