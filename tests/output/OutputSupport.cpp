@@ -216,6 +216,7 @@ tagTavloPresentOutputParam Stage::param(const QString& folder)
 
 void Stage::start(int type, const tagTavloPresentOutputParam& param, int index)
 {
+    _type = type;
     target.startOutput(index, type, QVariant::fromValue(param));
     await(index, type);
 }
@@ -232,7 +233,7 @@ void Stage::commit(int first, int count, bool awaitCoded)
         commitPicture(number);
         ++_committed;
         if (awaitCoded)
-            await(0, TavloPresentOutputTypeRecord);
+            await(0, _type);
         while (awaitCoded && statistics().codedPictures + inFlight < static_cast<quint64>(_committed))
             std::this_thread::yield();
     }

@@ -64,6 +64,7 @@ private:
     tavlo::graphics::ContextPtr _context;
     tavlo::graphics::TexturePtr _texture;
     int _committed = 0;
+    int _type = 0; ///< of the output that was started last
 };
 
 /// What a file or stream holds.

@@ -74,7 +74,7 @@ TEST(StreamNet, APeerSeesEveryPictureFromAKeyPictureOn)
          }},
         {"push",
          "http://127.0.0.1:%1/output",
-         {{"listen", "1"}},
+         {{"listen", "1"}, {"method", "PUT"}},
          [](tagTavloPresentOutputParam& param, const QString& address) {
              param.pushEnabled = 1;
              param.pushPath = address;
