@@ -25,6 +25,7 @@ public:
         std::string url;    ///< or a path
         std::vector<std::pair<std::string, std::string>> options;
         std::chrono::milliseconds patience{10'000}; ///< for one call that makes no headway
+        bool waitsForPeer = false; ///< nobody may be there for long: no failure, and no pause before the next attempt
     };
 
     /// When calls have to give up whatever they do. Lent by the caller; any thread may change it.

@@ -46,7 +46,9 @@ Muxer::Target peer(const Param& param)
                             .arg(host)
                             .arg(param.peerPort)
                             .arg(listens ? QLatin1String("listener") : QLatin1String("caller"), param.peerPath);
-    return {"mpegts", url.toStdString(), {}};
+    Muxer::Target target{"mpegts", url.toStdString(), {}};
+    target.waitsForPeer = listens;
+    return target;
 }
 
 Muxer::Target hls(const Param& param)

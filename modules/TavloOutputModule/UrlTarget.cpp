@@ -59,6 +59,10 @@ bool UrlTarget::connect(const CodedPacket& packet)
         return false;
     std::string error;
     _muxer = Muxer::open(_target, _format, _limits, error);
+    if (!_muxer && _target.waitsForPeer) {
+        setState(State::Waiting);
+        return false;
+    }
     if (!_muxer) {
         fail("cannot open " + shownUrl(_target.url) + ": " + error);
         return false;

@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <numeric>
@@ -235,7 +236,7 @@ void Stage::commit(int first, int count, bool awaitCoded)
         if (awaitCoded)
             await(0, _type);
         while (awaitCoded && statistics().codedPictures + inFlight < static_cast<quint64>(_committed))
-            std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "OutputSupport.h"
 #include "TavloCodecAggregationModule/ITavloVideoEncoder.h"
+#include "output/ITavloHDMIOutputObject.h"
 #include "output/TavloCodecAggregationUtil.h"
 #include "shared/VlcPointers.h"
 #include "support/LogCapture.h"
@@ -131,18 +132,48 @@ TEST(OutputThreads, RefusesWhatIsNoOutput)
     EXPECT_EQ(stage.statistics().droppedPictures, 0U);
 }
 
-TEST(OutputThreads, RawOutputsCountWhatPasses)
+/// Keeps what a projection would show.
+class Projection final : public ITavloHDMIOutputObject
 {
-    Stage stage(Stage::Way::BottomFirst);
+public:
+    static inline std::vector<std::array<quint8, 3>> shown; ///< of each picture, its first field of colour
+    static inline int sounds = 0, ends = 0;
+
+    bool create(int, const QString&, const tagTavloPresentHDMIOutputInfo&, const tagTavloVideoInfo&,
+                const tagTavloAudioInfo&, quint32) override
+    {
+        return true;
+    }
+    void stop() override { ++ends; }
+    void writeVideo(const picture_t*, const quint8* data, int stride, int, qint64, qint64, bool, quint32) override
+    {
+        const quint8* at = data + (Programme::height - 2) * stride;
+        shown.push_back({at[0], at[1], at[2]});
+    }
+    void writeAudio(const quint8*, int, qint64, qint64) override { ++sounds; }
+};
+
+TEST(OutputThreads, ProjectionsTakePicturesAsTheyAreAndNobodyElseIsMissed)
+{
+    tavlo::setHdmiOutputFactory(
+        []() -> std::unique_ptr<ITavloHDMIOutputObject> { return std::make_unique<Projection>(); });
+    Stage stage(Stage::Way::Pictures);
     tagTavloPresentOutputParam param;
-    stage.start(TavloPresentOutputTypeNDI, param);
+    param.hdmi[2].enable = 1;
+    stage.start(TavloPresentOutputTypeNDI, param);   // without its library it only counts
+    stage.start(TavloPresentOutputTypeHDMI1, param); // switched off
     stage.start(TavloPresentOutputTypeHDMI2, param);
-    stage.commit(0, 4, false);
-    stage.stop(TavloPresentOutputTypeHDMI0);
-    const tagTavloOutputStatistics statistics = stage.statistics();
-    EXPECT_EQ(statistics.droppedPictures, 0U);
-    stage.stop(TavloPresentOutputTypeHDMI2);
-    stage.stop(TavloPresentOutputTypeNDI);
+    for (int number = 0; number < 12; ++number) {
+        stage.commit(number, 1, false);
+        stage.stop(TavloPresentOutputTypeHDMI0); // comes behind the picture
+    }
+    EXPECT_EQ(stage.statistics().droppedPictures, 0U);
+    stage.start(TavloPresentOutputTypeHDMI2, param); // begins anew
+    stage.target.destroy();
+    EXPECT_EQ(Projection::shown, std::vector(12, Programme::fieldColor(0)));
+    EXPECT_EQ(Projection::sounds, 12);
+    EXPECT_EQ(Projection::ends, 2);
+    tavlo::setHdmiOutputFactory(nullptr);
 }
 
 } // namespace
