@@ -9,6 +9,7 @@ extern "C" {
 #include <QDebug>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -83,11 +84,15 @@ TempoFilter::TempoFilter(int channels, int rate) : _channels(channels), _rate(ra
 
 bool TempoFilter::open(double tempo)
 {
+    AVChannelLayout layout{};
+    std::array<char, 64> layoutName{};
+    av_channel_layout_default(&layout, _channels);
+    av_channel_layout_describe(&layout, layoutName.data(), layoutName.size());
     const QByteArray text =
-        QStringLiteral("abuffer=sample_rate=%1:sample_fmt=s16:channels=%2:time_base=1/%1,atempo=%3,atempo=%3,"
+        QStringLiteral("abuffer=sample_rate=%1:sample_fmt=s16:channel_layout=%2:time_base=1/%1,atempo=%3,atempo=%3,"
                        "aformat=sample_fmts=s16,abuffersink")
             .arg(_rate)
-            .arg(_channels)
+            .arg(QString::fromLatin1(layoutName.data()))
             .arg(std::sqrt(tempo), 0, 'f', 9) // twice, as one alone skips samples beyond a factor of 2
             .toLatin1();
     AVFilterInOut* in = nullptr;

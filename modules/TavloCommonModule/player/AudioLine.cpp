@@ -109,8 +109,8 @@ void AudioLine::followRate()
     _tempo.drain(rest);
     _ready.insert(_ready.end(), rest.begin(), rest.end());
     handOver(true);
-    _tempoRate = _placed && rate != 1.0 && !_tempo.open(rate) ? 1.0 : rate;
-    if (!_placed && rate != 1.0)
+    _tempoRate = rate;
+    if (rate != 1.0)
         _tempo.open(rate);
     _readyTimeline = _inTimeline;
 }

@@ -142,14 +142,29 @@ int MediaInput::read(AVPacket& packet)
 bool MediaInput::seek(qint64 itemTime)
 {
     armDeadline();
+    AVFormatContext* const context = _context.get();
     // Formats without an index find a time, not a picture that can be decoded: to go back further finds one.
-    const qint64 back = stampsMayJump() && itemTime > 0 ? 5'000'000 : 0;
-    const qint64 stamp = std::max<qint64>(itemTime - back, 0) + firstStamp();
-    return avformat_seek_file(_context.get(), -1, INT64_MIN, stamp, stamp, 0) >= 0 ||
-           avformat_seek_file(_context.get(), -1, INT64_MIN, stamp, INT64_MAX, AVSEEK_FLAG_ANY) >= 0;
+    const bool hasIndex = (context->iformat->flags & AVFMT_TS_DISCONT) == 0;
+    const qint64 target = hasIndex ? itemTime : std::max<qint64>(itemTime - 5'000'000, 0);
+    if (!hasIndex && target == 0 && !(context->iformat->flags & AVFMT_NO_BYTE_SEEK))
+        return avformat_seek_file(context, -1, INT64_MIN, 0, INT64_MAX, AVSEEK_FLAG_BYTE) >= 0;
+    const qint64 stamp = target + firstStamp();
+    return avformat_seek_file(context, -1, INT64_MIN, stamp, stamp, 0) >= 0 ||
+           avformat_seek_file(context, -1, INT64_MIN, stamp, INT64_MAX, AVSEEK_FLAG_ANY) >= 0;
 }
 
-qint64 MediaInput::firstStamp() const { return _context->start_time != AV_NOPTS_VALUE ? _context->start_time : 0; }
+qint64 MediaInput::firstStamp() const
+{
+    const qint64 first = _context->start_time != AV_NOPTS_VALUE ? _context->start_time : 0;
+    if (!_video || _video->isPicture)
+        return first;
+    // Sound that comes before the first picture would tear the pictures of a list apart.
+    const qint64 picture = _context->streams[_videoIndex]->start_time;
+    if (picture == AV_NOPTS_VALUE)
+        return first;
+    const qint64 stamp = av_rescale_q(picture, _video->timeBase, microsecondBase);
+    return stamp > first && stamp - first < 1'000'000 ? stamp : first;
+}
 
 qint64 MediaInput::length() const
 {
