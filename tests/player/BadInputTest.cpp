@@ -91,7 +91,8 @@ TEST(PlayerBadInput, MutantsNeitherCrashNorHang)
     }
     for (const auto& stage : stages) {
         EXPECT_TRUE(stage->sink.waitForState({TavloSourcePlayerStateEnded, mutantsPerFormat - 1}))
-            << "stands at " << stage->player->itemIndex();
+            << "stands at " << stage->player->itemIndex() << " of " << stage->info.pathList.back().toStdString()
+            << " time " << stage->time() << " of " << stage->length();
         stage->player->stop();
     }
 }
@@ -110,7 +111,8 @@ TEST(PlayerBadInput, WhatIsNoClipIsRefused)
     const LogCapture log;
     PlayerStage stage;
     stage.play(paths);
-    ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, static_cast<int>(paths.size()) - 1}));
+    ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, static_cast<int>(paths.size()) - 1}))
+        << stage.player->itemIndex() << log.lines().join(u'\n').toStdString();
     stage.player->stop();
     EXPECT_TRUE(stage.sink.pictures.empty());
     for (const QString& path : paths)

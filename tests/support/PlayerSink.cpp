@@ -164,6 +164,11 @@ picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
 
 void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
 {
+    if (!readsPictures) {
+        const std::scoped_lock lock(_lock);
+        pictures.push_back({-1, picture->date, 0});
+        return;
+    }
     const plane_t& plane = picture->p[0];
     const Layout& layout = layoutOf(picture->format.i_chroma);
     const int number = pictureNumber(plane.p_pixels + layout.lumaOffset, static_cast<int>(picture->format.i_width),
@@ -184,8 +189,10 @@ block_t* PlayerSink::OnMediaSourcePlayerDoAudioSample(quint32, block_t* block, t
     {
         const std::scoped_lock lock(_lock);
         blocks.push_back({block->i_pts, frames, second});
-        _queued = static_cast<double>(queuedFrames() + frames);
-        _queuedAt = monotonicMicroseconds();
+        const qint64 now = monotonicMicroseconds();
+        const qint64 queued = queuedFrames();
+        _queuedAt = queued == 0 ? now + deviceLatency : std::max(now, _queuedAt);
+        _queued = static_cast<double>(queued + frames);
         soundFrames += frames;
     }
     _changed.notify_all();
@@ -207,7 +214,7 @@ qint32 PlayerSink::OnMediaSourcePlayerDoAudioTime(qint64* time)
     *time = 0;
     if (!hasDevice)
         return -1;
-    *time = queuedFrames() * 1'000'000 / _audioInfo.sampleRate + deviceLatency;
+    *time = 7'000'000 + (soundFrames - queuedFrames()) * 1'000'000 / _audioInfo.sampleRate;
     return 0;
 }
 
@@ -227,8 +234,8 @@ void PlayerSink::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32)
 /// Under the lock.
 qint64 PlayerSink::queuedFrames()
 {
-    const double played =
-        static_cast<double>(monotonicMicroseconds() - _queuedAt) * deviceSpeed * _audioInfo.sampleRate / 1e6;
+    const auto since = static_cast<double>(std::max<qint64>(monotonicMicroseconds() - _queuedAt, 0));
+    const double played = since * deviceSpeed * _audioInfo.sampleRate / 1e6;
     return static_cast<qint64>(std::max(_queued - played, 0.0));
 }
 

@@ -47,6 +47,7 @@ public:
     double deviceSpeed = 1.0;      ///< of its clock
     std::vector<quint32> layouts;  ///< that it takes; all when empty, else NV12 in place of others
     bool hasPool = true;
+    bool readsPictures = true; ///< their numbers and content
 
     /// Waits until the condition holds, which is looked at after each call of the player. False after half a minute.
     bool waitFor(const std::function<bool()>& condition);

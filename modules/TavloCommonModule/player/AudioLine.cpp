@@ -39,6 +39,7 @@ void AudioLine::begin(bool anew)
     _tempo.close();
     _tempoRate = 1.0;
     _placed = false;
+    _counts = false;
     _ready.clear();
     _readyBegin = 0;
 }
@@ -190,12 +191,32 @@ void AudioLine::sendBlock(size_t frames, qint64 timeline)
     _block.i_nb_samples = static_cast<unsigned>(frames);
     _block.i_length = durationOf(static_cast<double>(frames));
     _block.i_pts = _block.i_dts = _context.clock.dateOf(timeline);
+    qint64 played = 0;
+    if (!_counts && _context.sink->OnMediaSourcePlayerDoAudioTime(&played) == 0) {
+        _counts = true;
+        _playedAtFirst = _lastPlayed = played;
+        _handedOver = 0;
+    }
     _context.sink->OnMediaSourcePlayerDoAudioSample(0, &_block, _format);
-    qint64 delay = 0;
-    if (_context.sink->OnMediaSourcePlayerDoAudioTime(&delay) != 0)
+    _handedOver += _block.i_length;
+    noteHeard(timeline + std::llround(static_cast<double>(_block.i_length) * _tempoRate));
+}
+
+/// \param timelineEnd  of what has been handed over
+void AudioLine::noteHeard(qint64 timelineEnd)
+{
+    qint64 played = 0;
+    if (!_counts || _context.sink->OnMediaSourcePlayerDoAudioTime(&played) != 0) {
+        _counts = false;
         return;
-    const double ahead = static_cast<double>(_block.i_length - delay) * _tempoRate;
-    _context.clock.noteHeard(timeline + std::llround(ahead));
+    }
+    if (played < _lastPlayed) { // a device that was opened anew, and has this block alone
+        _playedAtFirst = played;
+        _handedOver = _block.i_length;
+    }
+    _lastPlayed = played;
+    const qint64 waits = std::max<qint64>(_handedOver - (played - _playedAtFirst), 0);
+    _context.clock.noteHeard(timelineEnd - std::llround(static_cast<double>(waits) * _tempoRate));
 }
 
 /// A small network buffer leaves no time to be early.

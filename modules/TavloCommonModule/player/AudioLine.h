@@ -35,6 +35,7 @@ private:
     bool handOverBlock(size_t frames);
     bool keepTime(qint64 timeline);
     void sendBlock(size_t frames, qint64 timeline);
+    void noteHeard(qint64 timelineEnd);
     qint64 lead() const;
     qint64 durationOf(double frames) const; ///< microseconds at rate 1
 
@@ -54,6 +55,12 @@ private:
     double _readyTimeline = 0.0;  ///< microseconds, of the first
     bool _edge = false;           ///< the next frame is the first of its segment
     block_t _block{};
+
+    // what the sink says of what it played
+    bool _counts = false;      ///< the two below are valid
+    qint64 _playedAtFirst = 0; ///< microseconds, when nothing was handed over yet
+    qint64 _lastPlayed = 0;
+    qint64 _handedOver = 0; ///< microseconds since then
 };
 
 } // namespace tavlo

@@ -17,7 +17,7 @@ namespace {
 constexpr qint64 readAhead = 2'000'000;        ///< microseconds of each stream
 constexpr size_t mostBytes = 96 << 20;         ///< of both streams
 constexpr qint64 stillLength = 5'000'000;      ///< microseconds that a still picture of a list stands
-constexpr qint64 jumpLimit = 10'000'000;       ///< microseconds between packets that are no pause
+constexpr qint64 jumpLimit = 3'000'000;        ///< microseconds between packets that are no pause
 constexpr qint64 soundBeyondPicture = 100'000; ///< microseconds by which the coder's last frame may be longer
 constexpr qint64 latencyWindow = 5'000'000;    ///< microseconds
 
@@ -130,7 +130,8 @@ bool Demuxer::goOnAfterEnd(bool& newEpoch)
     newEpoch = true;
     _context->progress.finishAt(_timelineEnd);
     const unsigned epoch = _context->epoch;
-    if (_context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); }))
+    const bool plays = _context->clock.isStarted() || _packetsOfSegment > 0;
+    if (!plays || _context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); }))
         _context->progress.advance(_timelineEnd);
     return idle();
 }
@@ -149,8 +150,8 @@ bool Demuxer::goOnAfterFailure(Outcome outcome, bool& newEpoch)
     const int count = static_cast<int>(_context->plan.entries.size());
     if (outcome == Outcome::Failed)
         _context->progress.skip(_item, _timelineEnd);
-    if (newEpoch)
-        _context->progress.advance(_timelineEnd);
+    if (!_context->clock.isStarted())
+        _context->progress.advance(_timelineEnd); // nothing plays that would come there
     if (_context->info.playbackLoop == 1 && _failures >= count && !waitToRetry())
         return false;
     return goOnAfterEnd(newEpoch);
@@ -310,9 +311,11 @@ void Demuxer::hand(PacketPtr packet)
     } else if (jumps(reading, *packet)) {
         continueAfterJump(*packet);
     }
-    if (const qint64 stamp = stampOf(*packet); stamp != AV_NOPTS_VALUE) {
+    if (const qint64 stamp = stampOf(*packet); stamp != AV_NOPTS_VALUE && !_segment->isBeyondEnd(stamp)) {
         reading.lastStamp = stamp;
-        const qint64 begin = packet->pts != AV_NOPTS_VALUE ? packet->pts : stamp;
+        if (packet->pts == AV_NOPTS_VALUE || std::abs(packet->pts - stamp) > jumpLimit)
+            packet->pts = stamp;
+        const qint64 begin = packet->pts;
         const qint64 end = _segment->timelineOf(begin + packet->duration);
         reading.end = reading.end == AV_NOPTS_VALUE ? end : std::max(reading.end, end);
     }

@@ -94,8 +94,8 @@ public:
     /// \param discard  what has not been heard yet is void (a seek, the end of playing); else it is played out
     virtual void OnMediaSourcePlayerDoAudioFlush(bool discard) = 0;
 
-    /// How far sound is behind its hand-over: microseconds until the sample that is handed over next will be heard. The
-    /// player's master clock. 0, or -1 when it is not known.
+    /// How much of the handed over sound has been heard or dropped: microseconds since some beginning of the sink's own,
+    /// which may begin anew. The player's master clock. 0, or -1 when it is not known.
     virtual qint32 OnMediaSourcePlayerDoAudioTime(qint64* time) = 0;
 
     /// \param time  of the event, monotonic microseconds

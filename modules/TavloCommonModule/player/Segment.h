@@ -44,6 +44,12 @@ struct Segment
     /// \param stamp  time stamp in microseconds
     qint64 timelineOf(qint64 stamp) const { return timelineStart + stamp - stampOfItem - from; }
 
+    /// Whether a time stamp lies far behind the end, which only a broken input has.
+    bool isBeyondEnd(qint64 stamp) const
+    {
+        return !live && itemLength > 0 && stamp - stampOfItem > itemLength + 3'000'000;
+    }
+
     /// Microseconds since the entry's beginning.
     qint64 itemTimeOf(qint64 timeline) const { return timeline - timelineStart + from; }
 };

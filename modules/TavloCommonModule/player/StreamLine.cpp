@@ -59,7 +59,7 @@ bool StreamLine::takeFrame(AVFrame& frame)
 {
     const qint64 stamp = frame.best_effort_timestamp != AV_NOPTS_VALUE ? frame.best_effort_timestamp : _nextStamp;
     _nextStamp = stamp + frame.pkt_duration;
-    return take(frame, stamp) && !isOver();
+    return (_segment->isBeyondEnd(stamp) || take(frame, stamp)) && !isOver();
 }
 
 void StreamLine::drain()
