@@ -15,7 +15,7 @@ namespace {
 
 using namespace tavlo::test;
 
-constexpr int frames = 250;
+constexpr int frames = 125;
 
 /// Seconds of processor time.
 double used(int who)
@@ -35,7 +35,7 @@ QString clip(int width, int height)
     form.height = height;
     form.frames = frames;
     form.sound = false;
-    form.options = QStringLiteral("-c:v libx264 -preset medium -b:v 4M").split(u' ');
+    form.options = QStringLiteral("-c:v libx264 -preset veryfast -b:v 4M").split(u' ');
     return clipFile(form);
 }
 
@@ -52,7 +52,7 @@ double play(const QString& path, size_t& shown)
     const double before = used(RUSAGE_SELF);
     PlayerStage stage;
     stage.sink.readsPictures = false;
-    stage.player->setRate(4);
+    stage.player->setRate(2);
     stage.play({path});
     stage.sink.waitForState({TavloSourcePlayerStateEnded, 0});
     stage.player->stop();
