@@ -76,7 +76,9 @@ Demuxer::Outcome Demuxer::play(bool newEpoch)
             _from = 0;
     }
     // A list that could not be read ahead in time begins anew, or its pictures would be late.
-    if (_context->clock.isStarted() && !newEpoch && _context->clock.position() > _timelineEnd + 50'000)
+    if (!_hasBegun)
+        newEpoch = true;
+    else if (_context->clock.isStarted() && _context->clock.position() > _timelineEnd + 50'000)
         newEpoch = true;
     const bool sought = std::exchange(_fromSeek, false);
     if (entry().pace == InputLocation::Pace::Device || _input.isLive())
@@ -130,8 +132,7 @@ bool Demuxer::goOnAfterEnd(bool& newEpoch)
     newEpoch = true;
     _context->progress.finishAt(_timelineEnd);
     const unsigned epoch = _context->epoch;
-    const bool plays = _context->clock.isStarted() || _packetsOfSegment > 0;
-    if (!plays || _context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); }))
+    if (!_hasBegun || _context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); }))
         _context->progress.advance(_timelineEnd);
     return idle();
 }
@@ -150,7 +151,7 @@ bool Demuxer::goOnAfterFailure(Outcome outcome, bool& newEpoch)
     const int count = static_cast<int>(_context->plan.entries.size());
     if (outcome == Outcome::Failed)
         _context->progress.skip(_item, _timelineEnd);
-    if (!_context->clock.isStarted())
+    if (!_hasBegun)
         _context->progress.advance(_timelineEnd); // nothing plays that would come there
     if (_context->info.playbackLoop == 1 && _failures >= count && !waitToRetry())
         return false;
@@ -215,6 +216,7 @@ void Demuxer::beginSegment(Begin how, qint64 stampOfItem, qint64 from, bool begi
     segment->audio = _input.audio();
     _segment = segment;
     _packetsOfSegment = 0;
+    _hasBegun = true;
     for (Reading& reading : _readings)
         reading.lastStamp = reading.end = AV_NOPTS_VALUE;
     _readings[0].stream = segment->video;

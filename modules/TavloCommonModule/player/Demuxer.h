@@ -90,6 +90,7 @@ private:
     qint64 _leastLatency = 0; ///< microseconds, in the current window
     qint64 _latencySince = 0; ///< monotonic
     qint64 _packetsOfSegment = 0;
+    bool _hasBegun = false; ///< some segment: its lines start the clock, even when nothing comes out of it
 };
 
 } // namespace tavlo
