@@ -223,13 +223,19 @@ TEST(PlayerFiles, PicturesFollowWhatIsHeard)
     };
     ClipForm form;
     form.frames = 100;
-    for (const Device& device : {Device{0, 1.0}, Device{300'000, 1.0}, Device{60'000, 0.98}}) {
-        SCOPED_TRACE(device.latency);
-        PlayerStage stage;
+    const std::vector<Device> devices{{0, 1.0}, {300'000, 1.0}, {60'000, 0.98}};
+    std::vector<std::unique_ptr<PlayerStage>> stages; // side by side, to be quick
+    for (const Device& device : devices) {
+        stages.push_back(std::make_unique<PlayerStage>());
+        PlayerStage& stage = *stages.back();
         stage.sink.hasDevice = true;
         stage.sink.deviceLatency = device.latency;
         stage.sink.deviceSpeed = device.speed;
         stage.play({clipFile(form)});
+    }
+    for (const auto& each : stages) {
+        PlayerStage& stage = *each;
+        SCOPED_TRACE(stage.sink.deviceLatency);
         ASSERT_TRUE(stage.sink.waitForPictures(90));
         stage.player->stop();
         EXPECT_NEAR(medianOffset(stage.sink, 50), 0, 25);
