@@ -1,6 +1,7 @@
 // What the sound path costs: the filter chain of one channel at 48 kHz stereo in blocks of 20 ms, as a factor of real
 // time, and how often it asks for memory once it is warm.
 
+#include "AllocationCount.h"
 #include "audio/TavloAudioFilterChain.h"
 #include "audio/TavloAudioResample.h"
 #include "shared/VlcTypes.h"
@@ -9,55 +10,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include <dlfcn.h>
-
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
-
-namespace {
-
-std::atomic<bool> counting{false};
-std::atomic<qint64> allocations{0};
-
-void countAllocation()
-{
-    if (counting.load(std::memory_order_relaxed))
-        allocations.fetch_add(1, std::memory_order_relaxed);
-}
-
-template <class Function>
-Function next(const char* name)
-{
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
-} // namespace
-
-// In front of the C library's own, for the libraries and modules too: `new` ends here as well.
-extern "C" void* malloc(size_t size)
-{
-    static const auto real = next<void* (*)(size_t)>("malloc");
-    countAllocation();
-    return real(size);
-}
-
-extern "C" void* realloc(void* memory, size_t size)
-{
-    static const auto real = next<void* (*)(void*, size_t)>("realloc");
-    countAllocation();
-    return real(memory, size);
-}
-
-extern "C" int posix_memalign(void** memory, size_t alignment, size_t size)
-{
-    static const auto real = next<int (*)(void**, size_t, size_t)>("posix_memalign");
-    countAllocation();
-    return real(memory, alignment, size);
-}
 
 namespace {
 
@@ -91,16 +48,14 @@ void runBlocks(benchmark::State& state, Process process)
     for (size_t i = 0; i < blockCount; ++i)
         once(i);
     qint64 blocks = 0;
-    allocations = 0;
-    for (auto _ : state) {
-        counting = true;
+    const tavlo::bench::AllocationCount allocations;
+    for (auto _ : state)
         once(static_cast<size_t>(blocks++ % blockCount));
-        counting = false;
-    }
+    const qint64 allocated = allocations.count();
     state.counters["x_real_time"] =
         benchmark::Counter(static_cast<double>(blocks) * blockFrames / rate, benchmark::Counter::kIsRate);
-    state.counters["allocations"] = static_cast<double>(allocations) / static_cast<double>(blocks);
-    if (allocations != 0)
+    state.counters["allocations"] = static_cast<double>(allocated) / static_cast<double>(blocks);
+    if (allocated != 0)
         state.SkipWithError("the block path allocates");
     block_Release(block);
 }

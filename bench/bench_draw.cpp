@@ -1,125 +1,25 @@
 // What a picture's way through the draw object costs: against the same shader's quad with nothing around it, in
 // allocations, through the passes of a keyed source, and what the first start of the effects takes.
 
-#include "drawing/TavloDrawDX11.h"
-#include "drawing/TavloGraphicsRes.h"
+#include "DrawRoom.h"
 
-#include <tavlo/InterfacePtr.h>
-#include <tavlo/records/MediaFormat.h>
+#include "drawing/PictureChroma.h"
+#include "drawing/WarmUp.h"
 
 #include <QCoreApplication>
-#include <QTemporaryDir>
-
-#include <benchmark/benchmark.h>
-
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-std::atomic<qint64> allocations = 0;
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (void* const memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
 using namespace tavlo;
+using namespace tavlo::bench;
 using namespace tavlo::graphics;
 
-constexpr quint32 rgba = tavloFourcc("RGBA"), i420 = tavloFourcc("I420");
+constexpr quint32 rgba = chromaRgba, i420 = tavloFourcc("I420");
 constexpr quint32 replacedPass = 1; // of simple.fx: what a draw on a cleared target takes
-constexpr int warmUps = 8;
-
-/// Ends the work of an iteration: the time is that of the device too.
-void finish(Context& context) { context.flush().wait(std::chrono::seconds(10)); }
-
-/// A device and its effects, made once.
-struct Room
-{
-    Room()
-    {
-        context->attach();
-        store->create(ITavloGraphicsRes::WithoutImages, device, context, cache.path() + QLatin1Char('/'));
-    }
-
-    std::unique_ptr<TavloDrawDX11> makeDraw(QSizeF size)
-    {
-        auto draw = std::make_unique<TavloDrawDX11>();
-        draw->create(store.get(), nullptr, device, context, {}, size);
-        return draw;
-    }
-
-    const DevicePtr device = Device::create();
-    const ContextPtr context = device->immediateContext();
-    const QTemporaryDir cache;
-    const InterfacePtr<TavloGraphicsRes> store{new TavloGraphicsRes};
-};
-
-Room& room()
-{
-    static Room made;
-    return made;
-}
 
 QSizeF sizeOf(const benchmark::State& state)
 {
     return {static_cast<double>(state.range(0)), static_cast<double>(state.range(1))};
-}
-
-/// A picture of a layout, as its source hands it on.
-struct Source
-{
-    Source(quint32 fourcc, QSizeF pictureSize) : chroma(fourcc), size(pictureSize)
-    {
-        const auto width = static_cast<quint32>(size.width()), height = static_cast<quint32>(size.height());
-        TextureDesc desc{width, height, Format::R8G8B8A8_UNORM, Usage::Dynamic};
-        if (chroma == i420) {
-            desc.format = Format::R8_UNORM;
-            desc.height = 2 * height;
-            planes = {width * height, width * height * 3 / 2};
-        }
-        texture = room().device->createTexture(desc);
-        const auto mapped = room().context->map(*texture, MapMode::WriteDiscard);
-        for (std::size_t i = 0; i < std::size_t{mapped->rowPitch} * desc.height; ++i)
-            mapped->data[i] = static_cast<std::byte>(i * 2654435761U >> 24);
-        room().context->unmap(texture);
-    }
-
-    quint32 chroma;
-    QSizeF size;
-    PlaneOffsets planes;
-    TexturePtr texture;
-};
-
-/// Runs a draw as often as the benchmark asks, and counts what it allocates.
-template <class Draw>
-void measure(benchmark::State& state, const Draw& draw)
-{
-    Context& context = *room().context;
-    for (int i = 0; i < warmUps; ++i) {
-        draw();
-        finish(context);
-    }
-    qint64 made = 0;
-    for (auto _ : state) {
-        const qint64 before = allocations;
-        draw();
-        made += allocations - before;
-        finish(context);
-    }
-    state.counters["allocations"] = benchmark::Counter(static_cast<double>(made), benchmark::Counter::kAvgIterations);
 }
 
 /// The draw object's own way.
@@ -195,6 +95,17 @@ void cachedStart(benchmark::State& state)
     }
 }
 
+/// A store's programs drawn once, their machine code made.
+void warmUp(benchmark::State& state)
+{
+    for (auto _ : state) {
+        TavloGraphicsRes store;
+        store.create(0, room().device, room().context, room().cache.path() + QLatin1Char('/'));
+        warmUpDrawing(store, room().device, room().context);
+        room().finish();
+    }
+}
+
 void pictureSizes(benchmark::internal::Benchmark* bench)
 {
     bench->Args({1280, 720})->Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -206,6 +117,7 @@ BENCHMARK_CAPTURE(bareQuad, i420, i420)->Apply(pictureSizes);
 BENCHMARK_CAPTURE(drawPicture, i420, i420)->Apply(pictureSizes);
 BENCHMARK(keyedSource)->DenseRange(0, 3)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(firstStart)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(warmUp)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 BENCHMARK(cachedStart)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace

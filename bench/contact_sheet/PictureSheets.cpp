@@ -2,6 +2,7 @@
 
 #include "Sheet.h"
 
+#include "drawing/FilterTable.h"
 #include "drawing/GraphicsImages.h"
 #include "drawing/PictureChroma.h"
 #include "drawing/PrivateUtil.h"
@@ -159,6 +160,22 @@ public:
         return sheet.save(folder.filePath(QStringLiteral("process.png")));
     }
 
+    bool writeFilters(const QDir& folder)
+    {
+        const QImage photograph = QImage(QStringLiteral(":/photograph.jpg"))
+                                      .scaled(_size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                      .convertToFormat(QImage::Format_RGBA8888);
+        const TexturePtr picture = upload(photograph);
+        const TexturePtr below = upload(photograph.mirrored(true, false));
+        Sheet sheet(4, 6, _size);
+        sheet.add(photograph, QStringLiteral("0 NONE"));
+        for (const FilterRow& row : filterRows()) {
+            _first.drawFilter(row.type, picture, below, QSizeF(_size), false, false);
+            sheet.add(readBack(), QStringLiteral("%1 %2").arg(row.type).arg(QLatin1String(row.name)));
+        }
+        return sheet.save(folder.filePath(QStringLiteral("filters.png")));
+    }
+
 private:
     static tagTavloPresentPictureChromaKey green()
     {
@@ -226,5 +243,5 @@ bool writePictureSheets(const QDir& folder, QSize size)
         std::fprintf(stderr, "no device to draw on\n");
         return false;
     }
-    return show.writeImages(folder) && show.writeProcess(folder);
+    return show.writeImages(folder) && show.writeProcess(folder) && PictureShow(2 * size).writeFilters(folder);
 }

@@ -23,7 +23,8 @@ public:
         const QPoint place(_next % _columns * (_cell.width() + 4), _next / _columns * (_cell.height() + labelHeight));
         painter.setPen(Qt::white);
         painter.setFont(QFont(QStringLiteral("Sans"), 7));
-        painter.drawText(place + QPoint(1, labelHeight - 4), label);
+        painter.drawText(place + QPoint(1, labelHeight - 4),
+                         painter.fontMetrics().elidedText(label, Qt::ElideRight, _cell.width() - 2));
         painter.drawImage(place + QPoint(0, labelHeight), frame);
         ++_next;
     }

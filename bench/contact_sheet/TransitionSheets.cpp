@@ -3,7 +3,7 @@
 #include "Sheet.h"
 
 #include "drawing/TransitionTable.h"
-#include "support/TransitionStage.h"
+#include "support/DrawStage.h"
 
 #include <array>
 #include <cstdio>
@@ -73,10 +73,10 @@ public:
 private:
     QImage frame(const TransitionRow& row, float position)
     {
-        return _stage.draw(row.kind, position, _outgoing, _incoming, _size);
+        return _stage.drawTransition(row.kind, position, _outgoing, _incoming, _size);
     }
 
-    TransitionStage _stage;
+    DrawStage _stage;
     QSize _size;
     graphics::TexturePtr _outgoing, _incoming;
 };

@@ -18,7 +18,7 @@ int main(int argc, char** argv)
     const int width = argc > 2 ? std::max(QString::fromLocal8Bit(argv[2]).toInt(), 32) : 160;
     const QSize cell(width, width * 9 / 16);
     const QDir folder(QString::fromLocal8Bit(argv[1]));
-    const bool written =
-        folder.mkpath(QStringLiteral(".")) && writePictureSheets(folder, cell) && writeTransitionSheets(folder, cell);
+    const bool written = folder.mkpath(QStringLiteral(".")) && writeMultiViewSheet(folder) && writeSceneSheet(folder) &&
+                         writePictureSheets(folder, cell) && writeTransitionSheets(folder, cell);
     return written ? 0 : 1;
 }

@@ -9,7 +9,9 @@ struct tagTavloAudioProcessParamPitch;
 /// Shifts the pitch of the first two channels and keeps the speed.
 ///
 /// The sound goes through a ring of one window; a head reads it at another speed than it is written. Where one head
-/// would run over the other, the reading fades to a place one crossfade further on and then goes on from there.
+/// would run over the other, the reading fades to a place further on and goes on from there: to the one, between a
+/// crossfade away and a crossfade before the heads meet again, that sounds most alike. A tone keeps its phase so, and
+/// with it its pitch.
 class TavloAudioFilterPitch final : public TavloAudioFilter
 {
 public:
@@ -44,7 +46,13 @@ private:
     Frame step(Frame in);
     Frame readAt(double position) const;
     Frame readAcrossWriteHead();
+    double findJump();
+    int findRoughJump(int nearest);
+    double likeness(int jump) const;
+    int likenessBegin() const;
+    Frame meanAt(int position) const;
     double wrapped(double position) const;
+    const Frame& frameAt(int position) const;
 
     int _rate = 0; ///< Hz that the rest is derived for; 0 for none
 
@@ -52,6 +60,8 @@ private:
     bool _filterOn = false;
     int _window = 0;    ///< frames of the ring
     int _crossfade = 0; ///< frames, at most half the window
+    int _choice = 0;    ///< frames; how far the longest and the shortest jump lie apart
+    int _compared = 0;  ///< frames, of the sound at both ends of a jump
     double _ratio = 1.0;
     float _wet = 0.0F;
     float _dry = 0.0F;
@@ -61,4 +71,6 @@ private:
     std::vector<Frame> _ring;
     int _write = 0;
     double _read = 0.0;
+    std::vector<Frame> _roughHere, _roughThere; ///< scratch
+    double _jump = 0.0;                         ///< frames to the place that the reading fades to; 0 where it does not
 };

@@ -1,6 +1,7 @@
 #include "base/FontList.h"
 
 #include <QDebug>
+#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QStringList>
@@ -29,15 +30,8 @@ QString textOf(FcPattern* font, const char* property)
     return QString::fromUtf8(reinterpret_cast<const char*>(text));
 }
 
-FacesByFile systemFaces()
+FacesByFile facesOf(const FcFontSet* fonts)
 {
-    const std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)> all(FcPatternCreate(), &FcPatternDestroy);
-    FcPatternAddBool(all.get(), FC_SCALABLE, FcTrue);
-    const std::unique_ptr<FcObjectSet, decltype(&FcObjectSetDestroy)> wanted(
-        FcObjectSetBuild(FC_FULLNAME, FC_FILE, FC_INDEX, nullptr), &FcObjectSetDestroy);
-    const std::unique_ptr<FcFontSet, decltype(&FcFontSetDestroy)> fonts(FcFontList(nullptr, all.get(), wanted.get()),
-                                                                        &FcFontSetDestroy);
-
     FacesByFile files;
     for (int i = 0; fonts && i < fonts->nfont; ++i) {
         const QString name = textOf(fonts->fonts[i], FC_FULLNAME);
@@ -50,12 +44,29 @@ FacesByFile systemFaces()
     return files;
 }
 
-} // namespace
+FacesByFile systemFaces()
+{
+    const std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)> all(FcPatternCreate(), &FcPatternDestroy);
+    FcPatternAddBool(all.get(), FC_SCALABLE, FcTrue);
+    const std::unique_ptr<FcObjectSet, decltype(&FcObjectSetDestroy)> wanted(
+        FcObjectSetBuild(FC_FULLNAME, FC_FILE, FC_INDEX, nullptr), &FcObjectSetDestroy);
+    const std::unique_ptr<FcFontSet, decltype(&FcFontSetDestroy)> fonts(FcFontList(nullptr, all.get(), wanted.get()),
+                                                                        &FcFontSetDestroy);
+    return facesOf(fonts.get());
+}
 
-QList<FontFile> systemFonts()
+FacesByFile folderFaces(const QString& folder)
+{
+    const std::unique_ptr<FcConfig, decltype(&FcConfigDestroy)> config(FcConfigCreate(), &FcConfigDestroy);
+    const QByteArray path = QFile::encodeName(folder);
+    if (!FcConfigAppFontAddDir(config.get(), reinterpret_cast<const FcChar8*>(path.constData())))
+        return {};
+    return facesOf(FcConfigGetFonts(config.get(), FcSetApplication)); // the configuration's own
+}
+
+QList<FontFile> namesOf(FacesByFile files)
 {
     QList<FontFile> list;
-    FacesByFile files = systemFaces();
     for (auto file = files.begin(); file != files.end(); ++file) {
         std::ranges::sort(*file, {}, &FontFace::index);
         QStringList names;
@@ -71,6 +82,12 @@ QList<FontFile> systemFonts()
     std::ranges::stable_sort(list, {}, &FontFile::name);
     return list;
 }
+
+} // namespace
+
+QList<FontFile> systemFonts() { return namesOf(systemFaces()); }
+
+QList<FontFile> folderFonts(const QString& folder) { return namesOf(folderFaces(folder)); }
 
 QString findFont(const QList<FontFile>& fonts, const QString& name)
 {

@@ -4,10 +4,32 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QLibrary>
 
 #include <dlfcn.h>
 
+#include <map>
+#include <memory>
+#include <mutex>
+
 namespace tavlo {
+
+namespace {
+
+/// The modules of the process. Kept to its end, as what they made may live as long.
+struct Modules
+{
+    std::mutex lock;
+    std::map<QString, std::unique_ptr<QLibrary>> byPath; // guarded by lock, and so is every use of one
+
+    static Modules& all()
+    {
+        static auto& modules = *new Modules;
+        return modules;
+    }
+};
+
+} // namespace
 
 QString engineDirectory()
 {
@@ -17,7 +39,8 @@ QString engineDirectory()
     return QCoreApplication::applicationDirPath();
 }
 
-ModuleLibrary::ModuleLibrary(QString path, const char* factoryName) : _library(path), _factoryName(factoryName) {}
+ModuleLibrary::ModuleLibrary(QString path, const char* factoryName) : _path(std::move(path)), _factoryName(factoryName)
+{}
 
 IUnknownEx* ModuleLibrary::make(const TavloInterfaceId& id, quint32 version)
 {
@@ -35,12 +58,17 @@ IUnknownEx* ModuleLibrary::make(const TavloInterfaceId& id, quint32 version)
 
 ModuleLibrary::Factory ModuleLibrary::resolve()
 {
-    const auto factory = reinterpret_cast<Factory>(_library.resolve(_factoryName));
+    Modules& modules = Modules::all();
+    const std::lock_guard guard(modules.lock);
+    auto& library = modules.byPath[_path];
+    if (!library)
+        library = std::make_unique<QLibrary>(_path);
+    const auto factory = reinterpret_cast<Factory>(library->resolve(_factoryName));
     if (!factory && !_failureTold) {
         _failureTold = true;
         logFailure({"impl\\ModuleLibrary", "ModuleLibrary::resolve"},
                    QStringLiteral("no %1 in %2: %3")
-                       .arg(QLatin1String(_factoryName), _library.fileName(), _library.errorString()));
+                       .arg(QLatin1String(_factoryName), library->fileName(), library->errorString()));
     }
     return factory;
 }

@@ -2,7 +2,6 @@
 
 #include <tavlo/IUnknownEx.h>
 
-#include <QLibrary>
 #include <QString>
 
 namespace tavlo {
@@ -13,6 +12,7 @@ QString engineDirectory();
 /// A module and one factory in it, loaded when first asked for and kept to the end of the process.
 ///
 /// A module that is missing is a normal state: the log names the file and the reason once, and `make` gives null.
+/// Several threads may have a `ModuleLibrary` of the same file.
 class ModuleLibrary
 {
 public:
@@ -27,7 +27,7 @@ private:
 
     Factory resolve();
 
-    QLibrary _library; ///< its destructor leaves the module loaded
+    const QString _path;
     const char* _factoryName;
     bool _failureTold = false;
 };

@@ -60,18 +60,28 @@ void EffectDraw::setInt(std::string_view name, int value)
 
 void EffectDraw::setPicture(std::string_view name, TexturePtr picture, bool exact)
 {
+    setTexture(name, std::move(picture), exact ? Sampler::NearestClamp : Sampler::LinearClamp);
+}
+
+void EffectDraw::setTexture(std::string_view name, TexturePtr texture, Sampler sampler)
+{
     effects::EffectShaderResourceVariable variable = _effect.GetVariableByName(name).AsShaderResource();
-    tellResource(variable.SetResource(std::move(picture)));
-    variable.SetSampler(exact ? Sampler::NearestClamp : Sampler::LinearClamp);
+    tellResource(variable.SetResource(std::move(texture)));
+    variable.SetSampler(sampler);
 }
 
 void EffectDraw::draw(std::uint32_t pass, const BufferPtr& vertices, const BufferPtr& indices)
 {
-    _context.setInputLayout(_layout);
     if (const effects::Result result = _technique.GetPassByIndex(pass).Apply(_context); effects::failed(result)) {
         qDebug() << "failed to PostprocessTechnique :" << result;
         return;
     }
+    drawApplied(vertices, indices);
+}
+
+void EffectDraw::drawApplied(const BufferPtr& vertices, const BufferPtr& indices)
+{
+    _context.setInputLayout(_layout);
     _context.setVertexBuffer(vertices, sizeof(QuadVertex), 0);
     _context.setIndexBuffer(indices);
     _context.setTopology(Topology::TriangleList);

@@ -32,8 +32,13 @@ public:
     /// \param exact  the picture is drawn texel by texel: no filter is needed, which is much cheaper
     void setPicture(std::string_view name, graphics::TexturePtr picture, bool exact = false);
 
+    void setTexture(std::string_view name, graphics::TexturePtr texture, graphics::Sampler sampler);
+
     /// Sets the pass up and draws two triangles of four vertices of the buffer.
     void draw(std::uint32_t pass, const graphics::BufferPtr& vertices, const graphics::BufferPtr& indices);
+
+    /// The same with the pass that the context has been set up for.
+    void drawApplied(const graphics::BufferPtr& vertices, const graphics::BufferPtr& indices);
 
 private:
     graphics::Context& _context;

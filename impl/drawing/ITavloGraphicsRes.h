@@ -18,7 +18,7 @@ public:
     static constexpr TavloInterfaceId interfaceId{0x4e1f7a63, 0x0b52, 0x4c8d, 0x97, 0x2e, 0x61,
                                                   0xd0,       0x3b,   0xc5,   0x18, 0x01};
 
-    static constexpr int effectCount = 10;
+    static constexpr int effectCount = 11;
     static constexpr int imageCount = 80;
 
     using Images = std::array<tavlo::graphics::TexturePtr, imageCount>;
@@ -42,10 +42,10 @@ public:
     /// An effect by its index; null before `create` and for a number that is no index.
     virtual tavlo::effects::Effect* effect(int index) = 0;
 
-    /// The effect's technique "Transprocess"; invalid before `create`. \param index  0 to 9
+    /// The effect's technique "Transprocess"; invalid before `create` and for a number that is no index.
     virtual const tavlo::effects::EffectTechnique& technique(int index) = 0;
 
-    /// POSITION of three floats, TEXCOORD of two; null before `create`. \param index  0 to 9
+    /// POSITION of three floats, TEXCOORD of two; null before `create` and for a number that is no index.
     virtual const std::shared_ptr<const tavlo::graphics::InputLayout>& inputLayout(int index) = 0;
 
 protected:

@@ -2,9 +2,12 @@
 
 #include "base/Log.h"
 #include "drawing/EffectDraw.h"
+#include "drawing/FilterTable.h"
 #include "drawing/PictureChroma.h"
 #include "drawing/PrivateUtil.h"
+#include "drawing/TransitionTable.h"
 
+#include <QDateTime>
 #include <QDebug>
 
 #include <algorithm>
@@ -19,6 +22,7 @@ namespace {
 constexpr const char* sourceName = "impl\\TavloDrawDX11";
 constexpr int simpleEffect = 0;
 constexpr int processEffect = 9;
+constexpr int filterEffect = 10;
 
 /// The passes of simple.fx.
 enum Pass : std::uint32_t
@@ -117,7 +121,28 @@ void setProcess(EffectDraw& draw, const tagTavloPresentPictureFilterParam* proce
     setColorAdjust(draw, part(all.colorAdjustParam));
     setChromaKey(draw, part(all.chromaKeyParam), sourceSize);
     setLumaKey(draw, part(all.lumaKeyParam));
-    draw.setInt("doBlendMethod", 0);
+}
+
+/// What a filter reads beside its pictures.
+void setFilter(EffectDraw& draw, const FilterRow& row, ITavloGraphicsRes& resources, QSizeF size)
+{
+    for (const FilterInput& input : row.inputs) {
+        if (!input.variable)
+            break;
+        draw.setTexture(input.variable, resources.imageView(input.slot),
+                        input.reading == FilterReading::Texels ? Sampler::NearestClamp : Sampler::LinearClamp);
+    }
+    draw.setVector("singleStepOffset",
+                   {static_cast<float>(1.0 / size.width()), static_cast<float>(1.0 / size.height())});
+    if (row.strength != 0)
+        draw.setFloat("strength", row.strength);
+    if (row.scale != 0)
+        draw.setFloat("scaleDY", row.scale);
+}
+
+void setClearedColor(EffectDraw& draw, const Rgba& color)
+{
+    draw.setVector("clearedColor", {color[0], color[1], color[2], color[3]});
 }
 
 /// Whether every pixel of the draw comes out with alpha 1.
@@ -244,16 +269,13 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
     const TexturePtr& picture = source.picture ? source.picture : _blank;
     const quint32 chroma = source.picture && isYuv(source.chroma) ? source.chroma : chromaRgba;
     const auto width = static_cast<float>(source.size.width());
-    const bool covers = coversTarget(quad, _size);
-    const bool exact = chroma == chromaRgba && isSameSize(picture->desc(), _targetDesc) && isTarget(quad, _size);
+    const bool exact = chroma == chromaRgba && isExact(picture, quad);
 
     // Blending is the dearest part of a draw. Where the result is known without it, over what was just cleared and
     // where nothing of the target shows through, the other pass writes the same without.
     const bool opaque = source.picture && isOpaque(chroma, process);
-    if (clearFirst && !covers)
-        clear();
-    else if (clearFirst && _depth)
-        _context->clearDepth(_depth, 1.0F, 0);
+    if (clearFirst)
+        clearAround(quad);
 
     EffectDraw draw(*_context, *_graphicsRes, simpleEffect, _target, _depth);
     draw.setFloat("alphaMask", 1.0F);
@@ -275,10 +297,24 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
     draw.setInt("mirrorHoriz0", source.mirror);
     draw.setInt("mirrorHoriz1", source.mirror);
     setProcess(draw, process, source.size);
-    draw.setVector("clearedColor", {clearColor[0], clearColor[1], clearColor[2], clearColor[3]});
+    setClearedColor(draw, clearColor);
     draw.setFloat("targetY", targetY(_rows));
     writeQuad(quad);
     draw.draw(clearFirst || opaque ? PassReplaced : PassBlended, _dynamicVertices, _quadIndices);
+}
+
+bool TavloDrawDX11::isExact(const TexturePtr& picture, const Quad& quad) const
+{
+    return isSameSize(picture->desc(), _targetDesc) && isTarget(quad, _size);
+}
+
+/// Clears for a draw that replaces what lies under the quad.
+void TavloDrawDX11::clearAround(const Quad& quad)
+{
+    if (!coversTarget(quad, _size))
+        clear();
+    else if (_depth)
+        _context->clearDepth(_depth, 1.0F, 0);
 }
 
 void TavloDrawDX11::takeOver(const TavloDrawDX11& other)
@@ -310,6 +346,54 @@ void TavloDrawDX11::drawGray(const TexturePtr& picture, QSizeF sourceSize)
     draw.setFloat("height", static_cast<float>(sourceSize.height()));
     draw.setInt("flipVert0", 0);
     draw.setInt("mirrorHoriz0", 0);
+    draw.setFloat("targetY", targetY(_rows));
+    writeQuad(quad);
+    draw.draw(0, _dynamicVertices, _quadIndices);
+}
+
+quint32 TavloDrawDX11::randomSeed() const { return static_cast<quint32>(QDateTime::currentSecsSinceEpoch()); }
+
+void TavloDrawDX11::drawTransition(const TexturePtr& picture0, QSizeF size0, bool flip0, const TexturePtr& picture1,
+                                   QSizeF size1, bool flip1, float progress, quint32 kind)
+{
+    const auto family = static_cast<int>(transitionFamily(kind));
+    if (!isMade() || !_graphicsRes || !_graphicsRes->effect(family))
+        return;
+    clear();
+    const TransitionInputs inputs{{picture0 ? picture0 : _blank, size0, flip0},
+                                  {picture1 ? picture1 : _blank, size1, flip1},
+                                  _graphicsRes->imageTextures(),
+                                  _size,
+                                  _rows == Rows::TopFirst,
+                                  randomSeed()};
+    EffectDraw draw(*_context, *_graphicsRes, family, _target, _depth);
+    if (_transition.apply(*_context, *_graphicsRes->effect(family), inputs, progress, kind))
+        draw.drawApplied(_quadVertices, _quadIndices);
+}
+
+void TavloDrawDX11::drawFilter(quint32 type, const TexturePtr& picture0, const TexturePtr& picture1, QSizeF size,
+                               bool flip0, bool flip1)
+{
+    const FilterRow* const row = findFilter(type);
+    if (!row)
+        return drawPicture(chromaRgba, picture0, size, {}, nullptr, true, flip0, false);
+    if (!isMade() || !_graphicsRes || !_graphicsRes->effect(filterEffect))
+        return;
+    const TexturePtr& first = picture0 ? picture0 : _blank;
+    const TexturePtr& second = picture1 ? picture1 : _blank;
+    const Quad quad = fitQuad(size, _size);
+    clearAround(quad);
+
+    EffectDraw draw(*_context, *_graphicsRes, filterEffect, _target, _depth);
+    draw.setPicture("sampler0", first, isExact(first, quad) && row->scale == 0);
+    draw.setPicture("sampler1", second, isExact(second, quad));
+    draw.setInt("doBlendMethod", static_cast<int>(type));
+    draw.setInt("flipVert0", flip0);
+    draw.setInt("flipVert1", flip1);
+    draw.setInt("mirrorHoriz0", 0);
+    draw.setInt("mirrorHoriz1", 0);
+    setFilter(draw, *row, *_graphicsRes, size);
+    setClearedColor(draw, clearColor);
     draw.setFloat("targetY", targetY(_rows));
     writeQuad(quad);
     draw.draw(0, _dynamicVertices, _quadIndices);

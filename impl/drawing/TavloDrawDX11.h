@@ -2,6 +2,7 @@
 
 #include "drawing/ITavloGraphicsRes.h"
 #include "drawing/PictureQuad.h"
+#include "drawing/TransitionDraw.h"
 
 #include <tavlo/records/PictureRecords.h>
 #include <tavlo/records/ShowRecords.h>
@@ -81,6 +82,24 @@ public:
     /// Clears the target and draws the picture's luma as grey, opaque.
     void drawGray(const TexturePtr& picture, QSizeF sourceSize);
 
+    /// Clears the target and draws a transition over the whole of it. A kind of no family leaves it cleared.
+    /// \param picture0, picture1  the outgoing and the incoming one, top row first; null: a transparent picture
+    /// \param size0, size1        of the pictures, pixels
+    /// \param flip0, flip1        for kinds of no family alone
+    /// \param progress            0 to 1
+    /// \param kind                docs/transitions.md
+    void drawTransition(const TexturePtr& picture0, QSizeF size0, bool flip0, const TexturePtr& picture1, QSizeF size1,
+                        bool flip1, float progress, quint32 kind);
+
+    /// Clears the target and draws a picture under a filter, in the middle, as large as fits; no crop and no key acts.
+    /// \param type      docs/filters.md; a number without a filter draws the picture as it is
+    /// \param picture0  null: a transparent picture
+    /// \param picture1  what lies below, for the blend of two; null: a transparent picture
+    /// \param size      of the pictures, pixels
+    /// \param flip0     both are drawn upside down; `flip1` is not read by any filter
+    void drawFilter(quint32 type, const TexturePtr& picture0, const TexturePtr& picture1, QSizeF size, bool flip0,
+                    bool flip1);
+
     /// The target, which is also the input of a next draw. Null before `create`.
     const TexturePtr& targetResource() const { return _target; }
 
@@ -97,6 +116,9 @@ protected:
     const tavlo::graphics::ContextPtr& context() const { return _context; }
     ITavloGraphicsRes* graphicsRes() const { return _graphicsRes; }
 
+    /// What a transition with a part of chance begins from at each draw: the seconds of the clock.
+    virtual quint32 randomSeed() const;
+
 private:
     struct Source;
 
@@ -104,6 +126,8 @@ private:
     bool createBuffers(const tavlo::graphics::DevicePtr& device);
     void drawSource(const Source& source, const tagTavloPresentPictureFilterParam* process, const tavlo::Quad& quad,
                     bool clearFirst);
+    bool isExact(const TexturePtr& picture, const tavlo::Quad& quad) const;
+    void clearAround(const tavlo::Quad& quad);
     void writeQuad(const tavlo::Quad& quad);
 
     // fixed from create to destroy
@@ -118,6 +142,9 @@ private:
     tavlo::graphics::BufferPtr _dynamicVertices;
     tavlo::graphics::BufferPtr _quadVertices;
     tavlo::graphics::BufferPtr _quadIndices;
+
+    // frame thread
+    tavlo::TransitionDraw _transition;
 };
 
 /// The picture process of a source, in its real order: crop and colour adjustment in the source's own layout, then the

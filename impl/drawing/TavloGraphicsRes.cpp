@@ -22,8 +22,8 @@ constexpr const char* effectRoot = ":/res/Resources/TransitionEffect/glsl/";
 
 /// By index; a new effect goes to the end, since transitions name their effect by this number.
 constexpr std::array<const char*, ITavloGraphicsRes::effectCount> effectFiles{
-    "simple.fx",     "trans_erase.fx",      "trans_fade.fx",  "trans_glide.fx", "trans_stretch.fx",
-    "trans_blur.fx", "trans_distortion.fx", "trans_color.fx", "trans_lumas.fx", "process.fx"};
+    "simple.fx",           "trans_erase.fx", "trans_fade.fx",  "trans_glide.fx", "trans_stretch.fx", "trans_blur.fx",
+    "trans_distortion.fx", "trans_color.fx", "trans_lumas.fx", "process.fx",     "filters.fx"};
 
 QString imagePath(const GraphicsImage& image)
 {
@@ -52,6 +52,8 @@ const std::shared_ptr<const InputLayout>& pictureLayout()
         InputLayout{{Semantic::Position, Format::R32G32B32_FLOAT, 0}, {Semantic::TexCoord, Format::R32G32_FLOAT, 12}});
     return layout;
 }
+
+bool isEffect(int index) { return index >= 0 && index < ITavloGraphicsRes::effectCount; }
 
 /// The effect's place in the cache: the path with its separators made plain, such as "__res_Resources_..._simple.fx".
 QString cacheName(QString path)
@@ -146,15 +148,17 @@ TexturePtr TavloGraphicsRes::imageView(int slot)
 
 effects::Effect* TavloGraphicsRes::effect(int index)
 {
-    return index >= 0 && index < effectCount ? _effects[static_cast<size_t>(index)].effect.get() : nullptr;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].effect.get() : nullptr;
 }
 
 const effects::EffectTechnique& TavloGraphicsRes::technique(int index)
 {
-    return _effects[static_cast<size_t>(index)].technique;
+    static const effects::EffectTechnique none;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].technique : none;
 }
 
 const std::shared_ptr<const InputLayout>& TavloGraphicsRes::inputLayout(int index)
 {
-    return _effects[static_cast<size_t>(index)].layout;
+    static const std::shared_ptr<const InputLayout> none;
+    return isEffect(index) ? _effects[static_cast<size_t>(index)].layout : none;
 }

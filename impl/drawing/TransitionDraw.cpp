@@ -9,6 +9,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace tavlo {
 
@@ -54,22 +55,6 @@ Result setSize(Effect& effect, std::string_view name, QSizeF size)
 Result setTexture(Effect& effect, std::string_view name, graphics::TexturePtr texture)
 {
     return effect.GetVariableByName(name).AsShaderResource().SetResource(std::move(texture));
-}
-
-/// What a kind makes of the position and the order of the pictures.
-struct Turned
-{
-    float position;
-    const TransitionPicture* first;
-    const TransitionPicture* second;
-};
-
-Turned turn(const TransitionRow* row, const TransitionInputs& inputs, float position)
-{
-    const bool swap = row && row->turn == TransitionTurn::Swap;
-    const bool invert = row && row->turn == TransitionTurn::Invert;
-    return {invert ? 1.0F - position : position, swap ? &inputs.incoming : &inputs.outgoing,
-            swap ? &inputs.outgoing : &inputs.incoming};
 }
 
 /// The settings of the kind's row.
@@ -122,39 +107,48 @@ bool setFlips(Effect& effect, const TransitionInputs& inputs)
 bool TransitionDraw::apply(graphics::Context& context, Effect& effect, const TransitionInputs& inputs, float position,
                            quint32 kind)
 {
-    const TransitionRow* row = findTransition(kind);
-    const Turned turned = turn(row, inputs, position);
+    const TransitionPicture* picture0 = &inputs.outgoing;
+    const TransitionPicture* picture1 = &inputs.incoming;
+    const TransitionRow* const row = findTransition(kind);
     if (row) {
         // The picture effect has no sizes to set and draws no transition.
         if (!succeeded(setSize(effect, "samplerSize0", inputs.outgoing.size), floatFailure) ||
             !succeeded(setSize(effect, "samplerSize1", inputs.incoming.size), floatFailure))
             return false;
-        updateMask(context, inputs.images, kind, position);
-        if (!succeeded(setRow(effect, *row, inputs), kindFailure) ||
-            !succeeded(setGeometry(effect, inputs), floatFailure))
+        const Result result =
+            applyTransitionEffectDependencyProperty(context, effect, inputs, *row, position, picture0, picture1);
+        if (!succeeded(result, kindFailure) || !succeeded(setGeometry(effect, inputs), floatFailure))
             return false;
     }
-    if (!succeeded(setTexture(effect, "sampler0", turned.first->texture), resourceFailure) ||
-        !succeeded(setTexture(effect, "sampler1", turned.second->texture), resourceFailure))
+    if (!succeeded(setTexture(effect, "sampler0", picture0->texture), resourceFailure) ||
+        !succeeded(setTexture(effect, "sampler1", picture1->texture), resourceFailure))
         return false;
     if (!row && !setFlips(effect, inputs))
         return false;
-    return succeeded(setFloat(effect, "transitionProgress", turned.position), floatFailure) &&
+    return succeeded(setFloat(effect, "transitionProgress", position), floatFailure) &&
            succeeded(setInt(effect, "transitionType", static_cast<int>(kind)), floatFailure) &&
            succeeded(effect.GetTechniqueByName("Transprocess").GetPassByIndex(0).Apply(context), passFailure);
 }
 
-void TransitionDraw::release(Effect& effect)
+Result TransitionDraw::applyTransitionEffectDependencyProperty(graphics::Context& context, Effect& effect,
+                                                               const TransitionInputs& inputs, const TransitionRow& row,
+                                                               float& progress, const TransitionPicture*& picture0,
+                                                               const TransitionPicture*& picture1)
 {
-    setTexture(effect, "sampler0", nullptr);
-    setTexture(effect, "sampler1", nullptr);
+    if (row.mask)
+        updateTransitionMaskTexture(context, inputs.images, row.kind, progress);
+    if (row.turn == TransitionTurn::Swap)
+        std::swap(picture0, picture1);
+    else if (row.turn == TransitionTurn::Invert)
+        progress = 1.0F - progress;
+    return setRow(effect, row, inputs);
 }
 
-/// A mask that is missing or cannot be written keeps what it shows: the transition goes on with it.
-void TransitionDraw::updateMask(graphics::Context& context, std::span<const graphics::TexturePtr> images, quint32 kind,
-                                float position)
+void TransitionDraw::updateTransitionMaskTexture(graphics::Context& context,
+                                                 std::span<const graphics::TexturePtr> images, quint32 kind,
+                                                 float progress)
 {
-    if (!findTransition(kind)->mask || images.size() <= transitionMaskSlot || !images[transitionMaskSlot])
+    if (images.size() <= transitionMaskSlot || !images[transitionMaskSlot])
         return;
     const graphics::TexturePtr& texture = images[transitionMaskSlot];
     const auto mapped = context.map(*texture, graphics::MapMode::WriteDiscard);
@@ -162,7 +156,7 @@ void TransitionDraw::updateMask(graphics::Context& context, std::span<const grap
         return;
     QImage image(reinterpret_cast<uchar*>(mapped->data), static_cast<int>(texture->desc().width),
                  static_cast<int>(texture->desc().height), mapped->rowPitch, QImage::Format_ARGB32);
-    _mask.paintTransition(kind, static_cast<double>(position), image);
+    _mask.paintTransition(kind, static_cast<double>(progress), image);
     context.unmap(texture);
 }
 

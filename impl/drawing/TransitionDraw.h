@@ -11,6 +11,8 @@
 
 namespace tavlo {
 
+struct TransitionRow;
+
 /// A picture that a transition shows, its top row first.
 struct TransitionPicture
 {
@@ -36,19 +38,23 @@ struct TransitionInputs
 class TransitionDraw
 {
 public:
-    /// Paints the mask where the kind has one, sets the variables in their order, and applies the pass. Sampler 0 and 1
-    /// are to be cleared after the draw (`release`).
+    /// Paints the mask where the kind has one, sets the variables in their order, and applies the pass. The caller lets
+    /// go of sampler 0 and 1 after the draw.
     /// \param effect  that of the kind's family
     /// \return false: the reason is in the log and nothing is to be drawn; so it is for a kind of no family
     bool apply(graphics::Context& context, effects::Effect& effect, const TransitionInputs& inputs, float position,
                quint32 kind);
 
-    /// Lets go of the two pictures.
-    static void release(effects::Effect& effect);
-
 private:
-    void updateMask(graphics::Context& context, std::span<const graphics::TexturePtr> images, quint32 kind,
-                    float position);
+    /// The step of one kind: paints its mask, sets its variables, and turns progress and the order of the pictures.
+    effects::Result applyTransitionEffectDependencyProperty(graphics::Context& context, effects::Effect& effect,
+                                                            const TransitionInputs& inputs, const TransitionRow& row,
+                                                            float& progress, const TransitionPicture*& picture0,
+                                                            const TransitionPicture*& picture1);
+
+    /// A mask that is missing or cannot be written keeps what it shows: the transition goes on with it.
+    void updateTransitionMaskTexture(graphics::Context& context, std::span<const graphics::TexturePtr> images,
+                                     quint32 kind, float progress);
 
     TransitionMask _mask;
 };

@@ -11,14 +11,13 @@
 
 class ITavloGraphicsRes;
 class ITavloPresentChannelSource;
-class ITavloPresentSource;
 struct block_t;
 struct tagTavloAudioInfo;
 struct tagTavloPresentAudioLevel;
 struct tagTavloPresentAudioMixerParam;
 struct tagTavloPresentEngineInfo;
 
-namespace cocos2d {
+namespace tavlo::scene {
 class RenderTexture;
 }
 
@@ -88,20 +87,20 @@ public:
     virtual bool isOnNext(int channelId) = 0;
 
     /// A block of a source's sound, on its way to PGM and PVM. The source's audio thread; the block stays the caller's.
-    virtual void pushAudio(ITavloPresentSource* source, int channelId, int index, block_t* block,
+    /// \param source  the channel that the source plays on: it filters the block first
+    /// \param index   the source's own number of the stream
+    virtual void pushAudio(ITavloPresentChannelSource* source, int channelId, int index, block_t* block,
                            const tagTavloAudioInfo& format) = 0;
 
-    /// The source begins a new stream of sound in that format. The source's audio thread.
-    virtual void setAudioFormat(int channelId, const tagTavloAudioInfo& format) = 0;
+    /// Forgets what of the channel waits to be mixed. The source's audio thread, as the three that follow.
+    virtual void audioFlush(int channelId, bool wait) = 0;
 
-    /// How much of a channel's sound waits to be mixed. -1 and a count of 0 when it is not mixed at all.
-    virtual int audioBufferState(int channelId, int& count) = 0;
+    /// How much of the channel's sound has gone into the mix. \return -1, and 0, for a channel that is not mixed
+    virtual int audioTime(int channelId, qint64& microseconds) = 0;
 
-    /// Forgets what waits to be mixed.
-    virtual void audioFlush(int channelId) = 0;
-
-    /// The channel's sound ends.
-    virtual void audioDrop(int channelId) = 0;
+    /// Stops and goes on where it stopped. \param date  of the player's clock, microseconds
+    virtual void audioPause(int channelId, qint64 date) = 0;
+    virtual void audioResume(int channelId, qint64 date) = 0;
 
     /// A source's player changed its state. State 6 at the last entry of the list posts TavloEventSourcePlaylistEnd.
     /// Any thread.
@@ -111,6 +110,9 @@ public:
     /// \param samples  interleaved, in the given format; \param length in bytes
     virtual void updatePGMLevel(int channelId, const void* samples, quint32 length,
                                 const tagTavloAudioInfo& format) = 0;
+
+    /// Whether anybody hears what `notifySink` tells.
+    virtual bool hasSink() = 0;
 
 protected:
     ~ITavloPresentEnginePrivate() = default;
@@ -124,10 +126,10 @@ public:
                                                   0x9d,       0x44,   0xe2,   0x5a, 0x02};
 
     /// The render texture of a channel; fills those out arguments that are not null. Null for an unknown id.
-    virtual cocos2d::RenderTexture* channelTarget(int channelId, quint64* shaderView, QSizeF* size) = 0;
+    virtual tavlo::scene::RenderTexture* channelTarget(int channelId, quint64* shaderView, QSizeF* size) = 0;
 
-    /// Gives back what channelTarget lent, in engines that count it.
-    virtual void releaseChannelTarget(int channelId) = 0;
+    /// A right click on the preview, for engines that offer a menu there. \param position  y << 16 | x, pixels
+    virtual void channelContextMenu(int channelId, quint32 message, qint64 position) = 0;
 
 protected:
     ~ITavloPresentEnginePrivate2() = default;

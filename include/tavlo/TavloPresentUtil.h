@@ -15,6 +15,7 @@
 
 class QDomElement;
 class QXmlStreamWriter;
+class ITavloAudioPreviewObject;
 struct block_t;
 
 /// Something in an XML text that the reader of a record would ignore, guess or could not convert.
@@ -136,6 +137,9 @@ public:
     /// \param scale     multiplies the level, a channel's volume
     static void updateAudioLevelData(float* levels, const void* samples, unsigned bytes, int channels, int bits,
                                      int reserved, double scale);
+
+    /// A new mix of channels, closed. The caller ends it with `destroy`.
+    static ITavloAudioPreviewObject* createAudioPreviewObject();
 
     /// Chooses an effect: its parameters and `preset`.
     static void loadAudioChangePreset(TavloAudioChangePreset preset, tagTavloAudioEffectParam& param);

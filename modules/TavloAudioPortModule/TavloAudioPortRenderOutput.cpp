@@ -1,5 +1,6 @@
 #include "TavloAudioPortModule/TavloAudioPortRenderOutput.h"
 
+#include "openal/AlFormat.h"
 #include "shared/ModuleFactory.h"
 
 #include <tavlo/Export.h>
@@ -13,28 +14,6 @@
 #include <utility>
 
 namespace {
-
-struct Format
-{
-    int channels;
-    int bits;
-    ALenum format;
-};
-
-constexpr std::array formats{
-    Format{1, 8, AL_FORMAT_MONO8},     Format{1, 16, AL_FORMAT_MONO16},  Format{2, 8, AL_FORMAT_STEREO8},
-    Format{2, 16, AL_FORMAT_STEREO16}, Format{4, 8, AL_FORMAT_QUAD8},    Format{4, 16, AL_FORMAT_QUAD16},
-    Format{6, 8, AL_FORMAT_51CHN8},    Format{6, 16, AL_FORMAT_51CHN16}, Format{7, 8, AL_FORMAT_61CHN8},
-    Format{7, 16, AL_FORMAT_61CHN16},  Format{8, 8, AL_FORMAT_71CHN8},   Format{8, 16, AL_FORMAT_71CHN16},
-};
-
-/// 0 where there is none.
-ALenum formatFor(int channels, int bits)
-{
-    const auto found = std::find_if(formats.begin(), formats.end(),
-                                    [&](const Format& f) { return f.channels == channels && f.bits == bits; });
-    return found != formats.end() ? found->format : 0;
-}
 
 ALint sourceValue(ALuint source, ALenum what)
 {
@@ -50,7 +29,7 @@ TavloAudioPortRenderOutput::~TavloAudioPortRenderOutput() { close(); }
 bool TavloAudioPortRenderOutput::open(const QString& deviceName, int channels, int rate, int bits)
 {
     close();
-    _format = formatFor(channels, bits);
+    _format = bits == 8 || bits == 16 ? tavlo::alFormat(channels, bits) : 0;
     if (_format == 0 || rate < 8000 || rate > 192'000) {
         qDebug() << "TavloAudioPortRenderOutput::open: cannot play channels, rate, bits" << channels << rate << bits
                  << "on" << deviceName;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TavloAudioPortModule/ITavloAudioPortRender.h"
-#include "TavloAudioPortModule/OpenAlDevice.h"
+#include "openal/OpenAlDevice.h"
 
 #include <tavlo/InterfacePtr.h>
 

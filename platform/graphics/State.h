@@ -21,6 +21,7 @@ struct Box
 struct Viewport
 {
     std::int32_t x = 0, y = 0, width = 0, height = 0;
+    bool operator==(const Viewport&) const = default;
 };
 
 enum class BlendFactor : std::uint8_t

@@ -54,6 +54,14 @@ def sample(texture: np.ndarray, u: np.ndarray, v: np.ndarray) -> np.ndarray:
     return top * (1 - fy) + bottom * fy
 
 
+def texel(texture: np.ndarray, u: np.ndarray, v: np.ndarray) -> np.ndarray:
+    """The texel of (height, width, channels) in which (u, v) lies, the nearest outside: u.shape + (channels,)."""
+    def axis(coordinate, count):
+        return np.clip(np.floor(coordinate * count), 0, count - 1).astype(int)
+
+    return texture[axis(v, texture.shape[0]), axis(u, texture.shape[1])]
+
+
 def to_unit(field: np.ndarray) -> np.ndarray:
     """The field stretched so that its smallest value is 0 and its largest 1."""
     low, high = field.min(), field.max()

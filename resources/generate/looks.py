@@ -1,11 +1,11 @@
 """The 22 filters, step by step, as the shader computes them. All values 0..1.
 
 A look is a function of the picture (height, width, 3) and of `Inputs`, which reads the images and the curve textures as
-the shader reads its textures: linear between texels, level outside.
+the shader reads its textures: at their texels, the cube and the picture linear between them, all level outside.
 """
 import numpy as np
 
-from fields import sample
+from fields import sample, texel
 from maps import LUMA, overlay
 
 RED, GREEN, BLUE = 0, 1, 2
@@ -21,7 +21,7 @@ class Inputs:
 
     def over(self, name: str) -> np.ndarray:
         """An image stretched over the picture, (height, width, 3)."""
-        return sample(self.image(name), self.u, self.v)
+        return texel(self.image(name), self.u, self.v)
 
     def weight(self, name: str) -> np.ndarray:
         """The red of an image stretched over the picture, as a weight for each pixel, (height, width, 1)."""
@@ -50,21 +50,26 @@ def luma(colour):
     return (colour @ LUMA)[..., None]
 
 
-def level(colour, texture, row=0.0):
-    """Each channel through its own channel of a row of the texture."""
-    return np.stack([sample(texture, colour[..., c], np.full(colour.shape[:-1], row))[..., c] for c in range(3)], axis=-1)
+def level(colour, table, row=0.0):
+    """Each channel through its own channel of a row of the table."""
+    return np.stack([texel(table, colour[..., c], np.full(colour.shape[:-1], row))[..., c] for c in range(3)], axis=-1)
 
 
-def through(colour, texture, channel, row=0.0):
+def through(colour, table, channel, row=0.0):
     """Each channel through one and the same channel of a row."""
-    return np.stack([sample(texture, colour[..., c], np.full(colour.shape[:-1], row))[..., channel] for c in range(3)],
+    return np.stack([texel(table, colour[..., c], np.full(colour.shape[:-1], row))[..., channel] for c in range(3)],
                     axis=-1)
 
 
-def two_way(top, base, texture):
+def tone(value, table):
+    """A colour for one value, (height, width, 1): all channels at one place of row 0."""
+    return texel(table, value[..., 0], np.zeros(value.shape[:-1]))[..., :3]
+
+
+def two_way(top, base, table):
     """Each channel through its own channel of an overlay map: x is the value on top, y the picture's own."""
     top = np.broadcast_to(top, base.shape)
-    return np.stack([sample(texture, top[..., c], base[..., c])[..., c] for c in range(3)], axis=-1)
+    return np.stack([texel(table, top[..., c], base[..., c])[..., c] for c in range(3)], axis=-1)
 
 
 def adjust(colour, brightness, contrast, saturation):
@@ -134,7 +139,7 @@ def healthy(c, t):
     c = hsv_to_rgb(hsv)
     c = normal(c, screen(c, c), 0.275)
     c = normal(c, overlay(c, np.array([1, 0.61176, 0.25098])), 0.04)
-    c = normal(c, multiply(c, t.over("calm_mask1.jpg")), 0.262)
+    c = normal(c, multiply(c, t.weight("calm_mask1.jpg")), 0.262)
     return through(through(c, t.curve(40), RED), t.curve(40), GREEN)
 
 
@@ -222,8 +227,7 @@ def brannan(c, t, strength=1.0):
     look = level(c, t.image("brannan_process.png"))
     look = overlay(look, t.over("brannan_blowout.png"))
     look = level(look, t.image("brannan_contrast.png"))
-    grey = np.broadcast_to(luma(look), look.shape)
-    look = normal(look, level(grey, t.image("brannan_luma.png")), 0.5)
+    look = normal(look, tone(luma(look), t.image("brannan_luma.png")), 0.5)
     return normal(c, level(look, t.image("brannan_screen.png")), strength)
 
 
@@ -250,7 +254,7 @@ def hudson(c, t, strength=1.0):
 
 
 def inkwell(c, t):
-    return np.repeat(sample(t.image("inkwellmap.png"), luma(c)[..., 0], np.zeros(c.shape[:2]))[..., :1], 3, axis=-1)
+    return np.repeat(tone(luma(c), t.image("inkwellmap.png"))[..., :1], 3, axis=-1)
 
 
 def toaster2(c, t):
@@ -268,8 +272,8 @@ def dy(c, t, scale=0.5):
 
 
 def screen_blend(c, t):
-    """With the picture's own mirror image as the second picture."""
-    return screen(c, c[:, ::-1])
+    """With the picture turned half round as the second picture."""
+    return screen(c, c[::-1, ::-1])
 
 
 # By filter number, 1 to 22.

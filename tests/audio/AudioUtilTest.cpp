@@ -31,24 +31,18 @@ std::vector<Sample> routed(TavloPresentSourceAudioChannelProcessType type, const
 TEST(AudioRouting, MovesTheSidesOfStereo)
 {
     const std::vector<qint16> words{1, -2, 300, -400, 7};
-    EXPECT_EQ(routed(none, words, 2, 16), words);
     EXPECT_EQ(routed(leftToBoth, words, 2, 16), (std::vector<qint16>{1, 1, 300, 300, 7}));
     EXPECT_EQ(routed(rightToBoth, words, 2, 16), (std::vector<qint16>{-2, -2, -400, -400, 7}));
     EXPECT_EQ(routed(swapSides, words, 2, 16), (std::vector<qint16>{-2, 1, -400, 300, 7}));
-    EXPECT_EQ(routed(static_cast<TavloPresentSourceAudioChannelProcessType>(4), words, 2, 16), words);
-    EXPECT_EQ(routed(swapSides, words, 1, 16), words);
-    EXPECT_EQ(routed(swapSides, words, 6, 16), words);
-
-    const std::vector<quint8> bytes{1, 2, 3, 4, 5};
-    EXPECT_EQ(routed(swapSides, bytes, 2, 8), (std::vector<quint8>{2, 1, 4, 3, 5}));
-    EXPECT_EQ(routed(leftToBoth, bytes, 2, 8), (std::vector<quint8>{1, 1, 3, 3, 5}));
+    EXPECT_EQ(routed(swapSides, std::vector<quint8>{1, 2, 3, 4, 5}, 2, 8), (std::vector<quint8>{2, 1, 4, 3, 5}));
     EXPECT_EQ(routed(swapSides, std::vector<quint8>{}, 2, 8), std::vector<quint8>{});
-}
 
-TEST(AudioRouting, WithoutBlockOrSampleSizeNothingHappens)
-{
+    EXPECT_EQ(routed(none, words, 2, 16), words);
+    EXPECT_EQ(routed(static_cast<TavloPresentSourceAudioChannelProcessType>(4), words, 2, 16), words);
+    for (const int channels : {1, 6})
+        EXPECT_EQ(routed(swapSides, words, channels, 16), words);
+    EXPECT_EQ(routed(swapSides, words, 2, 0), words);
     EXPECT_EQ(TavloPresentUtil::doAudioChannelProcess(swapSides, 0, nullptr, tagTavloAudioInfo()), nullptr);
-    EXPECT_EQ(routed(swapSides, std::vector<qint16>{1, 2}, 2, 0), (std::vector<qint16>{1, 2}));
 }
 
 class AudioMeter : public testing::Test
@@ -81,26 +75,16 @@ TEST_F(AudioMeter, CountsTwoPercentForADecibelOfTheMean)
     EXPECT_EQ(levels[0], 0.0F);
     measure(std::vector<qint16>(960, 16384), 1); // -6.02 dB
     EXPECT_EQ(levels[0], 88.0F);
-    measure(std::vector<qint16>(960, 50), 1); // far below the scale
-    EXPECT_EQ(levels[0], 0.0F);
-    measure(std::vector<qint16>(960, 0), 1);
-    EXPECT_EQ(levels[0], 0.0F);
-}
-
-TEST_F(AudioMeter, FullScaleReadsAsSilence)
-{
-    measure(std::vector<qint16>(960, -32768), 1);
-    EXPECT_EQ(levels[0], 0.0F);
-    measure(std::vector<qint16>(960, 29205), 1); // -1 dB is the loudest that shows
-    EXPECT_EQ(levels[0], 98.0F);
-}
-
-TEST_F(AudioMeter, LooksAtTheFirstHalf)
-{
-    std::vector<qint16> samples(960, 0);
-    std::fill_n(samples.begin(), 480, static_cast<qint16>(16384));
+    samples.assign(960, 0);
+    std::fill_n(samples.begin(), 480, static_cast<qint16>(16384)); // the first half is looked at
     measure(samples, 1);
     EXPECT_EQ(levels[0], 88.0F);
+    measure(std::vector<qint16>(960, 29205), 1); // -1 dB is the loudest that shows
+    EXPECT_EQ(levels[0], 98.0F);
+    for (const int silent : {0, 50, -32768}) { // full scale reads as silence
+        measure(std::vector<qint16>(960, static_cast<qint16>(silent)), 1);
+        EXPECT_EQ(levels[0], 0.0F);
+    }
 }
 
 TEST_F(AudioMeter, KeepsToItsEightChannelsAndToTheBuffer)
@@ -133,47 +117,31 @@ TEST(AudioPresets, ChooseTheirFamily)
     }
 }
 
-TEST(AudioPresets, EqualizerGainsStayOutsideItsNumbers)
+TEST(AudioPresets, NumbersOfOtherFamiliesLeaveTheRecord)
 {
     tagTavloAudioEffectParam param;
     TavloPresentUtil::loadAudioEQPreset(24, param);
     const auto gains = param.equalizer.gains;
     EXPECT_EQ(gains[3], -6.0);
-    for (const TavloAudioChangePreset preset : {8U, 25U}) {
-        param.equalizer.preamp = 0.0;
-        param.equalizer.bands = 0;
-        TavloPresentUtil::loadAudioEQPreset(preset, param);
-        EXPECT_EQ(param.equalizer.gains, gains);
-        EXPECT_EQ(param.equalizer.preamp, 8.0);
-        EXPECT_EQ(param.equalizer.bands, 10);
-        EXPECT_EQ(param.preset, preset);
-    }
-}
+    param.equalizer.preamp = 0.0;
+    param.equalizer.bands = 0;
+    TavloPresentUtil::loadAudioEQPreset(8, param); // but for these
+    EXPECT_EQ(param.equalizer.gains, gains);
+    EXPECT_EQ(param.equalizer.preamp, 8.0);
+    EXPECT_EQ(param.equalizer.bands, 10);
+    EXPECT_EQ(param.preset, 8U);
 
-TEST(AudioPresets, OthersLeaveDelayAndPitchAndVocalCut)
-{
-    tagTavloAudioProcessParamDelay delay;
-    TavloPresentUtil::loadAudioDelayPreset(7, delay);
-    TavloPresentUtil::loadAudioDelayPreset(9, delay);
-    EXPECT_EQ(delay.delayMsValue, 1500.0);
-    EXPECT_EQ(delay.feedbackValue, -120.0);
-    TavloPresentUtil::loadAudioDelayPreset(6, delay);
-    EXPECT_EQ(delay.delayMsValue, 300.0);
-    EXPECT_EQ(delay.mixinValue, 6.0);
-
-    tagTavloAudioProcessParamPitch pitch;
-    TavloPresentUtil::loadAudioPitchPreset(1, pitch);
-    TavloPresentUtil::loadAudioPitchPreset(5, pitch);
-    EXPECT_EQ(pitch.semitonesPitchValue, 0.0);
-    EXPECT_EQ(pitch.octavesPitchValue, 1.0);
-    TavloPresentUtil::loadAudioPitchPreset(6, pitch);
-    EXPECT_EQ(pitch.octavesPitchValue, 1.0);
-
-    tagTavloAudioProcessParamVolcalCut cut;
-    TavloPresentUtil::loadAudioVolcalCutPreset(3, cut);
-    TavloPresentUtil::loadAudioVolcalCutPreset(4, cut);
-    EXPECT_EQ(cut.preset, 4U);
-    EXPECT_EQ(cut.param_FilterFrequency, 2000);
+    TavloPresentUtil::loadAudioDelayPreset(7, param.processDelay);
+    TavloPresentUtil::loadAudioDelayPreset(9, param.processDelay);
+    EXPECT_EQ(param.processDelay.delayMsValue, 1500.0);
+    EXPECT_EQ(param.processDelay.feedbackValue, -120.0);
+    TavloPresentUtil::loadAudioPitchPreset(5, param.processPitch);
+    TavloPresentUtil::loadAudioPitchPreset(6, param.processPitch);
+    EXPECT_EQ(param.processPitch.octavesPitchValue, 1.0);
+    TavloPresentUtil::loadAudioVolcalCutPreset(3, param.processVolcalCut);
+    TavloPresentUtil::loadAudioVolcalCutPreset(4, param.processVolcalCut);
+    EXPECT_EQ(param.processVolcalCut.preset, 4U);
+    EXPECT_EQ(param.processVolcalCut.param_FilterFrequency, 2000);
 }
 
 } // namespace

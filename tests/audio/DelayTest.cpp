@@ -1,6 +1,7 @@
 #include "audio/TavloAudioFilterDelay.h"
 
 #include "audio/AudioSupport.h"
+#include "support/reference/SoundFilters.h"
 
 #include <tavlo/TavloPresentUtil.h>
 
@@ -40,21 +41,11 @@ TEST(Delay, EchoesFollowThePresets)
         TavloAudioFilterDelay filter;
         tagTavloAudioEffectParam param;
         TavloPresentUtil::loadAudioChangePreset(preset, param);
-        const auto& p = param.processDelay;
         std::vector<float> in(2 * 4 * 12000, 0.0F);
         in[0] = 0.5F;
         in[1] = -0.25F;
         const auto out = run(filter, param, in, 2, rate);
-        const size_t length = static_cast<size_t>(p.delayMsValue * rate / 1000);
-        std::vector<double> expected(in.size(), 0.0);
-        expected[0] = 0.5 * std::exp2(p.outputDryValue / 6);
-        expected[1] = -0.5 * expected[0];
-        double stored = 0.5 * std::exp2(p.mixinValue / 6);
-        for (size_t i = length; 2 * i < expected.size(); i += length) {
-            expected[2 * i] = stored * std::exp2(p.outputWetValue / 6);
-            expected[2 * i + 1] = -0.5 * expected[2 * i];
-            stored *= std::exp2(p.feedbackValue / 6);
-        }
+        const auto expected = echoReference(param.processDelay, 0.5, -0.25, rate, in.size() / 2);
         EXPECT_LT(distance(out, expected), 1e-6) << preset;
     }
 }

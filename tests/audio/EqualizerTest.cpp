@@ -1,79 +1,16 @@
 #include "audio/TavloAudioFilterEqualizer.h"
 
 #include "audio/AudioSupport.h"
+#include "support/reference/SoundFilters.h"
 
 #include <tavlo/TavloPresentUtil.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <complex>
-#include <numbers>
 
 namespace tavlo::test {
 namespace {
-
-constexpr std::array<double, 10> centres{60, 170, 310, 600, 1000, 3000, 6000, 12000, 14000, 16000};
-
-struct Band
-{
-    double alpha, beta, gamma;
-};
-
-Band band(double f, double rate)
-{
-    if (rate / 2 < f)
-        return {0, 0, 0};
-    const double k = std::sqrt(2.0), w = f * 2.0 * std::numbers::pi / rate, x = w / k;
-    const double q = std::sin(x * (k - 1) / 2) * std::sin(x * (k + 1) / 2);
-    const double d = std::sin(x) / 2 + q;
-    return {q / d, (std::sin(x) / 2 - q) / d, std::cos(w) * std::sin(x) / d};
-}
-
-double factor(double decibels) { return std::pow(10.0, decibels / 20.0); }
-
-double amplitude(double gain) { return (factor(std::clamp(gain, -20.0, 20.0)) - 1.0) * 0.25; }
-
-std::vector<double> impulseReference(const tagTavloEQualizerParam& p, double rate, size_t count)
-{
-    std::vector<double> out(count, 0.0);
-    out[0] = 0.25 * factor(p.preamp);
-    for (size_t b = 0; b < static_cast<size_t>(p.bands); ++b) {
-        const Band c = band(centres[b], rate);
-        double y1 = 0, y2 = 0;
-        for (size_t n = 0; n < count; ++n) {
-            const double x = (n == 0 ? 1.0 : 0.0) - (n == 2 ? 1.0 : 0.0);
-            const double y = c.alpha * x + c.gamma * y1 - c.beta * y2;
-            y2 = y1;
-            y1 = y;
-            out[n] += amplitude(p.gains[b]) * y * factor(p.preamp);
-        }
-    }
-    return out;
-}
-
-/// What the transfer functions of the bands add up to.
-double responseReference(const tagTavloEQualizerParam& p, double frequency, double rate)
-{
-    const auto z1 = std::polar(1.0, -2.0 * std::numbers::pi * frequency / rate);
-    std::complex<double> sum = 0.25;
-    for (size_t b = 0; b < 10; ++b) {
-        const Band c = band(centres[b], rate);
-        sum += amplitude(p.gains[b]) * c.alpha * (1.0 - z1 * z1) / (1.0 - c.gamma * z1 + c.beta * z1 * z1);
-    }
-    return std::abs(sum) * factor(p.preamp);
-}
-
-double response(const std::vector<float>& impulse, double frequency, double rate)
-{
-    std::complex<double> sum = 0.0;
-    for (size_t n = 0; n < impulse.size(); ++n)
-        sum += static_cast<double>(impulse[n]) *
-               std::polar(1.0, -2.0 * std::numbers::pi * frequency * static_cast<double>(n) / rate);
-    return std::abs(sum);
-}
 
 std::vector<float> impulseOf(const tagTavloAudioEffectParam& param, int rate, size_t count)
 {
@@ -90,9 +27,9 @@ TEST(Equalizer, EveryPresetFollowsItsFormulas)
             tagTavloAudioEffectParam param;
             TavloPresentUtil::loadAudioEQPreset(preset, param);
             const auto impulse = impulseOf(param, rate, 32768);
-            EXPECT_LT(distance(impulse, impulseReference(param.equalizer, rate, impulse.size())), 1e-6) << preset;
-            for (const double f : centres)
-                EXPECT_NEAR(response(impulse, f, rate) / responseReference(param.equalizer, f, rate), 1.0, 1e-3)
+            EXPECT_LT(distance(impulse, equalizerReference(param.equalizer, rate, impulse.size())), 1e-6) << preset;
+            for (const double f : equalizerCentres)
+                EXPECT_NEAR(response(impulse, f, rate) / equalizerResponse(param.equalizer, f, rate), 1.0, 1e-3)
                     << "preset " << preset << " at " << f;
         }
     }
@@ -106,7 +43,8 @@ TEST(Equalizer, EachBandReachesItsGainAtItsCentre)
         param.preset = 9;
         param.equalizer.bands = 10;
         param.equalizer.gains[b] = 12.0;
-        EXPECT_NEAR(response(impulseOf(param, 48000, 32768), centres[b], 48000), 0.25 * factor(12.0), 1e-3) << b;
+        EXPECT_NEAR(response(impulseOf(param, 48000, 32768), equalizerCentres[b], 48000), 0.25 * factor(12.0), 1e-3)
+            << b;
     }
 }
 
@@ -130,7 +68,7 @@ TEST(Equalizer, BandsAboveHalfTheRateAreSilentAndGainsNeedNoReset)
     tagTavloAudioEffectParam param;
     TavloPresentUtil::loadAudioEQPreset(12, param);
     const auto impulse = impulseOf(param, 16000, 8192);
-    EXPECT_LT(distance(impulse, impulseReference(param.equalizer, 16000, impulse.size())), 1e-6);
+    EXPECT_LT(distance(impulse, equalizerReference(param.equalizer, 16000, impulse.size())), 1e-6);
 
     TavloAudioFilterEqualizer filter;
     std::vector<float> tone = sine(1000, 48000, 4800, 0.1);

@@ -1,14 +1,9 @@
 #include "TavloAudioPortModule/ITavloAudioPortRender.h"
 
 #include "audio/AudioSupport.h"
+#include "audio/FileDevice.h"
 #include "base/CTempldateHelper.h"
 #include "support/LogCapture.h"
-
-#include <QElapsedTimer>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
-#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -19,57 +14,6 @@ namespace tavlo::test {
 namespace {
 
 constexpr int rate = 48000;
-
-/// A machine whose one sound device writes a file, in real time as any device.
-class FileDevice
-{
-public:
-    static FileDevice& instance()
-    {
-        static FileDevice device;
-        return device;
-    }
-
-    QString path() const { return _folder.filePath("played.wav"); }
-
-    /// What has been played since the device was opened; stereo, after it was closed.
-    std::vector<qint16> played() const
-    {
-        QFile file(path());
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray content = file.readAll();
-        const auto begin = content.indexOf("data") + 8;
-        std::vector<qint16> samples(static_cast<size_t>(content.size() - begin) / 2);
-        memcpy(samples.data(), content.constData() + begin, samples.size() * 2);
-        return samples;
-    }
-
-    /// Waits until the device has played that much more.
-    bool play(int milliseconds) const
-    {
-        const qint64 enough = QFileInfo(path()).size() + qint64{rate} * 4 * milliseconds / 1000;
-        QElapsedTimer waited;
-        for (waited.start(); QFileInfo(path()).size() < enough; QThread::msleep(5)) {
-            if (waited.elapsed() > 20000)
-                return false;
-        }
-        return true;
-    }
-
-private:
-    FileDevice()
-    {
-        QFile configuration(_folder.filePath("alsoft.conf"));
-        EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
-        configuration.write("[general]\ndrivers = wave\nchannels = stereo\nsample-type = int16\nfrequency = 48000\n"
-                            "dither = false\noutput-limiter = false\n[wave]\nfile = " +
-                            path().toUtf8() + "\n");
-        qputenv("ALSOFT_CONF", configuration.fileName().toUtf8());
-        qputenv("ALSOFT_DRIVERS", "wave");
-    }
-
-    QTemporaryDir _folder;
-};
 
 class ALPortRender : public testing::Test
 {
@@ -125,7 +69,7 @@ TEST_F(ALPortRender, PlaysWhatIsWrittenOnTheDefaultDevice)
         const auto played = FileDevice::instance().played();
         const auto left = soundOf(played, 0);
         EXPECT_NEAR(static_cast<double>(left.size()), rate * 0.2, 100);
-        EXPECT_NEAR(toneFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
+        EXPECT_NEAR(countedFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
         EXPECT_NEAR(loudness(left, 100, left.size() - 100), 20 * std::log10(0.5) - 3.01, 0.5);
         EXPECT_TRUE(soundOf(played, 1).empty());
     }

@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-
 namespace tavlo::test {
 namespace {
 
@@ -41,14 +38,6 @@ std::vector<double> convert(TavloAudioResample& converter, const tagTavloAudioIn
             out.push_back(s / 32768.0);
     }
     return out;
-}
-
-TEST(Resample, HandsTheSameFormatThrough)
-{
-    TavloAudioResample converter;
-    const BlockPtr block = blockOf(std::vector<qint16>(960, 5));
-    EXPECT_EQ(converter.process(block.get(), tagTavloAudioInfo()), block.get());
-    EXPECT_EQ(converter.process(nullptr, formatOf(1, 44100, 16, s16l)), nullptr);
 }
 
 TEST(Resample, ConvertsSampleFormatsAndChannels)
@@ -86,31 +75,19 @@ TEST(Resample, KeepsTimesAndTellsTheLength)
     EXPECT_EQ(converter.process(block.get(), formatOf(2, 48000, 32, f32l)), out);
 }
 
-TEST(Resample, ChangesTheRateWithoutSeams)
-{
-    TavloAudioResample converter;
-    const auto tone = sine(1000, 44100, 44100, 0.5);
-    const auto both = convert(converter, formatOf(1, 44100, 32, f32l), tone);
-    std::vector<double> left;
-    for (size_t i = 0; i < both.size(); i += 2)
-        left.push_back(both[i]);
-    EXPECT_NEAR(static_cast<double>(left.size()), 48000.0, 100.0);
-    EXPECT_NEAR(toneFrequency(left, 1000, left.size(), 48000), 1000.0, 0.1);
-    const double twoCos = 2 * std::cos(2 * M_PI * 1000 / 48000);
-    for (size_t i = 1000; i + 2 < left.size(); ++i)
-        ASSERT_LT(std::abs(left[i + 2] - twoCos * left[i + 1] + left[i]), 3e-4) << i;
-}
-
-TEST(Resample, FollowsAChangeOfTheSource)
+TEST(Resample, ChangesTheRateWithoutSeamsAndFollowsTheSource)
 {
     TavloAudioResample converter;
     for (const int rate : {44100, 22050, 96000, 44100}) {
-        const auto both =
-            convert(converter, formatOf(1, rate, 32, f32l), sine(500, rate, static_cast<size_t>(rate), 0.5));
+        const auto tone = sine(500, rate, static_cast<size_t>(rate), 0.5);
+        const auto both = convert(converter, formatOf(1, rate, 32, f32l), tone);
         std::vector<double> left;
         for (size_t i = 0; i < both.size(); i += 2)
             left.push_back(both[i]);
-        EXPECT_NEAR(toneFrequency(left, 2000, left.size() - 100, 48000), 500.0, 0.2) << rate;
+        EXPECT_NEAR(static_cast<double>(left.size()), 48000.0, 100.0);
+        left.resize(left.size() - 100);
+        EXPECT_NEAR(countedFrequency(left, 2000, left.size(), 48000), 500.0, 0.02) << rate;
+        EXPECT_LT(clicks(left, 500, 48000, 2000), -70.0) << rate;
     }
     converter.setOutput(formatOf(1, 48000, 16, s16l));
     const BlockPtr block = blockOf(std::vector<float>(480, 0.25F));
@@ -119,18 +96,13 @@ TEST(Resample, FollowsAChangeOfTheSource)
     EXPECT_EQ(samplesOf<qint16>(*out), std::vector<qint16>(480, 8192));
 }
 
-TEST(Resample, SilenceStaysSilence)
-{
-    TavloAudioResample converter;
-    for (const double s : convert(converter, formatOf(2, 32000, 16, s16l), std::vector<qint16>(64000, 0)))
-        ASSERT_EQ(s, 0.0);
-}
-
 TEST(Resample, RefusesWhatIsNoFormat)
 {
     TavloAudioResample converter;
     const LogCapture log;
     const BlockPtr block = blockOf(std::vector<qint16>(960, 5));
+    EXPECT_EQ(converter.process(nullptr, formatOf(1, 44100, 16, s16l)), nullptr);
+    EXPECT_EQ(converter.process(block.get(), tagTavloAudioInfo()), block.get()); // nothing to convert
     EXPECT_EQ(converter.process(block.get(), formatOf(0, 44100, 16, s16l)), nullptr);
     EXPECT_EQ(converter.process(block.get(), formatOf(2, 0, 16, s16l)), nullptr);
     EXPECT_EQ(converter.process(block.get(), formatOf(-3, -44100, -16, s16l)), nullptr);

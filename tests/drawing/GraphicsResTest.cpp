@@ -1,4 +1,5 @@
 #include "drawing/TavloGraphicsRes.h"
+#include "effects/EffectCompiler.h"
 #include "graphics/GraphicsTest.h"
 #include "support/LogCapture.h"
 
@@ -89,8 +90,11 @@ TEST_F(GraphicsResGL, LoadsEffectsAndImages)
     }
     for (const int beyond : {-1, 80, 4000})
         EXPECT_EQ(store->imageView(beyond), nullptr);
-    for (const int beyond : {-1, 10, 4000})
+    for (const int beyond : {-1, ITavloGraphicsRes::effectCount, 4000}) {
         EXPECT_EQ(store->effect(beyond), nullptr);
+        EXPECT_FALSE(store->technique(beyond).IsValid());
+        EXPECT_EQ(store->inputLayout(beyond), nullptr);
+    }
 
     const TexturePtr image = store->imageView(0);
     store->destroyRes();
@@ -134,6 +138,29 @@ TEST_F(GraphicsResGL, LeavesABadCacheFileAlone)
         start(cachePath);
         EXPECT_EQ(content(simpleCache), bad);
     }
+}
+
+/// An effect without the technique that all are drawn with: as the cache may hold it, since nothing compares it with the
+/// source.
+TEST_F(GraphicsResGL, StopsAtAnEffectThatFails)
+{
+    start(cachePath);
+    constexpr std::string_view other = "effect 1\n[technique Other]\npass all all\n"
+                                       "[vertex all]\nvoid main() { gl_Position = vec4(0.0); }\n"
+                                       "[fragment all]\nout vec4 color;\nvoid main() { color = vec4(1.0); }\n";
+    const QString file = cachePath + greyCache;
+    ASSERT_TRUE(QFile::remove(file));
+    effects::EffectPtr effect;
+    std::string errors;
+    ASSERT_FALSE(effects::failed(
+        effects::D3DX11CompileEffectFromMemory(*device, {other, "other", file.toStdString()}, effect, errors)))
+        << errors;
+
+    const LogCapture log;
+    Store store(new TavloGraphicsRes);
+    EXPECT_FALSE(store->create(ITavloGraphicsRes::WithoutImages, device, context, cachePath));
+    EXPECT_EQ(log.count("failed to GetTechniqueByName Transprocess "), 1);
+    EXPECT_EQ(log.count("failed to load fx : :/res/Resources/TransitionEffect/glsl/process.fx"), 1);
 }
 
 TEST_F(GraphicsResGL, WorksWithoutACacheFolder)

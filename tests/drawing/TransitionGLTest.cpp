@@ -1,6 +1,6 @@
 #include "drawing/TransitionTable.h"
+#include "support/DrawStage.h"
 #include "support/LogCapture.h"
-#include "support/TransitionStage.h"
 #include "support/reference/Transitions.h"
 
 #include <gtest/gtest.h>
@@ -18,9 +18,9 @@ using reference::Picture;
 using reference::Vector;
 
 /// One device for all tests of the file: compiling the effects takes longer than drawing.
-TransitionStage& stage()
+DrawStage& stage()
 {
-    static TransitionStage one;
+    static DrawStage one;
     return one;
 }
 
@@ -125,7 +125,8 @@ protected:
         if (row.kind >= 81)
             _images.luma = toReference(stage().image(static_cast<int>(row.kind) - 33));
         const Picture first = toReference(outgoing), second = toReference(incoming);
-        const QImage frame = stage().draw(row.kind, position, stage().upload(outgoing), stage().upload(incoming), size);
+        const QImage frame =
+            stage().drawTransition(row.kind, position, stage().upload(outgoing), stage().upload(incoming), size);
         ASSERT_FALSE(frame.isNull());
         // Where two pictures at once each read themselves, both may be in doubt at the same pixel.
         const int allowed = row.kind == 79 ? 2 : 0;
@@ -258,7 +259,8 @@ TEST_P(TransitionFamilyGL, ShowsAWholePictureAtBothEnds)
     for (const TransitionRow& row : rows()) {
         SCOPED_TRACE(row.name);
         const auto draw = [&](float position) {
-            return stage().draw(row.kind, position, stage().upload(outgoing), stage().upload(incoming), oddSize);
+            return stage().drawTransition(row.kind, position, stage().upload(outgoing), stage().upload(incoming),
+                                          oddSize);
         };
         // The shader shows its first picture when its position is not above 0: what the table exchanges shows there.
         const int border = row.settingCount > 0 && row.kind <= 10 ? 1 : 0; // where an edge's soft half is left
@@ -285,8 +287,8 @@ TEST_F(TransitionGL, DrawsTheSameIntoABackBuffer)
     const graphics::TexturePtr outgoing = stage().upload(makePicture(oddSize, 0.3));
     const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
     for (const quint32 kind : {3U, 19U, 22U, 29U, 48U, 70U, 86U}) {
-        const QImage frame = stage().draw(kind, 0.31F, outgoing, incoming, oddSize);
-        EXPECT_LE(distance(stage().draw(kind, 0.31F, outgoing, incoming, oddSize, false), frame), 1) << kind;
+        const QImage frame = stage().drawTransition(kind, 0.31F, outgoing, incoming, oddSize);
+        EXPECT_LE(distance(stage().drawTransition(kind, 0.31F, outgoing, incoming, oddSize, false), frame), 1) << kind;
     }
 }
 
@@ -296,7 +298,7 @@ TEST_F(TransitionGL, ChoosesANewRandomSeedForOneKindOnly)
     const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
     const auto draw = [&](quint32 kind, quint32 seconds) {
         stage().randomSeed = seconds;
-        return stage().draw(kind, 0.4F, outgoing, incoming, oddSize);
+        return stage().drawTransition(kind, 0.4F, outgoing, incoming, oddSize);
     };
     const QImage plain = draw(67, 1);
     EXPECT_EQ(draw(67, 2), plain);
@@ -313,13 +315,14 @@ TEST_F(TransitionGL, CutsAtOnceWithoutItsImage)
     const QImage incoming = makePicture(oddSize, 1.9);
     graphics::TexturePtr luma;
     luma.swap(stage().texture(90 - 33));
-    EXPECT_LE(distance(stage().draw(90, 0.001F, stage().upload(outgoing), stage().upload(incoming), oddSize), incoming),
+    EXPECT_LE(distance(stage().drawTransition(90, 0.001F, stage().upload(outgoing), stage().upload(incoming), oddSize),
+                       incoming),
               1);
     luma.swap(stage().texture(90 - 33));
 
     // Without the mask's texture the mask step is left out; nothing is masked then.
     luma.swap(stage().texture(transitionMaskSlot));
-    const QImage frame = stage().draw(11, 0.5F, stage().upload(outgoing), stage().upload(incoming), oddSize);
+    const QImage frame = stage().drawTransition(11, 0.5F, stage().upload(outgoing), stage().upload(incoming), oddSize);
     EXPECT_LE(distance(frame, incoming), 1);
     luma.swap(stage().texture(transitionMaskSlot));
 }
@@ -327,11 +330,24 @@ TEST_F(TransitionGL, CutsAtOnceWithoutItsImage)
 TEST_F(TransitionGL, DrawsMissingPicturesAsNothing)
 {
     const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
-    const QImage frame = stage().draw(22, 0.5F, nullptr, incoming, oddSize);
+    const QImage frame = stage().drawTransition(22, 0.5F, nullptr, incoming, oddSize);
     const QImage whole = makePicture(oddSize, 1.9);
     ASSERT_FALSE(frame.isNull());
     for (int x = 0; x < oddSize.width() * 4; ++x)
         ASSERT_NEAR(frame.constScanLine(7)[x], whole.constScanLine(7)[x] / 2.0, 1.1) << x;
+}
+
+TEST_F(TransitionGL, LeavesTheTargetClearedForAKindOfNoFamily)
+{
+    const graphics::TexturePtr picture = stage().upload(makePicture(oddSize, 0.3));
+    for (const quint32 kind : {0U, 21U, 113U, 65535U}) {
+        ASSERT_FALSE(stage().drawTransition(22, 0.5F, picture, picture, oddSize) == QImage());
+        const test::LogCapture log;
+        QImage cleared(oddSize, QImage::Format_RGBA8888);
+        cleared.fill(Qt::transparent);
+        EXPECT_EQ(stage().drawTransition(kind, 0.5F, picture, picture, oddSize), cleared) << kind;
+        EXPECT_EQ(log.count("failed to set shader float vector :"), 1);
+    }
 }
 
 TEST_F(TransitionGL, EndsTheDrawAndSaysWhyWhenAnEffectLacksAVariable)

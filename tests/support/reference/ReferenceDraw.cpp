@@ -20,6 +20,9 @@ double redAt(const Picture& texture, long position, long pitch)
     return x < texture.width && y < texture.height ? texture.at(x, y)[0] : 0;
 }
 
+/// The textures have no room for half a chroma row: the last row of an odd height goes with the one before.
+long chromaRow(const Input& input, long y) { return std::min(y / 2, std::max(input.height / 2 - 1L, 0L)); }
+
 struct Yuv
 {
     double y, u, v;
@@ -28,7 +31,7 @@ struct Yuv
 Yuv loadPlanar(const Input& input, long x, long y)
 {
     const long w = input.width;
-    const long chroma = y / 2 * w + x / 2;
+    const long chroma = chromaRow(input, y) * w + x / 2;
     return {redAt(input.texture, y * w + x, w), redAt(input.texture, input.v + chroma, w),
             redAt(input.texture, input.u + chroma, w)};
 }
@@ -36,7 +39,7 @@ Yuv loadPlanar(const Input& input, long x, long y)
 Yuv loadHalfPlanar(const Input& input, long x, long y)
 {
     const long w = input.width;
-    const long chroma = input.u + 2 * (y / 2 * (w / 2) + x / 2);
+    const long chroma = input.u + 2 * (chromaRow(input, y) * (w / 2) + x / 2);
     return {redAt(input.texture, y * w + x, w), redAt(input.texture, chroma, w), redAt(input.texture, chroma + 1, w)};
 }
 

@@ -39,7 +39,6 @@ int     doLumaKey
 float   lumaKey_white
 float   lumaKey_black
 float   lumaKey_softness
-int     doBlendMethod
 vec4    clearedColor                  // what the target holds, for the pass without blending
 float   targetY = -1                  // -1: the target keeps its top row first; 1: its bottom row
 
@@ -48,49 +47,49 @@ float   targetY = -1                  // -1: the target keeps its top row first;
 pass quad blended
     blend color src_alpha inv_src_alpha
     blend alpha src_alpha dst_alpha
-    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 doBlendMethod=0 // RGBA
+    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 // RGBA
 
 // The same over a target that was just cleared, which costs a third: the colour is known, so the shader blends.
 pass quad replaced
-    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // I420
-    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YV12
-    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV12
-    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // NV21
-    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YUY2
-    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // YVYU
-    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // UYVY
-    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // VYUY
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 doBlendMethod=0 // RGBA
-    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 doBlendMethod=0 // RGBA
+    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
+    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
+    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
+    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
+    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
+    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
+    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
+    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 // RGBA
 
 [common]
 const int VLC_CODEC_I420 = 808596553;
@@ -121,9 +120,12 @@ float byteAt(int position, int rowTexels)
     return texelFetch(sampler0, ivec2(column, row), 0).r;
 }
 
+// A picture of odd height has a last row without a chroma row of its own in the texture: it takes that above.
+int chromaRow(int y) { return min(y / 2, max(int(height) / 2 - 1, 0)); }
+
 vec3 planar(int x, int y)
 {
-    int chroma = (y / 2) * int_input_width + x / 2;
+    int chroma = chromaRow(y) * int_input_width + x / 2;
     return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
                 byteAt(int_v_plane_offset + chroma, int_input_width),
                 byteAt(int_u_plane_offset + chroma, int_input_width));
@@ -131,7 +133,7 @@ vec3 planar(int x, int y)
 
 vec3 semiPlanar(int x, int y)
 {
-    int chroma = int_u_plane_offset + 2 * ((y / 2) * (int_input_width / 2) + x / 2);
+    int chroma = int_u_plane_offset + 2 * (chromaRow(y) * (int_input_width / 2) + x / 2);
     return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
                 byteAt(chroma, int_input_width),
                 byteAt(chroma + 1, int_input_width));

@@ -14,18 +14,12 @@ vec2    StretchDirect            // which way; 0 0 from the middle, 0.5 0.5 towa
 
 [technique Transprocess]
 pass quad transition
-    variant transitionType=46 texelExact=1 // stretch_Left
-    variant transitionType=46 texelExact=0
-    variant transitionType=47 texelExact=1 // stretch_Right
-    variant transitionType=47 texelExact=0
-    variant transitionType=48 texelExact=1 // stretch_Top
-    variant transitionType=48 texelExact=0
-    variant transitionType=49 texelExact=1 // stretch_Bottom
-    variant transitionType=49 texelExact=0
-    variant transitionType=50 texelExact=1 // stretch_Center_Inner_AOut
-    variant transitionType=50 texelExact=0
-    variant transitionType=51 texelExact=1 // stretch_Center_Inner_BIn
-    variant transitionType=51 texelExact=0
+    variant transitionType=46 // stretch_Left
+    variant transitionType=47 // stretch_Right
+    variant transitionType=48 // stretch_Top
+    variant transitionType=49 // stretch_Bottom
+    variant transitionType=50 // stretch_Center_Inner_AOut
+    variant transitionType=51 // stretch_Center_Inner_BIn
 
 [common]
 const int TavloSwitchEffectKind_stretch_Left = 46;
@@ -48,45 +42,49 @@ out vec4 color;
 vec4 oldAt(vec2 at) { return textureLod(sampler0, at, 0.0); }
 vec4 newAt(vec2 at) { return textureLod(sampler1, at, 0.0); }
 
-// The pictures where they stand: one texel load instead of four where the sizes allow it.
-vec4 oldHere() { return texelExact != 0 ? texelFetch(sampler0, ivec2(gl_FragCoord.xy), 0) : oldAt(uv); }
-vec4 newHere() { return texelExact != 0 ? texelFetch(sampler1, ivec2(gl_FragCoord.xy), 0) : newAt(uv); }
-
-// Two pictures beside each other, both squeezed; `place` runs across them and the first ends at `border`.
-vec4 beside(bool newFirst, bool alongY, float border)
+// Where the picture that shows here is read, and whether it is the new one. One place for all directions: each picture is
+// then sampled once, where a renderer that runs both sides of a branch would sample it for every direction.
+struct Shown
 {
+    vec2 at;
+    bool isNew;
+};
+
+// Two pictures beside each other, both squeezed; the new one leads where the direction is negative.
+Shown beside(float p)
+{
+    bool alongY = StretchDirect.x == 0.0;
+    bool newFirst = StretchDirect.x + StretchDirect.y < 0.0;
+    float border = newFirst ? p : 1.0 - p;
     float place = alongY ? uv.y : uv.x;
     bool first = place < border;
     float squeezed = first ? place / border : (place - border) / (1.0 - border);
-    vec2 at = alongY ? vec2(uv.x, squeezed) : vec2(squeezed, uv.y);
-    return first == newFirst ? newAt(at) : oldAt(at);
+    return Shown(alongY ? vec2(uv.x, squeezed) : vec2(squeezed, uv.y), first == newFirst);
 }
 
-bool isInBox(float size, out vec2 at)
+// A picture scaled to a box in the middle, the other one around it: the new one grows, or the old one shrinks.
+Shown inMiddle(float p)
 {
-    float low = 0.5 - size * 0.5;
-    float high = 0.5 + size * 0.5;
-    at = (uv - vec2(low)) / size;
-    return uv.x > low && uv.x < high && uv.y > low && uv.y < high;
+    bool newGrows = StretchDirect == vec2(0.0);
+    float size = newGrows ? p : 1.0 - p;
+    vec2 at = (uv - 0.5) / size + 0.5;
+    bool inside = at.x > 0.0 && at.x < 1.0 && at.y > 0.0 && at.y < 1.0;
+    return Shown(inside ? at : uv, inside == newGrows);
 }
 
 vec4 transition(float p)
 {
-    if (transitionType < TavloSwitchEffectKind_stretch_Left ||
-        transitionType > TavloSwitchEffectKind_stretch_Center_Inner_BIn)
-        return oldHere();
-    vec2 at;
-    if (StretchDirect == vec2(-1.0, 0.0))
-        return beside(true, false, p);
-    if (StretchDirect == vec2(1.0, 0.0))
-        return beside(false, false, 1.0 - p);
-    if (StretchDirect == vec2(0.0, -1.0))
-        return beside(true, true, p);
-    if (StretchDirect == vec2(0.0, 1.0))
-        return beside(false, true, 1.0 - p);
-    if (StretchDirect == vec2(0.0))
-        return isInBox(p, at) ? newAt(at) : oldHere();
-    return isInBox(1.0 - p, at) ? oldAt(at) : newHere();
+    bool toMiddle = StretchDirect.x == StretchDirect.y;
+    Shown shown = beside(p);
+    if (toMiddle)
+        shown = inMiddle(p);
+    vec4 old = oldAt(shown.at);
+    return shown.isNew ? newAt(shown.at) : old;
 }
 
-void main() { color = transitionProgress > 0.0 ? transition(transitionProgress) : oldHere(); }
+void main()
+{
+    bool stretches = transitionType >= TavloSwitchEffectKind_stretch_Left &&
+                     transitionType <= TavloSwitchEffectKind_stretch_Center_Inner_BIn;
+    color = stretches && transitionProgress > 0.0 ? transition(transitionProgress) : oldAt(uv);
+}

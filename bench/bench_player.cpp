@@ -1,0 +1,91 @@
+// What it costs to bring a clip's pictures into the pool, against the `ffmpeg` command that decodes the same file into
+// nothing, in the same run: processor time for each picture.
+
+#include "support/PlayerSink.h"
+#include "support/TestClips.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+namespace {
+
+using namespace tavlo::test;
+
+constexpr int frames = 125;
+
+/// Seconds of processor time.
+double used(int who)
+{
+    rusage usage{};
+    getrusage(who, &usage);
+    const auto seconds = [](const timeval& t) {
+        return static_cast<double>(t.tv_sec) + static_cast<double>(t.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+QString clip(int width, int height)
+{
+    ClipForm form;
+    form.width = width;
+    form.height = height;
+    form.frames = frames;
+    form.sound = false;
+    form.options = QStringLiteral("-c:v libx264 -preset veryfast -b:v 4M").split(u' ');
+    return clipFile(form);
+}
+
+double decodeAlone(const QString& path)
+{
+    const double before = used(RUSAGE_CHILDREN);
+    runFfmpeg({QStringLiteral("-i"), path, QStringLiteral("-f"), QStringLiteral("null"), QStringLiteral("-")});
+    return used(RUSAGE_CHILDREN) - before;
+}
+
+/// \param shown  pictures that came to the sink
+double play(const QString& path, size_t& shown)
+{
+    const double before = used(RUSAGE_SELF);
+    PlayerStage stage;
+    stage.sink.readsPictures = false;
+    stage.player->setRate(2);
+    stage.play({path});
+    stage.sink.waitForState({TavloSourcePlayerStateEnded, 0});
+    stage.player->stop();
+    shown = stage.sink.pictures.size();
+    return used(RUSAGE_SELF) - before;
+}
+
+void playClip(benchmark::State& state)
+{
+    const QString path = clip(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+    double alone = 0.0, played = 0.0;
+    size_t pictures = 0;
+    for (auto _ : state) {
+        size_t shown = 0;
+        alone += decodeAlone(path);
+        played += play(path, shown);
+        pictures += shown;
+    }
+    const double count = static_cast<double>(state.iterations()) * frames;
+    state.counters["ffmpeg_ms"] = alone * 1000 / count;
+    state.counters["player_ms"] = played * 1000 / count;
+    state.counters["factor"] = played / alone;
+    state.counters["shown"] = static_cast<double>(pictures) / count;
+}
+
+BENCHMARK(playClip)->Args({1280, 720})->Args({1920, 1080})->Iterations(3)->Unit(benchmark::kSecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,149 @@
+#include "output/TavloPresentOutputTargetNodeTransformDispatch.h"
+
+#include "base/Log.h"
+#include "base/TavloUtil.h"
+
+#include <QDebug>
+
+#include <utility>
+
+using namespace tavlo;
+
+namespace {
+
+using Node = TavloPresentOutputTargetNodeTransformDispatch;
+
+constexpr quint32 yuy2Format = 107;
+constexpr quint32 uyvy = tavloFourcc("UYVY");
+
+bool isProjection(int type) { return type >= TavloPresentOutputTypeHDMI0; }
+
+std::unique_ptr<TavloPresentOutputTargetNodeOutputRaw> makeLeaf(int type, const tagTavloPresentOutputParam& param)
+{
+    if (isProjection(type))
+        return std::make_unique<TavloPresentOutputTargetNodeOutputRawHDMI>(param, type - TavloPresentOutputTypeHDMI0);
+    if (type == TavloPresentOutputTypeNDI)
+        return std::make_unique<TavloPresentOutputTargetNodeOutputRawNDI>(param);
+    if (type == TavloPresentOutputTypeDecklink)
+        return std::make_unique<TavloPresentOutputTargetNodeOutputRawDecklink>(param);
+    return nullptr;
+}
+
+} // namespace
+
+Node::TavloPresentOutputTargetNodeTransformDispatch(OutputConversion conversion)
+    : TavloPresentOutputTargetNodeProcessMemConvert(yuy2Format, uyvy, conversion)
+{}
+
+Node::~TavloPresentOutputTargetNodeTransformDispatch() = default;
+
+void Node::onThreadEvent(OutputEvent& event)
+{
+    switch (event.id) {
+    case OutputEventId::StartOutput:
+        onHandle_startOutput(event.index, event.type, *event.param);
+        break;
+    case OutputEventId::StopOutput:
+        removeLeaf(event.type);
+        break;
+    default:
+        TavloPresentOutputTargetNodeProcessMemConvert::onThreadEvent(event);
+    }
+}
+
+void Node::onThreadEnd()
+{
+    for (int type = 0; type < TavloPresentOutputTypeCount; ++type)
+        removeLeaf(type);
+    TavloPresentOutputTargetNodeProcessMemConvert::onThreadEnd();
+}
+
+void Node::onHandle_startOutput(int, int type, const tagTavloPresentOutputParam& param)
+{
+    removeLeaf(type);
+    std::unique_ptr<Leaf> leaf = makeLeaf(type, param);
+    if (!leaf) {
+        qDebug() << "no support output type : " << type;
+        return;
+    }
+    preparePool();
+    if (!leaf->create(_index, _name, _videoInfo, _audioInfo, _device, _context, _texture, _textureDesc)) {
+        leaf->destroy();
+        logFailure(
+            {"impl\\TavloPresentOutputTarget", "TavloPresentOutputTargetNodeTransformDispatch::onHandle_startOutput"},
+            QStringLiteral("failed to _outputNodes[type]->create"));
+        return;
+    }
+    const std::unique_lock guard(_nodesLock);
+    (isProjection(type) ? _hdmiNodes : _rawNodes).push_back(leaf.get());
+    _outputNodes[static_cast<size_t>(type)] = std::move(leaf);
+    _leafCount.fetch_add(1);
+}
+
+void Node::removeLeaf(int type)
+{
+    std::unique_ptr<Leaf> leaf;
+    {
+        const std::unique_lock guard(_nodesLock);
+        leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
+        std::erase(_hdmiNodes, leaf.get());
+        std::erase(_rawNodes, leaf.get());
+    }
+    if (!leaf)
+        return;
+    _leafCount.fetch_sub(1);
+    leaf->destroy();
+}
+
+void Node::onHandle_video(picture_t* picture, bool flip)
+{
+    const std::shared_lock guard(_nodesLock);
+    for (Leaf* leaf : _hdmiNodes)
+        leaf->onVideo(picture, picture->p[0].p_pixels, picture->p[0].i_pitch, picture->date);
+    if (_rawNodes.empty())
+        return;
+    int stride = 0;
+    const quint8* const data = asUyvy(picture, flip, stride);
+    if (!data)
+        return;
+    for (Leaf* leaf : _rawNodes)
+        leaf->onVideo(nullptr, data, stride, picture->date);
+}
+
+const quint8* Node::asUyvy(picture_t* picture, bool flip, int& stride)
+{
+    const picture_t* result = picture;
+    if (picture->format.i_chroma != uyvy) {
+        if (!_converter.isOpen() || !convertPicture())
+            return nullptr;
+        _converter.convert(picture, convertPicture());
+        result = convertPicture();
+    }
+    if (flip) {
+        if (!targetPicture())
+            return nullptr;
+        TavloUtil::picture_CopyPixels(targetPicture(), result, true);
+        result = targetPicture();
+    }
+    stride = result->p[0].i_pitch;
+    return result->p[0].p_pixels;
+}
+
+void Node::onHandle_audio(block_t* block)
+{
+    const std::shared_lock guard(_nodesLock);
+    for (Leaf* leaf : _hdmiNodes)
+        leaf->onAudio(block);
+    for (Leaf* leaf : _rawNodes)
+        leaf->onAudio(block);
+}
+
+void Node::getStatistics(tagTavloOutputStatistics* statistics)
+{
+    TavloPresentOutputTargetNodeProcessMemConvert::getStatistics(statistics);
+    const std::shared_lock guard(_nodesLock);
+    for (Leaf* leaf : _hdmiNodes)
+        leaf->getStatistics(statistics);
+    for (Leaf* leaf : _rawNodes)
+        leaf->getStatistics(statistics);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "sources/TavloPresentSource.h"
+
+/// Base of the sources that decode: what they draw needs no clear of the channel between two pictures.
+class TavloPresentSourceMedia : public TavloPresentSource
+{
+    Q_OBJECT
+
+public:
+    using TavloPresentSource::TavloPresentSource;
+
+    bool openSource(const tagTavloPresentSourceInfo& info) override;
+    void closeSource() override;
+
+protected:
+    ~TavloPresentSourceMedia() override = default;
+
+    /// Guards `_mediaFormat`.
+    QReadWriteLock _mediaLock;
+    tagTavloMediaFormatInfo _mediaFormat; ///< what the decoder delivers
+};

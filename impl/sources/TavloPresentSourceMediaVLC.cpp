@@ -1,0 +1,287 @@
+#include "sources/TavloPresentSourceMediaVLC.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+using namespace tavlo;
+
+TavloPresentSourceMediaVLC::TavloPresentSourceMediaVLC(const SourceSite& site)
+    : TavloPresentSourceMedia(site), _playerHelper("TavloCommonModule", "CreateTavloSourcePlayer")
+{
+    if (_playerHelper.create())
+        _playerHelper->setSink(this);
+}
+
+TavloPresentSourceMediaVLC::~TavloPresentSourceMediaVLC()
+{
+    _playerHelper.destroy(); // its threads call this object
+    forgetWaiting();
+}
+
+bool TavloPresentSourceMediaVLC::openSource(const tagTavloPresentSourceInfo& info)
+{
+    if (!TavloPresentSourceMedia::openSource(info))
+        return false;
+    qDebug() << "use d3d resource to copy texture";
+    return true;
+}
+
+void TavloPresentSourceMediaVLC::closeSource()
+{
+    forgetWaiting();
+    TavloPresentSourceMedia::closeSource();
+}
+
+IUnknownEx* TavloPresentSourceMediaVLC::queryInterface(const TavloInterfaceId& id, quint32 version)
+{
+    if (id == ITavloSourcePlayerSink::interfaceId && acceptsInterfaceVersion(version))
+        return static_cast<ITavloSourcePlayerSink*>(this);
+    return TavloPresentSourceMedia::queryInterface(id, version);
+}
+
+void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps&)
+{
+    Waiting next = takeWaiting();
+    if (!next.picture)
+        return; // the channel keeps what it shows
+    if (next.commandList)
+        _site.context->executeCommandList(std::move(next.commandList));
+    _videoClock = next.picture->date;
+    const PooledPicture& pooled = *pooledPicture(*next.picture);
+    const video_format_t& format = next.picture->format;
+    drawPicture(format.i_chroma, QSizeF(format.i_width, format.i_height),
+                {pooled.planeOffset[0], pooled.planeOffset[1]}, pooled.texture, false);
+    picture_Release(next.picture);
+    _drawRate.Deliver(1);
+}
+
+// The pictures' way from the player's thread to the frame thread
+
+bool TavloPresentSourceMediaVLC::takesPicture()
+{
+    const std::lock_guard guard(_pictureMutex);
+    return _waitingCount < waitingLimit && _channel.load();
+}
+
+TavloPresentSourceMediaVLC::Waiting TavloPresentSourceMediaVLC::takeWaiting()
+{
+    const std::lock_guard guard(_pictureMutex);
+    if (_waitingCount == 0)
+        return {};
+    Waiting oldest = std::exchange(_waiting[0], {});
+    std::rotate(_waiting.begin(), _waiting.begin() + 1, _waiting.end());
+    --_waitingCount;
+    return oldest;
+}
+
+void TavloPresentSourceMediaVLC::forgetWaiting()
+{
+    for (Waiting waiting = takeWaiting(); waiting.picture; waiting = takeWaiting())
+        picture_Release(waiting.picture);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& videoInfo)
+{
+    videoInfo.chroma = drawableChroma(chroma);
+    const QWriteLocker locker(&_mediaLock);
+    _mediaFormat.videoInfo = videoInfo;
+    const auto width = static_cast<int>(videoInfo.sourceWidth), height = static_cast<int>(videoInfo.sourceHeight);
+    video_format_Setup(&_videoFormat, videoInfo.chroma, width, height, width, height, 1, 1);
+    _statistics.width = static_cast<quint32>(width);
+    _statistics.height = static_cast<quint32>(height);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
+{
+    _picturePool.reset();
+    if (_site.deferredContext)
+        _site.deferredContext->detach(); // another run may come on another thread
+    const QWriteLocker locker(&_mediaLock);
+    _mediaFormat.videoInfo.chroma = 0;
+    _statistics.width = 0;
+    _statistics.height = 0;
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
+{
+    const QWriteLocker locker(&_mediaLock);
+    _mediaFormat.audioInfo = audioInfo;
+    _statistics.audioSampleRate = static_cast<quint32>(audioInfo.sampleRate);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStop()
+{
+    const QWriteLocker locker(&_mediaLock);
+    _mediaFormat.audioInfo.audioFourcc = 0;
+}
+
+picture_pool_t* TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
+{
+    *count = PicturePool::pictureCount;
+    return _picturePool.create(
+        _videoFormat, *_site.device, *_site.deferredContext,
+        [](void* owner) { return static_cast<TavloPresentSourceMediaVLC*>(owner)->takesPicture(); }, this);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
+{
+    _decodeRate.Deliver(1);
+    PooledPicture* const pooled = pooledPicture(*picture);
+    if (!pooled) {
+        qDebug() << "picture->p_sys == nullptr ??";
+        return;
+    }
+    if (!pooled->mapped)
+        return; // it went into plain memory: nobody wanted it
+    _site.deferredContext->unmap(pooled->texture);
+    pooled->mapped = false;
+    graphics::CommandListPtr commandList = _site.deferredContext->finishCommandList();
+
+    const std::lock_guard guard(_pictureMutex);
+    if (_waitingCount == waitingLimit || !_channel.load())
+        return;
+    _waiting[_waitingCount++] = {picture_Hold(picture), std::move(commandList)};
+}
+
+// The sound's way, on the player's audio thread
+
+block_t* TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioSample(quint32 tag, block_t* block,
+                                                                      tagTavloAudioInfo& audioInfo)
+{
+    if (!_channel.load() || !block)
+        return block;
+    return deliverAudio(static_cast<int>(tag), block, audioInfo);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioFlush(bool discard)
+{
+    ITavloPresentChannelSource* const channel = _channel;
+    if (ITavloPresentEnginePrivate* const engine = _engine; engine && channel)
+        engine->audioFlush(channel->channelIndex(), discard);
+}
+
+qint32 TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioTime(qint64* time)
+{
+    *time = 0;
+    ITavloPresentChannelSource* const channel = _channel;
+    ITavloPresentEnginePrivate* const engine = _engine;
+    return engine && channel ? engine->audioTime(channel->channelIndex(), *time) : -1;
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioPause(qint64 time)
+{
+    ITavloPresentChannelSource* const channel = _channel;
+    if (ITavloPresentEnginePrivate* const engine = _engine; engine && channel)
+        engine->audioPause(channel->channelIndex(), time);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioResume(qint64 time)
+{
+    ITavloPresentChannelSource* const channel = _channel;
+    if (ITavloPresentEnginePrivate* const engine = _engine; engine && channel)
+        engine->audioResume(channel->channelIndex(), time);
+}
+
+void TavloPresentSourceMediaVLC::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32 count)
+{
+    ITavloPresentChannelSource* const channel = _channel;
+    if (ITavloPresentEnginePrivate* const engine = _engine; engine && channel)
+        engine->sourceStateChanged(channel->channelIndex(), state, index, count);
+}
+
+// The host's hands on the player. Any thread
+
+void TavloPresentSourceMediaVLC::play()
+{
+    if (player())
+        player()->play(&_playerInfo, &_outputFormat, 0);
+}
+
+void TavloPresentSourceMediaVLC::stop()
+{
+    if (player())
+        player()->stop();
+}
+
+void TavloPresentSourceMediaVLC::pause()
+{
+    if (player())
+        player()->pause();
+}
+
+void TavloPresentSourceMediaVLC::transportA(qint64 value)
+{
+    if (player())
+        player()->transportA(value, 0);
+}
+
+void TavloPresentSourceMediaVLC::transportB(qint64 value)
+{
+    if (player())
+        player()->transportB(value, 0);
+}
+
+float TavloPresentSourceMediaVLC::getRate() { return player() ? player()->rate() : 1.0F; }
+
+void TavloPresentSourceMediaVLC::setRate(float rate)
+{
+    if (player())
+        player()->setRate(rate);
+}
+
+void TavloPresentSourceMediaVLC::transportC(qint64 value)
+{
+    if (player())
+        player()->transportC(value, 0);
+}
+
+void TavloPresentSourceMediaVLC::getLength(qint64& milliseconds)
+{
+    milliseconds = 1;
+    if (player())
+        player()->length(&milliseconds);
+}
+
+void TavloPresentSourceMediaVLC::getTime(qint64& milliseconds)
+{
+    milliseconds = 0;
+    if (player())
+        player()->time(&milliseconds);
+}
+
+void TavloPresentSourceMediaVLC::setTime(qint64 milliseconds)
+{
+    if (player())
+        player()->setTime(milliseconds);
+}
+
+void TavloPresentSourceMediaVLC::getPosition(qint64& position)
+{
+    position = 0;
+    if (player())
+        player()->position(&position);
+}
+
+void TavloPresentSourceMediaVLC::setPosition(qint64 position)
+{
+    if (player())
+        player()->setPosition(position);
+}
+
+quint32 TavloPresentSourceMediaVLC::getState() { return player() ? static_cast<quint32>(player()->state()) : 0; }
+
+quint32 TavloPresentSourceMediaVLC::getItemCount()
+{
+    return player() ? static_cast<quint32>(player()->itemCount()) : 1;
+}
+
+quint32 TavloPresentSourceMediaVLC::getItemIndex()
+{
+    return player() ? static_cast<quint32>(player()->itemIndex()) : 0;
+}
+
+ICloudTourControl* TavloPresentSourceMediaVLC::getCloudTourControl()
+{
+    return player() && player()->isValid() ? player()->cloudTourControl() : nullptr;
+}

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "TavloCommonModule/player/ITavloSourcePlayer.h"
+#include "base/CTempldateHelper.h"
+#include "sources/PicturePool.h"
+#include "sources/TavloPresentSourceMedia.h"
+
+#include <array>
+#include <mutex>
+
+using CTavloSourcePlayerHelper = CTempldateHelper<ITavloSourcePlayer>;
+
+/// Base of all sources that a player plays.
+///
+/// The player writes decoded pictures into textures in place and reports them; the frame thread draws the oldest that
+/// waits. Two may wait: a decoder that is a moment early loses nothing. Neither waits for the other. The player's
+/// threads call what ITavloSourcePlayerSink lists.
+class TavloPresentSourceMediaVLC : public TavloPresentSourceMedia, public ITavloSourcePlayerSink
+{
+    Q_OBJECT
+
+public:
+    explicit TavloPresentSourceMediaVLC(const tavlo::SourceSite& site);
+
+    bool openSource(const tagTavloPresentSourceInfo& info) override;
+    void closeSource() override;
+    void drawFrame(TavloDrawDX11& draw, const tavlo::FrameStamps& stamps) override;
+
+    // IUnknownEx
+    bool isValid() override { return TavloPresentSourceMedia::isValid(); }
+    void destroy() override { TavloPresentSourceMedia::destroy(); }
+    IUnknownEx* queryInterface(const TavloInterfaceId& id, quint32 version) override;
+
+    // ITavloPresentSource: the player's
+    void play() override;
+    void stop() override;
+    void pause() override;
+    void transportA(qint64 value) override;
+    void transportB(qint64 value) override;
+    float getRate() override;
+    void setRate(float rate) override;
+    void transportC(qint64 value) override;
+    void getLength(qint64& milliseconds) override;
+    void getTime(qint64& milliseconds) override;
+    void setTime(qint64 milliseconds) override;
+    void getPosition(qint64& position) override;
+    void setPosition(qint64 position) override;
+    quint32 getState() override;
+    quint32 getItemCount() override;
+    quint32 getItemIndex() override;
+    ICloudTourControl* getCloudTourControl() override;
+
+    // ITavloSourcePlayerSink
+    void OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& videoInfo) override;
+    void OnMediaSourcePlayerDoVideoStop() override;
+    void OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo) override;
+    void OnMediaSourcePlayerDoAudioStop() override;
+    picture_pool_t* OnMediaSourcePlayerDoVideoSamplePool(quint32* count) override;
+    void OnMediaSourcePlayerDoVideoSample(quint32 tag, picture_t* picture) override;
+    block_t* OnMediaSourcePlayerDoAudioSample(quint32 tag, block_t* block, tagTavloAudioInfo& audioInfo) override;
+    void OnMediaSourcePlayerDoAudioFlush(bool discard) override;
+    qint32 OnMediaSourcePlayerDoAudioTime(qint64* time) override;
+    void OnMediaSourcePlayerDoAudioPause(qint64 time) override;
+    void OnMediaSourcePlayerDoAudioResume(qint64 time) override;
+    void OnMediaSourcePlayerState(qint32 state, qint32 index, qint32 count) override;
+
+protected:
+    ~TavloPresentSourceMediaVLC() override;
+
+    /// The player, or null when its module is missing.
+    ITavloSourcePlayer* player() const { return _playerHelper.get(); }
+
+    tagTavloSourcePlayerInfo _playerInfo; ///< what is played; fixed from openSource on
+
+private:
+    /// A picture on its way to the frame thread, and the writing that shows it.
+    struct Waiting
+    {
+        picture_t* picture = nullptr;
+        tavlo::graphics::CommandListPtr commandList;
+    };
+
+    static constexpr std::size_t waitingLimit = 2;
+
+    bool takesPicture();
+    Waiting takeWaiting();
+    void forgetWaiting();
+
+    CTavloSourcePlayerHelper _playerHelper;
+
+    // player's video thread
+    tavlo::PicturePool _picturePool;
+    video_format_t _videoFormat{};
+
+    // guarded by _pictureMutex
+    std::mutex _pictureMutex;
+    std::array<Waiting, waitingLimit> _waiting; ///< the oldest first
+    std::size_t _waitingCount = 0;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <tavlo/IUnknownEx.h>
+
+#include <QString>
+
+/// Plays pictures and sound on a Decklink card. Made by `CreateTavloDecklinkOutput`. Owner's thread.
+class ITavloDecklinkOutput : public IUnknownEx
+{
+public:
+    static constexpr TavloInterfaceId interfaceId{0x7ba95f06, 0x3ec2, 0x4814, 0x95, 0xd8, 0xe6,
+                                                  0x27,       0x4c,   0xb0,   0x13, 0x8f};
+
+    /// False when the card or its mode is missing. \param mode  such as "1080p25"
+    virtual bool open(quint32 device, const QString& mode, const QString& connection, quint32 reserved) = 0;
+
+    /// A picture in UYVY of the mode's size. \param stride, size  bytes \param pts, dts  microseconds
+    virtual void writeVideo(const quint8* data, int stride, int size, qint64 pts, qint64 dts) = 0;
+
+    /// Interleaved samples. \param size  bytes \param pts, dts  microseconds \param flag  1
+    virtual void writeAudio(const quint8* data, int size, qint64 pts, qint64 dts, int flag) = 0;
+
+    /// Of the mode, pixels.
+    virtual int getWidth() = 0;
+    virtual int getHeight() = 0;
+
+    virtual void close() = 0;
+
+protected:
+    ~ITavloDecklinkOutput() = default;
+};

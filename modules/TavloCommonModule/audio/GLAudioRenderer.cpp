@@ -1,0 +1,73 @@
+#include "TavloCommonModule/audio/GLAudioRenderer.h"
+
+#include "TavloCommonModule/audio/GLAudioDeviceContext.h"
+#include "TavloCommonModule/audio/MixInput.h"
+#include "shared/ModuleFactory.h"
+
+#include <tavlo/Export.h>
+
+GLAudioRenderer::~GLAudioRenderer() { release(); }
+
+bool GLAudioRenderer::create(IGLAudioDeviceContext* context)
+{
+    release();
+    _context = static_cast<GLAudioDeviceContext*>(context);
+    if (_context)
+        _input = _context->addInput();
+    return _input != nullptr;
+}
+
+void GLAudioRenderer::release()
+{
+    if (_input)
+        _context->removeInput(_input);
+    _input.reset();
+    _context = nullptr;
+}
+
+bool GLAudioRenderer::write(const void* data, int length, int channels, int bits, int rate)
+{
+    const int known = bits == 8 || bits == 16 ? bits : 0; // 32 bits need not be floats
+    return _input && _input->write(data, length, {channels, known, rate});
+}
+
+void GLAudioRenderer::listen()
+{
+    if (_input)
+        _input->listen();
+}
+
+void GLAudioRenderer::setALSourceVolume(float volume)
+{
+    if (_input && volume >= 0.0F)
+        _input->setVolume(volume);
+}
+
+void GLAudioRenderer::flush(bool now)
+{
+    if (_input)
+        _input->flush(now);
+}
+
+int GLAudioRenderer::getTime(qint64* time)
+{
+    *time = _input ? _input->playedMicroseconds() : 0;
+    return _input ? 0 : -1;
+}
+
+void GLAudioRenderer::pause(qint64)
+{
+    if (_input)
+        _input->pause(true);
+}
+
+void GLAudioRenderer::resume(qint64)
+{
+    if (_input)
+        _input->pause(false);
+}
+
+extern "C" TAVLO_EXPORT IUnknownEx* CreateTavloGLAudioRenderer(const TavloInterfaceId& id, quint32 version)
+{
+    return tavlo::makeForModule<GLAudioRenderer>(id, version);
+}

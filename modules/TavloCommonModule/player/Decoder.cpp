@@ -1,0 +1,140 @@
+#include "TavloCommonModule/player/Decoder.h"
+
+extern "C" {
+#include <libavutil/hwcontext.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <QDebug>
+#include <QThread>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace tavlo {
+namespace {
+
+constexpr int mostThreads = 4; // many sources decode side by side
+
+bool isSame(const AVCodecParameters& a, const AVCodecParameters& b)
+{
+    const bool sameExtra =
+        a.extradata_size == b.extradata_size &&
+        (a.extradata_size == 0 || std::memcmp(a.extradata, b.extradata, static_cast<size_t>(a.extradata_size)) == 0);
+    return a.codec_id == b.codec_id && a.codec_tag == b.codec_tag && a.format == b.format && a.width == b.width &&
+           a.height == b.height && a.sample_rate == b.sample_rate &&
+           a.ch_layout.nb_channels == b.ch_layout.nb_channels && sameExtra;
+}
+
+} // namespace
+
+bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool live)
+{
+    if (_context && isSame(*_stream->parameters, *stream->parameters)) {
+        flush();
+        _stream = std::move(stream);
+        return true;
+    }
+    close();
+    _stream = std::move(stream);
+    if (!_frame)
+        _frame.reset(av_frame_alloc());
+    const AVCodec* const codec = avcodec_find_decoder(_stream->parameters->codec_id);
+    const QString name = QString::fromUtf8(avcodec_get_name(_stream->parameters->codec_id));
+    _context.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
+    if (!_context || avcodec_parameters_to_context(_context.get(), _stream->parameters) < 0) {
+        qDebug().noquote() << "player: no decoder for" << name;
+        _context.reset();
+        return false;
+    }
+    _context->pkt_timebase = microsecondBase;
+    _context->thread_count = std::clamp(QThread::idealThreadCount(), 1, mostThreads);
+    if (live)
+        _context->thread_type = FF_THREAD_SLICE; // threads of whole frames would hold one back each
+    _context->max_pixels = int64_t{8192} * 8192;
+    if (hardware && _context->codec_type == AVMEDIA_TYPE_VIDEO)
+        chooseHardware(*codec);
+    const int result = avcodec_open2(_context.get(), codec, nullptr);
+    if (result < 0) {
+        qDebug().noquote() << "player: failed to open the decoder for" << name << "-" << ffmpegError(result);
+        _context.reset();
+    }
+    return _context != nullptr;
+}
+
+/// The first of the known interfaces that the codec and this machine have.
+void Decoder::chooseHardware(const AVCodec& codec)
+{
+    constexpr std::array types{AV_HWDEVICE_TYPE_VAAPI, AV_HWDEVICE_TYPE_CUDA};
+    for (const AVHWDeviceType type : types) {
+        for (int i = 0; const AVCodecHWConfig* config = avcodec_get_hw_config(&codec, i); ++i) {
+            if (config->device_type != type || !(config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX))
+                continue;
+            AVBufferRef* device = nullptr;
+            if (av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0) < 0)
+                break;
+            _device.reset(device);
+            _deviceFormat = config->pix_fmt;
+            _context->hw_device_ctx = av_buffer_ref(device);
+            _context->opaque = this;
+            _context->get_format = [](AVCodecContext* context, const AVPixelFormat* offered) {
+                const AVPixelFormat wanted = static_cast<const Decoder*>(context->opaque)->_deviceFormat;
+                const AVPixelFormat* choice = offered;
+                while (*choice != AV_PIX_FMT_NONE && *choice != wanted)
+                    ++choice;
+                return *choice != AV_PIX_FMT_NONE ? wanted : avcodec_default_get_format(context, offered);
+            };
+            if (!std::exchange(_hardwareTold, true))
+                qDebug().noquote() << "player: decoding" << codec.name << "with" << av_hwdevice_get_type_name(type);
+            return;
+        }
+    }
+    if (!std::exchange(_hardwareTold, true))
+        qDebug().noquote() << "player: no graphics processor decodes" << codec.name << "here, decoding in software";
+}
+
+void Decoder::close()
+{
+    _context.reset();
+    _device.reset();
+    _stream.reset();
+}
+
+void Decoder::flush()
+{
+    if (_context)
+        avcodec_flush_buffers(_context.get());
+}
+
+void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
+{
+    if (!_context || !_frame)
+        return;
+    // What cannot be decoded is left out: the decoder finds its way back into the stream by itself.
+    if (avcodec_send_packet(_context.get(), packet) < 0 && packet)
+        return;
+    bool wanted = true;
+    while (wanted && avcodec_receive_frame(_context.get(), _frame.get()) >= 0) {
+        if (AVFrame* const frame = inMainMemory())
+            wanted = take(*frame);
+        av_frame_unref(_frame.get());
+    }
+    if (!packet || !wanted)
+        flush();
+}
+
+AVFrame* Decoder::inMainMemory()
+{
+    if (_deviceFormat == AV_PIX_FMT_NONE || _frame->format != _deviceFormat)
+        return _frame.get();
+    if (!_fetched)
+        _fetched.reset(av_frame_alloc());
+    av_frame_unref(_fetched.get());
+    if (av_hwframe_transfer_data(_fetched.get(), _frame.get(), 0) < 0)
+        return nullptr;
+    av_frame_copy_props(_fetched.get(), _frame.get());
+    return _fetched.get();
+}
+
+} // namespace tavlo

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "TavloCommonModule/player/Segment.h"
+
+#include <functional>
+
+namespace tavlo {
+
+/// Packets in, frames out. A stream's thread.
+class Decoder
+{
+public:
+    /// Takes a frame, which is the decoder's again afterwards. False ends the decoding of the packet.
+    using TakeFrame = std::function<bool(AVFrame&)>;
+
+    /// Begins with a stream; the same one as before goes on with the decoder that there is. False, with a log line,
+    /// when no decoder can take it.
+    /// \param hardware  on the graphics processor where there is one that can; the log says what came of it
+    /// \param live      as soon as possible rather than on as many processors as possible
+    bool open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool live);
+
+    void close();
+
+    /// Forgets what was put in.
+    void flush();
+
+    /// \param packet  null at the end of a stream: what is held back comes out, and the decoder can begin anew
+    void decode(const AVPacket* packet, const TakeFrame& take);
+
+private:
+    void chooseHardware(const AVCodec& codec);
+    AVFrame* inMainMemory();
+
+    std::shared_ptr<const StreamInfo> _stream;
+    CodecPtr _context;
+    BufferRefPtr _device;
+    AVPixelFormat _deviceFormat = AV_PIX_FMT_NONE;
+    FramePtr _frame;
+    FramePtr _fetched; ///< from the graphics processor
+    bool _hardwareTold = false;
+};
+
+} // namespace tavlo

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <map>
+#include <optional>
+
+struct tagTavloMediaFormatInfo;
+struct tagTavloSourcePlayerInfo;
+
+namespace tavlo {
+
+/// Where an input is and how it has to be opened.
+struct InputLocation
+{
+    /// How an input behaves in time.
+    enum class Pace
+    {
+        File,     ///< is there whenever it is read
+        Remote,   ///< a file on a server, or a live stream in the form of one: its header tells
+        RealTime, ///< comes as it is made
+        Device,   ///< the same, from this machine
+    };
+
+    QString name;   ///< as people know it, for the log; without a password
+    QString url;    ///< as FFmpeg takes it
+    QString format; ///< the demultiplexer, empty to find out
+    Pace pace = Pace::File;
+    QString protocols; ///< that the input, and all it refers to, may open; separated by commas
+    std::map<QString, QString> options;
+    int cachingMilliseconds = 0;
+    bool picturesOnly = false; ///< of a pair of devices, the one for pictures
+    bool soundOnly = false;
+
+    bool isLocal() const { return pace == Pace::File || pace == Pace::Device; }
+    bool isEndless() const { return pace == Pace::RealTime || pace == Pace::Device; }
+};
+
+/// What a record asks for.
+struct InputPlan
+{
+    QList<InputLocation> entries;        ///< played one after the other
+    std::optional<InputLocation> second; ///< a device for sound that is read beside the only entry
+    QString refusal;                     ///< why nothing can be opened; empty when it can
+};
+
+/// Understands a record: kinds, addresses, names of devices. Nothing is opened.
+InputPlan planInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted);
+
+/// The location of one path or address of a list. A refusal when it is an address of no known protocol.
+std::optional<InputLocation> mediaLocation(const QString& pathOrUrl, int cachingMilliseconds);
+
+/// Capture devices by a record of that kind: one for pictures, one for sound, either may be missing.
+InputPlan captureInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted);
+
+} // namespace tavlo

@@ -1,0 +1,131 @@
+#include "TavloCommonModule/player/PlaySession.h"
+
+#include "TavloCommonModule/player/AudioLine.h"
+#include "TavloCommonModule/player/Demuxer.h"
+#include "TavloCommonModule/player/MonotonicClock.h"
+#include "TavloCommonModule/player/VideoLine.h"
+
+#include <pthread.h>
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace tavlo {
+namespace {
+
+constexpr auto readerPatience = std::chrono::milliseconds(1500);
+
+} // namespace
+
+PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlayerInfo& info,
+                         const tagTavloMediaFormatInfo& wanted, QList<std::shared_future<void>> before)
+    : _context(std::make_shared<PlayContext>(&sink, info, wanted, planInput(info, wanted)))
+{
+    if (_context->plan.entries.isEmpty()) {
+        qDebug().noquote() << "player: nothing to open -" << _context->plan.refusal;
+        _context->aborted = true;
+        _context->progress.stop();
+        return;
+    }
+    _video = std::make_unique<VideoLine>(*_context);
+    _audio = std::make_unique<AudioLine>(*_context);
+    _video->start("tavlo-picture");
+    _audio->start("tavlo-sound");
+    startReader(false, before);
+    if (_context->plan.second)
+        startReader(true, before);
+}
+
+PlaySession::~PlaySession() { stop(); }
+
+void PlaySession::startReader(bool second, const QList<std::shared_future<void>>& before)
+{
+    std::packaged_task<void()> read([context = _context, second, before] {
+        pthread_setname_np(pthread_self(), "tavlo-reader");
+        for (const auto& reader : before)
+            reader.wait();
+        Demuxer(context, second).run();
+    });
+    _readers.append(read.get_future().share());
+    std::thread(std::move(read)).detach(); // it keeps what it needs, should the system not let it go
+}
+
+void PlaySession::stop()
+{
+    if (_context->aborted.exchange(true))
+        return;
+    _context->pictures.close();
+    _context->sound.close();
+    _context->wakeAll();
+    if (_video)
+        _video->join();
+    if (_audio)
+        _audio->join();
+    _context->progress.stop();
+    const auto deadline = std::chrono::steady_clock::now() + readerPatience;
+    for (const auto& reader : _readers) {
+        if (reader.wait_until(deadline) == std::future_status::timeout)
+            qDebug() << "player: an input doesn't let go, its reading thread ends later";
+    }
+}
+
+void PlaySession::setPaused(bool paused)
+{
+    if (_context->paused.exchange(paused) == paused)
+        return;
+    const qint64 now = monotonicNow();
+    _context->clock.setPaused(paused);
+    if (paused)
+        _context->sink->OnMediaSourcePlayerDoAudioPause(now);
+    else
+        _context->sink->OnMediaSourcePlayerDoAudioResume(now);
+    _context->progress.setPaused(paused);
+}
+
+void PlaySession::setRate(float rate)
+{
+    if (std::isfinite(rate) && !isLive())
+        _context->clock.setRate(std::clamp(static_cast<double>(rate), 0.25, 4.0));
+}
+
+qint64 PlaySession::length() const
+{
+    const SegmentPtr segment = _context->progress.current();
+    return segment && !segment->live ? segment->itemLength / 1000 : 0;
+}
+
+qint64 PlaySession::time() const
+{
+    const SegmentPtr segment = _context->progress.current();
+    if (!segment)
+        return 0;
+    if (segment->epoch != _context->epoch)
+        return _soughtTime;
+    const qint64 time = segment->itemTimeOf(std::max(_context->clock.pictureTime(), segment->timelineStart)) / 1000;
+    return segment->live || segment->itemLength == 0 ? time : std::min(time, segment->itemLength / 1000);
+}
+
+void PlaySession::setTime(qint64 milliseconds)
+{
+    const SegmentPtr segment = _context->progress.current();
+    if (!segment || segment->live)
+        return;
+    const qint64 last = segment->itemLength > 0 ? segment->itemLength / 1000 : INT64_MAX / 1000;
+    const qint64 time = std::clamp<qint64>(milliseconds, 0, last);
+    _soughtTime = time;
+    {
+        const std::scoped_lock lock(_context->readerLock);
+        _context->seek = PlayContext::Seek{itemIndex(), time * 1000};
+        ++_context->epoch;
+    }
+    _context->wakeAll();
+}
+
+bool PlaySession::isLive() const
+{
+    const SegmentPtr segment = _context->progress.current();
+    return segment && segment->live;
+}
+
+} // namespace tavlo

@@ -1,0 +1,94 @@
+#include "TavloCommonModule/player/VideoLine.h"
+
+#include "TavloCommonModule/player/MonotonicClock.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace tavlo {
+
+VideoLine::VideoLine(PlayContext& context)
+    : StreamLine(context, context.pictures, StartGate::Pictures), _filter(context.info.deinterlaceMode),
+      _output(*context.sink, context.wanted.videoInfo), _held(av_frame_alloc())
+{}
+
+void VideoLine::begin(bool anew)
+{
+    if (_segment->video)
+        _filter.begin(*_segment->video);
+    _holds = false;
+    av_frame_unref(_held.get());
+    if (anew)
+        _firstOfEpoch = true;
+}
+
+bool VideoLine::take(AVFrame& frame, qint64 stamp)
+{
+    return _filter.process(frame, stamp, [this](AVFrame& f, qint64 s) { return schedule(f, s); });
+}
+
+/// What stands before the place to begin with is left out, but for the last: that is the picture of the place.
+bool VideoLine::schedule(AVFrame& frame, qint64 stamp)
+{
+    const qint64 timeline = _segment->timelineOf(stamp);
+    if (timeline <= _segment->timelineStart + seekSlack && _segment->from > 0) {
+        av_frame_unref(_held.get());
+        av_frame_ref(_held.get(), &frame);
+        _holds = true;
+        _heldTimeline = std::max(timeline, _segment->timelineStart);
+        return true;
+    }
+    return flushHeld() && present(frame, std::max(timeline, _segment->timelineStart));
+}
+
+bool VideoLine::flushHeld()
+{
+    if (!std::exchange(_holds, false))
+        return true;
+    const bool wanted = present(*_held, _heldTimeline);
+    av_frame_unref(_held.get());
+    return wanted;
+}
+
+bool VideoLine::present(AVFrame& frame, qint64 timeline)
+{
+    if (!passGate())
+        return false;
+    // The first one is shown at once: in a pause, it is how a place that was gone to can be seen.
+    const bool first = std::exchange(_firstOfEpoch, false) && _context.paused;
+    if (!first && !_context.clock.waitForPicture(timeline, [this] { return isOver(); }))
+        return false;
+    if (!first && isLate(timeline)) {
+        ++_leftOut;
+        return true;
+    }
+    _lastShown = monotonicNow();
+    _context.progress.advance(timeline);
+    _output.show(frame, _segment->video->frameRate, _context.clock.dateOf(timeline));
+    return true;
+}
+
+bool VideoLine::isLate(qint64 timeline)
+{
+    if (_segment->video->isPicture)
+        return false;
+    const qint64 late =
+        static_cast<qint64>(static_cast<double>(_context.clock.pictureTime() - timeline) / _context.clock.rate());
+    return late > lateLimit && monotonicNow() - _lastShown < longestGap;
+}
+
+void VideoLine::endSegment()
+{
+    if (_filter.drain([this](AVFrame& f, qint64 s) { return schedule(f, s); }))
+        flushHeld();
+}
+
+void VideoLine::finish()
+{
+    _output.close();
+    if (_leftOut > 0)
+        qDebug() << "player: pictures that came too late and were left out:" << _leftOut;
+}
+
+} // namespace tavlo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+namespace tavlo {
+
+/// A folder of the settings as one of this machine: a drive letter, where there are no drives, stands for the user's
+/// folder of movies.
+QString resolvedFolder(const QString& folder);
+
+/// The name with `${TIME}` written out; its slashes make folders, and steps to a parent folder are left out.
+/// \param timeFormat  as QDateTime knows it
+QString recordFileName(const QString& name, const QString& timeFormat, const QDateTime& time);
+
+/// Makes a new, empty file and the folders to it. A name that is there already gets a counter: "name_1.mp4".
+/// \param suffix  without its dot
+/// \return the path; empty, the reason in `error`, when it cannot be made
+QString makeRecordFile(const QString& folder, const QString& name, const QString& suffix, QString& error);
+
+} // namespace tavlo

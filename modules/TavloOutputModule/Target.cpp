@@ -1,0 +1,44 @@
+#include "TavloOutputModule/Target.h"
+
+#include <QDebug>
+
+#include <utility>
+
+namespace tavlo {
+
+Target::Target(std::string name, const StreamFormat& format, qint64 limit)
+    : _name(std::move(name)), _format(format), _queue(limit, format.hasVideo())
+{}
+
+void Target::start()
+{
+    _thread = std::thread([this] { run(); });
+}
+
+void Target::stop()
+{
+    _limits.endBy.store(std::chrono::steady_clock::now() + patience());
+    _queue.end();
+    if (_thread.joinable())
+        _thread.join();
+}
+
+void Target::run()
+{
+    while (const CodedPacketPtr packet = _queue.pop())
+        take(packet);
+    close();
+    setState(State::Off);
+}
+
+void Target::countWritten(const CodedPacket& packet)
+{
+    (packet.video ? videoRate : audioRate).add(packet.block->i_buffer);
+}
+
+void Target::tell(const std::string& text) const
+{
+    qDebug().noquote() << "output worker:" << _name.c_str() << text.c_str();
+}
+
+} // namespace tavlo

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "TavloOutputModule/ByteMeter.h"
+#include "TavloOutputModule/Muxer.h"
+#include "TavloOutputModule/PacketQueue.h"
+
+#include <tavlo/TavloOutputStatistics.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+namespace tavlo {
+
+/// Where packets go: a thread with a queue, and what a kind of target does with them.
+class Target
+{
+public:
+    using State = tagTavloOutputStatistics::State;
+
+    /// \param name   for the log
+    /// \param limit  of the queue, microseconds
+    Target(std::string name, const StreamFormat& format, qint64 limit);
+    virtual ~Target() = default;
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+    /// Begins to take packets. Owner's thread, once.
+    void start();
+
+    /// Writes what waits, closes and ends. Owner's thread; the last thing before the destructor.
+    void stop();
+
+    /// Any thread; never waits.
+    void push(const CodedPacketPtr& packet) { _queue.push(packet); }
+
+    // Figures. Any thread.
+    State state() const { return _state.load(std::memory_order_relaxed); }
+    quint64 dropped() const { return _queue.dropped(); }
+    quint64 openings() const { return _openings.load(std::memory_order_relaxed); } ///< files or connections
+    ByteMeter videoRate, audioRate;
+
+protected:
+    /// Target's thread: one packet, and the end. By `stop`'s `patience` at the latest calls give up.
+    virtual void take(const CodedPacketPtr& packet) = 0;
+    virtual void close() = 0;
+    virtual std::chrono::milliseconds patience() const = 0;
+
+    void setState(State state) { _state.store(state, std::memory_order_relaxed); }
+    void countDropped(const CodedPacket& packet) { _queue.countDropped(packet); }
+    void countOpening() { _openings.fetch_add(1, std::memory_order_relaxed); }
+    void countWritten(const CodedPacket& packet);
+    void tell(const std::string& text) const;
+
+    const std::string _name;
+    const StreamFormat _format;
+    Muxer::Limits _limits;
+
+private:
+    void run();
+
+    PacketQueue _queue;
+    std::atomic<State> _state{State::Opening};
+    std::atomic<quint64> _openings{0};
+    std::thread _thread; ///< owner's
+};
+
+} // namespace tavlo

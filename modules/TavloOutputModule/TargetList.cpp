@@ -1,0 +1,142 @@
+#include "TavloOutputModule/TargetList.h"
+
+#include "TavloOutputModule/RecordPath.h"
+#include "TavloOutputModule/RecordTarget.h"
+#include "TavloOutputModule/UrlTarget.h"
+
+#include <QDebug>
+#include <QDir>
+
+#include <utility>
+
+namespace tavlo {
+
+namespace {
+
+using Param = tagTavloPresentOutputParam;
+
+/// A setting that names a stream target, and how it becomes an address.
+struct UrlRow
+{
+    const char* name;
+    quint8 Param::*enabled;
+    Muxer::Target (*target)(const Param& param);
+};
+
+Muxer::Target flv(const QString& url) { return {"flv", url.toStdString(), {{"flvflags", "no_duration_filesize"}}}; }
+
+Muxer::Target multicast(const Param& param)
+{
+    QString url = QStringLiteral("udp://%1:%2?pkt_size=%3&ttl=%4")
+                      .arg(param.multicastAddress)
+                      .arg(param.multicastPort)
+                      .arg(param.multicastPacketSize)
+                      .arg(param.multicastTtl);
+    if (!param.multicastInterface.isEmpty())
+        url += QStringLiteral("&localaddr=") + param.multicastInterface;
+    return {"mpegts", url.toStdString(), {}};
+}
+
+/// SRT. `peerMode` 0 waits for a caller, on the loopback address where none is given; all others call.
+Muxer::Target peer(const Param& param)
+{
+    const bool listens = param.peerMode == 0;
+    const QString host = param.peerAddress.isEmpty() && listens ? QStringLiteral("127.0.0.1") : param.peerAddress;
+    const QString url = QStringLiteral("srt://%1:%2?mode=%3&pkt_size=1316&streamid=%4")
+                            .arg(host)
+                            .arg(param.peerPort)
+                            .arg(listens ? QLatin1String("listener") : QLatin1String("caller"), param.peerPath);
+    Muxer::Target target{"mpegts", url.toStdString(), {}};
+    target.waitsForPeer = listens;
+    return target;
+}
+
+Muxer::Target hls(const Param& param)
+{
+    const QString folder = resolvedFolder(param.hlsDir);
+    QDir().mkpath(folder);
+    return {"hls",
+            (folder + QStringLiteral("/index.m3u8")).toStdString(),
+            {{"hls_time", std::to_string(param.hlsSegmentSeconds)},
+             {"hls_list_size", std::to_string(param.hlsSegmentCount)},
+             {"hls_flags", param.hlsFlag ? "delete_segments+temp_file" : "temp_file"}}};
+}
+
+Muxer::Target push(const Param& param)
+{
+    return {"mpegts", param.pushPath.toStdString(), {{"method", "PUT"}, {"chunked_post", "1"}}};
+}
+
+constexpr UrlRow urlRows[] = {
+    {"rtmp1", &Param::rtmp1Enabled, [](const Param& param) { return flv(param.rtmp1Url); }},
+    {"rtmp2", &Param::rtmp2Enabled, [](const Param& param) { return flv(param.rtmp2Url); }},
+    {"multicast", &Param::multicastEnabled, multicast},
+    {"peer", &Param::peerEnabled, peer},
+    {"hls", &Param::hlsEnabled, hls},
+    {"push", &Param::pushEnabled, push},
+};
+
+/// What the settings know and no target does yet.
+struct MissingRow
+{
+    const char* name;
+    quint8 Param::*enabled;
+};
+
+constexpr MissingRow missingRows[] = {
+    {"http", &Param::httpEnabled},
+    {"rtsp", &Param::rtspEnabled},
+    {"sdp", &Param::sdpEnabled},
+    {"relay", &Param::relayEnabled},
+};
+
+void addUrl(TargetList& targets, const char* name, const StreamFormat& format, Muxer::Target target)
+{
+    const bool isFile = target.format == "hls";
+    if (!isFile && target.url.find("://") == std::string::npos) {
+        qDebug() << "output worker:" << name << "refuses: no address in" << target.url.c_str();
+        return;
+    }
+    targets.net.push_back(std::make_unique<UrlTarget>(name, format, std::move(target)));
+}
+
+std::unique_ptr<Target> makeRecord(const Param& param, const StreamFormat& format)
+{
+    return std::make_unique<RecordTarget>("record", format,
+                                          RecordSettings{resolvedFolder(param.recordDir), param.recordName,
+                                                         param.recordTimeFormat, param.recordPeriod, param.recordMode,
+                                                         0});
+}
+
+/// MPEG-TS in segments whose names are their times; those older than the time to keep go.
+std::unique_ptr<Target> makeTsRecord(const Param& param, const StreamFormat& format)
+{
+    return std::make_unique<RecordTarget>("tsRecord", format,
+                                          RecordSettings{resolvedFolder(param.tsRecordDir), QStringLiteral("${TIME}"),
+                                                         QStringLiteral("yyyy-MM-dd/hh_mm_ss"),
+                                                         param.tsRecordSegmentSeconds, 0, param.tsRecordKeepSeconds});
+}
+
+} // namespace
+
+TargetList makeTargets(const Param& param, const StreamFormat& format)
+{
+    TargetList targets;
+    if (param.recordEnabled)
+        targets.record = makeRecord(param, format);
+    if (param.tsRecordEnabled)
+        targets.net.push_back(makeTsRecord(param, format));
+    for (const UrlRow& row : urlRows)
+        if (param.*row.enabled)
+            addUrl(targets, row.name, format, row.target(param));
+    if (param.push2Enabled)
+        for (const QString& path : param.push2Paths)
+            if (!path.isEmpty())
+                addUrl(targets, "push2", format, {"mpegts", path.toStdString(), {}});
+    for (const MissingRow& row : missingRows)
+        if (param.*row.enabled)
+            qDebug() << "output worker:" << row.name << "refuses: this release has no such target";
+    return targets;
+}
+
+} // namespace tavlo

@@ -1,0 +1,94 @@
+#include "TavloOutputModule/UrlTarget.h"
+
+#include <utility>
+
+namespace tavlo {
+
+namespace {
+
+constexpr qint64 queueLimit = 4'000'000;       // microseconds
+constexpr std::chrono::seconds steadyTime{10}; // a connection that lasted as long was good
+
+} // namespace
+
+std::string shownUrl(const std::string& url)
+{
+    const size_t host = url.find("://");
+    if (host == std::string::npos)
+        return url;
+    std::string rest = url.substr(host + 3);
+    rest.erase(std::min(rest.find('?'), rest.size()));
+    const size_t slash = rest.find('/');
+    const size_t user = rest.rfind('@', slash);
+    std::string authority = rest.substr(0, slash);
+    if (user != std::string::npos)
+        authority.erase(0, user + 1);
+    std::string path = slash == std::string::npos ? std::string() : rest.substr(slash);
+    const size_t last = path.rfind('/');
+    if (last != std::string::npos && last + 1 < path.size())
+        path = path.substr(0, last + 1) + "***";
+    return url.substr(0, host + 3) + authority + path;
+}
+
+UrlTarget::UrlTarget(std::string name, const StreamFormat& format, Muxer::Target target)
+    : Target(std::move(name), format, queueLimit), _target(std::move(target))
+{}
+
+void UrlTarget::take(const CodedPacketPtr& packet)
+{
+    if (!_muxer && !connect(*packet)) {
+        countDropped(*packet);
+        return;
+    }
+    std::string error;
+    if (_muxer->write(*packet, _origin, error)) {
+        countWritten(*packet);
+        return;
+    }
+    countDropped(*packet);
+    _muxer.reset();
+    if (std::chrono::steady_clock::now() - _connectedAt > steadyTime)
+        _backoff.reset();
+    fail("lost " + shownUrl(_target.url) + ": " + error);
+}
+
+bool UrlTarget::connect(const CodedPacket& packet)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (!_format.canBegin(packet) || now < _retryAt || now > _limits.endBy.load())
+        return false;
+    std::string error;
+    _muxer = Muxer::open(_target, _format, _limits, error);
+    if (!_muxer && _target.waitsForPeer) {
+        setState(State::Waiting);
+        return false;
+    }
+    if (!_muxer) {
+        fail("cannot open " + shownUrl(_target.url) + ": " + error);
+        return false;
+    }
+    _origin = packet.dts();
+    _connectedAt = std::chrono::steady_clock::now();
+    countOpening();
+    setState(State::Running);
+    tell("sends to " + shownUrl(_target.url));
+    return true;
+}
+
+void UrlTarget::close()
+{
+    std::string error;
+    if (_muxer)
+        _muxer->finish(error);
+    _muxer.reset();
+}
+
+void UrlTarget::fail(const std::string& text)
+{
+    const std::chrono::milliseconds pause = _backoff.next();
+    _retryAt = std::chrono::steady_clock::now() + pause;
+    setState(State::Waiting);
+    tell(text + "; tries again in " + std::to_string(pause.count()) + " ms");
+}
+
+} // namespace tavlo

@@ -1,0 +1,203 @@
+#include "OutputSupport.h"
+#include "support/LogCapture.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+#include <tuple>
+
+namespace {
+
+using namespace tavlo::test;
+
+constexpr int record = TavloPresentOutputTypeRecord;
+
+QStringList filesIn(const QString& folder)
+{
+    QStringList paths;
+    QDirIterator files(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext())
+        paths.append(files.next());
+    paths.sort();
+    return paths;
+}
+
+/// Sound against the pictures that it belongs to.
+void expectInSync(const Decoded& decoded)
+{
+    size_t found = 0;
+    for (size_t i = 1; i < decoded.numbers.size(); ++i) {
+        if (decoded.numbers[i] % Programme::beepEvery != 0)
+            continue;
+        const bool heard =
+            std::ranges::any_of(decoded.beeps, [&](double time) { return std::abs(time - decoded.times[i]) < 0.020; });
+        EXPECT_TRUE(heard) << "no tone sets in with picture " << decoded.numbers[i] << " at " << decoded.times[i];
+        ++found;
+    }
+    EXPECT_GT(found, 0U);
+}
+
+void expectColors(const Decoded& decoded)
+{
+    ASSERT_FALSE(decoded.colors.empty());
+    for (int field = 0; field < 6; ++field)
+        for (size_t i = 0; i < 3; ++i)
+            EXPECT_NEAR(decoded.colors[static_cast<size_t>(field)][i], Programme::fieldColor(field)[i], 3)
+                << "field " << field << " component " << i;
+}
+
+void expectPerfect(const tagTavloOutputStatistics& statistics)
+{
+    EXPECT_EQ(statistics.droppedPictures, 0U);
+    EXPECT_EQ(statistics.droppedBlocks, 0U);
+    EXPECT_EQ(statistics.encoderDropped, 0U);
+    EXPECT_EQ(statistics.repeatedPictures, 0U);
+    EXPECT_EQ(statistics.skippedPictures, 0U);
+    EXPECT_EQ(statistics.silentSamples, 0U);
+    EXPECT_EQ(statistics.recordDropped, 0U);
+}
+
+class RecordGL : public testing::TestWithParam<std::tuple<Stage::Way, quint32, quint32>>
+{};
+
+TEST_P(RecordGL, DecodesToWhatWasCommitted)
+{
+    const auto [way, mode, codec] = GetParam();
+    const QTemporaryDir folder;
+    Stage stage(way);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.recordMode = mode;
+    param.videoCodec = codec;
+    param.encoderSettings[0] = codec == 0 ? mode : 0; // bidirectional pictures
+    stage.start(record, param);
+    stage.commit(0, 70);
+    expectPerfect(stage.statistics());
+    stage.stop(record);
+
+    const QStringList files = filesIn(folder.path());
+    ASSERT_EQ(files.size(), 1);
+    const Decoded decoded = decode(files[0]);
+    EXPECT_EQ(decoded.error, QString());
+    EXPECT_EQ(decoded.numbers, numbersFrom(0, 70));
+    EXPECT_NEAR(static_cast<double>(decoded.samples), 70 * 1920, 3 * 1024);
+    EXPECT_EQ(decoded.plainIndex, mode == 2);
+    expectInSync(decoded);
+    expectColors(decoded);
+}
+
+using Way = Stage::Way;
+INSTANTIATE_TEST_SUITE_P(Modes, RecordGL,
+                         testing::Combine(testing::Values(Way::Graphics, Way::Memory), testing::Values(0U, 1U, 2U),
+                                          testing::Values(0U)));
+INSTANTIATE_TEST_SUITE_P(Ways, RecordGL,
+                         testing::Combine(testing::Values(Way::Pictures, Way::BottomFirst), testing::Values(2U),
+                                          testing::Values(0U)));
+INSTANTIATE_TEST_SUITE_P(HEVC, RecordGL,
+                         testing::Combine(testing::Values(Way::Pictures), testing::Values(0U, 2U),
+                                          testing::Values(1U)));
+
+TEST(Record, SplitsWithoutLosingAnything)
+{
+    for (const quint32 mode : {0U, 1U, 2U}) {
+        const QTemporaryDir folder;
+        Stage stage(Way::Pictures);
+        tagTavloPresentOutputParam param = Stage::param(folder.path());
+        param.recordMode = mode;
+        param.recordPeriod = 1;
+        stage.start(record, param);
+        stage.commit(0, 80);
+        stage.stop(record);
+
+        QStringList files = filesIn(folder.path()); // show, show_1, show_2
+        ASSERT_EQ(files.size(), 3);
+        std::ranges::sort(files, {},
+                          [](const QString& path) { return path.size() * 100 + path[path.size() - 5].unicode(); });
+        std::vector<int> numbers;
+        qint64 samples = 0;
+        for (const QString& file : files) {
+            const Decoded decoded = decode(file);
+            numbers.insert(numbers.end(), decoded.numbers.begin(), decoded.numbers.end());
+            samples += decoded.samples;
+        }
+        EXPECT_EQ(numbers, numbersFrom(0, 80)) << "mode " << mode;
+        EXPECT_NEAR(static_cast<double>(samples), 80 * 1920, 3 * 1024);
+    }
+}
+
+TEST(Record, NamesItsFilesByTimeAndOverwritesNone)
+{
+    const QTemporaryDir folder;
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.recordName = QStringLiteral("${PROGRAMNAME}_${TIME}");
+    param.recordTimeFormat = QStringLiteral("'day'/'hour'");
+    for (int i = 0; i < 2; ++i) {
+        Stage stage(Way::Pictures);
+        stage.start(record, param);
+        stage.commit(0, 3);
+    } // the target's end closes the file
+    EXPECT_EQ(filesIn(folder.path()), (QStringList{folder.filePath(QStringLiteral("show_day/hour.mp4")),
+                                                   folder.filePath(QStringLiteral("show_day/hour_1.mp4"))}));
+    EXPECT_EQ(decode(folder.filePath(QStringLiteral("show_day/hour_1.mp4"))).numbers, numbersFrom(0, 3));
+}
+
+TEST(Record, GoesOnWhenItsFolderComesBack)
+{
+    const QTemporaryDir folder;
+    const QString place = folder.filePath(QStringLiteral("disk"));
+    QFile obstacle(place);
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly));
+    LogCapture log;
+    Stage stage(Way::Pictures);
+    stage.start(record, Stage::param(place));
+    stage.commit(0, 15);
+    while (stage.statistics().recordState != tagTavloOutputStatistics::Waiting)
+        std::this_thread::yield();
+    EXPECT_EQ(log.count("cannot record, and tries again"), 1);
+    obstacle.remove();
+    int number = 15;
+    while (stage.statistics().recordState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    const int first = number;
+    stage.commit(number, 30);
+    EXPECT_GT(stage.statistics().recordDropped, 0U);
+    stage.stop(record);
+    const QStringList files = filesIn(place);
+    ASSERT_EQ(files.size(), 1);
+    const Decoded decoded = decode(files[0]);
+    ASSERT_GE(decoded.numbers.size(), 30U);
+    EXPECT_EQ(decoded.numbers.back(), (first + 29) & 0xfff);
+}
+
+TEST(Record, KilledAtAnyMomentItPlaysUpToItsLastSecond)
+{
+    std::minstd_rand random(20261);
+    for (const quint32 mode : {0U, 1U, 2U, 2U}) {
+        const QTemporaryDir folder;
+        QProcess recorder;
+        recorder.start(QCoreApplication::applicationDirPath() + QStringLiteral("/output-recorder"),
+                       {folder.path(), QString::number(mode)});
+        const int last = 40 + static_cast<int>(random() % 80);
+        int committed = 0;
+        while (committed < last && (recorder.canReadLine() || recorder.waitForReadyRead()))
+            if (recorder.canReadLine())
+                committed = recorder.readLine().toInt();
+        recorder.kill();
+        recorder.waitForFinished();
+        ASSERT_GE(committed, last);
+
+        const QStringList files = filesIn(folder.path());
+        ASSERT_EQ(files.size(), 1);
+        const Decoded decoded = decode(files[0]);
+        ASSERT_FALSE(decoded.numbers.empty()) << "mode " << mode;
+        EXPECT_EQ(decoded.numbers, numbersFrom(0, static_cast<int>(decoded.numbers.size())));
+        EXPECT_GE(decoded.numbers.back(), committed - Programme::fps) << "mode " << mode;
+    }
+}
+
+} // namespace

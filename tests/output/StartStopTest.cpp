@@ -1,0 +1,179 @@
+#include "OutputSupport.h"
+#include "TavloCodecAggregationModule/ITavloVideoEncoder.h"
+#include "output/ITavloHDMIOutputObject.h"
+#include "output/TavloCodecAggregationUtil.h"
+#include "shared/VlcPointers.h"
+#include "support/LogCapture.h"
+
+#include <tavlo/InterfacePtr.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <semaphore>
+#include <thread>
+
+namespace {
+
+using namespace tavlo::test;
+
+constexpr int record = TavloPresentOutputTypeRecord;
+
+/// An encoder that gives no picture and stands still in `encode` until it is let go.
+class StalledEncoder final : public tavlo::Implements<StalledEncoder, ITavloVideoEncoder>
+{
+public:
+    static inline std::counting_semaphore<1000> mayEncode{0};
+    static inline std::atomic<int> encoded{0};
+
+    void init(quint32, ITavloVideoEncoderSink*, ITavloGraphicsContext*) override {}
+    bool open(const tagTavloVideoInfo&, const tagTavloPresentOutputParam&, quint32) override { return true; }
+    void close() override {}
+    void getExtraData(const quint8** data, int* size) override
+    {
+        static constexpr quint8 header = 1;
+        *data = &header;
+        *size = 1;
+    }
+    bool encode(const picture_t*, int, qint64, qint64) override
+    {
+        mayEncode.acquire();
+        ++encoded;
+        return true;
+    }
+    picture_t* acquirePicture(quint32, int) override { return nullptr; }
+    void submitPicture(picture_t*) override {}
+    void getStatistics(tagTavloOutputStatistics*) override {}
+};
+
+class Stalled final : public tavlo::Implements<Stalled, ITavloCodecAggregation>
+{
+public:
+    Stalled() { TavloCodecAggregationUtil::replace(this); }
+    ~Stalled() { TavloCodecAggregationUtil::replace(nullptr); }
+    void destroy() override {}
+    ITavloGraphicsContext* createGraphicsContext(TavloVideoEncodeImpl) override { return nullptr; }
+    ITavloVideoEncoder* createEncoder(TavloVideoEncodeImpl) override { return new StalledEncoder; }
+};
+
+TEST(OutputThreads, AStalledEncoderHoldsUpNoCommit)
+{
+    constexpr int pool = 4;
+    Stalled aggregation;
+    const QTemporaryDir folder;
+    Stage stage(Stage::Way::Pictures);
+    stage.start(record, Stage::param(folder.path()));
+    stage.commit(0, 50, false); // would never return if it waited
+    EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
+    EXPECT_EQ(stage.statistics().droppedBlocks, 0U);
+    StalledEncoder::mayEncode.release(500);
+    stage.stop(TavloPresentOutputTypeNet); // comes behind what waited
+    EXPECT_EQ(StalledEncoder::encoded, pool);
+    stage.commit(50, pool, false);
+    stage.stop(record);
+    EXPECT_EQ(StalledEncoder::encoded, 2 * pool);
+    EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
+}
+
+TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
+{
+    constexpr std::array types{0, 1, 2, 3, 5, 8};
+    const QTemporaryDir folder;
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.push2Enabled = 1;
+    param.push2Paths[3] = QStringLiteral("tcp://127.0.0.1:9"); // nobody is there
+    param.hdmi[0].enable = 1;
+    std::atomic<bool> done{false};
+    std::thread committing([&] {
+        for (int number = 0; !done; ++number) {
+            stage.commit(number, 1, false);
+            std::this_thread::yield();
+        }
+    });
+    std::thread looking([&] {
+        while (!done)
+            for (int index = 0; index < TavloPresentOutputIndexCount; ++index)
+                stage.statistics(index);
+    });
+    std::minstd_rand random(7);
+    for (int i = 0; i < 60; ++i) {
+        const int type = types[random() % types.size()];
+        const auto index = static_cast<int>(random() % 2);
+        if (random() % 2)
+            stage.target.startOutput(index, type, QVariant::fromValue(param));
+        else
+            stage.target.stopOutput(index, type, random() % 2);
+    }
+    done = true;
+    committing.join();
+    looking.join();
+    stage.target.destroy();
+    stage.target.destroy();
+    stage.start(record, param); // lost with no word
+}
+
+TEST(OutputThreads, RefusesWhatIsNoOutput)
+{
+    Stage stage(Stage::Way::Pictures);
+    {
+        const LogCapture log;
+        const QVariant param = QVariant::fromValue(tagTavloPresentOutputParam());
+        stage.target.startOutput(4, 0, param);
+        stage.target.startOutput(-1, 0, param);
+        stage.target.startOutput(0, 9, param);
+        stage.target.stopOutput(0, 0, true);
+        stage.commit(0, 20, false);
+        EXPECT_EQ(log.lines(), QStringList()); // without an output no buffer is asked for, and none is missing
+        stage.target.startOutput(0, 4, param);
+        EXPECT_EQ(log.lines().size(), 1);
+    }
+    EXPECT_EQ(stage.statistics().droppedPictures, 0U);
+}
+
+/// Keeps what a projection would show.
+class Projection final : public ITavloHDMIOutputObject
+{
+public:
+    static inline std::vector<std::array<quint8, 3>> shown; ///< of each picture, its first field of colour
+    static inline int sounds = 0, ends = 0;
+
+    bool create(int, const QString&, const tagTavloPresentHDMIOutputInfo&, const tagTavloVideoInfo&,
+                const tagTavloAudioInfo&, quint32) override
+    {
+        return true;
+    }
+    void stop() override { ++ends; }
+    void writeVideo(const picture_t*, const quint8* data, int stride, int, qint64, qint64, bool, quint32) override
+    {
+        const quint8* at = data + (Programme::height - 2) * stride;
+        shown.push_back({at[0], at[1], at[2]});
+    }
+    void writeAudio(const quint8*, int, qint64, qint64) override { ++sounds; }
+};
+
+TEST(OutputThreads, ProjectionsTakePicturesAsTheyAreAndNobodyElseIsMissed)
+{
+    tavlo::setHdmiOutputFactory(
+        []() -> std::unique_ptr<ITavloHDMIOutputObject> { return std::make_unique<Projection>(); });
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param;
+    param.hdmi[2].enable = 1;
+    stage.start(TavloPresentOutputTypeNDI, param);   // without its library it only counts
+    stage.start(TavloPresentOutputTypeHDMI1, param); // switched off
+    stage.start(TavloPresentOutputTypeHDMI2, param);
+    for (int number = 0; number < 12; ++number) {
+        stage.commit(number, 1, false);
+        stage.stop(TavloPresentOutputTypeHDMI0); // comes behind the picture
+    }
+    EXPECT_EQ(stage.statistics().droppedPictures, 0U);
+    stage.start(TavloPresentOutputTypeHDMI2, param); // begins anew
+    stage.target.destroy();
+    EXPECT_EQ(Projection::shown, std::vector(12, Programme::fieldColor(0)));
+    EXPECT_EQ(Projection::sounds, 12);
+    EXPECT_EQ(Projection::ends, 2);
+    tavlo::setHdmiOutputFactory(nullptr);
+}
+
+} // namespace

@@ -1,0 +1,168 @@
+#include "support/LogCapture.h"
+#include "support/PlayerSink.h"
+#include "support/TestClips.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+#include <sys/stat.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace tavlo::test {
+namespace {
+
+constexpr int mutantsPerFormat = 26;
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+QString written(const QString& name, const QByteArray& content)
+{
+    QFile file(clipFolderFile(name));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+    return file.fileName();
+}
+
+/// Cut off, bits turned, pieces zeroed, doubled or exchanged.
+QByteArray mutated(QByteArray bytes, std::mt19937& random)
+{
+    const auto below = [&](qsizetype limit) {
+        return static_cast<qsizetype>(random() % static_cast<quint32>(std::max<qsizetype>(limit, 1)));
+    };
+    const qsizetype length = below(std::min<qsizetype>(bytes.size(), 4000));
+    switch (random() % 5) {
+    case 0:
+        return bytes.left(below(bytes.size()));
+    case 1:
+        for (int i = 0; i < 40; ++i) // the header more often than the rest
+            bytes[below(i % 2 ? bytes.size() : std::min<qsizetype>(bytes.size(), 2000))] ^=
+                static_cast<char>(1 << (random() % 8));
+        return bytes;
+    case 2:
+        return bytes.replace(below(bytes.size() - length), length, QByteArray(length, '\0'));
+    case 3:
+        return bytes.insert(below(bytes.size()), bytes.mid(below(bytes.size() - length), length));
+    default:
+        return bytes.remove(below(bytes.size() - length), length);
+    }
+}
+
+/// Lists of broken files play side by side, each to its end or as far as it comes in a while.
+TEST(PlayerBadInput, MutantsNeitherCrashNorHang)
+{
+    const std::vector<std::pair<const char*, const char*>> formats{
+        {"mp4", "-c:v libx264 -preset ultrafast -c:a aac"},
+        {"ts", "-c:v mpeg2video -c:a mp2"},
+        {"mkv", "-c:v mpeg4 -c:a libopus"},
+        {"avi", "-c:v mjpeg -c:a pcm_s16le"},
+        {"flv", "-c:v flv -c:a libmp3lame -ar 44100"},
+        {"webm", "-c:v libvpx -deadline realtime -c:a libvorbis"},
+        {"mov", "-c:v prores_ks -c:a pcm_s24le"},
+        {"mxf", "-c:v mpeg2video -c:a pcm_s16le"},
+    };
+    std::mt19937 random(20240607);
+    const LogCapture log; // it would fill the screen
+    std::vector<std::unique_ptr<PlayerStage>> stages;
+    for (const auto& [suffix, options] : formats) {
+        ClipForm form;
+        form.width = 96;
+        form.height = 64;
+        form.frames = 5;
+        form.suffix = QString::fromLatin1(suffix);
+        form.options = QString::fromLatin1(options).split(u' ');
+        const QByteArray whole = contentOf(clipFile(form));
+        QStringList paths;
+        for (int i = 0; i < mutantsPerFormat; ++i)
+            paths << written(QStringLiteral("mutant%1.%2").arg(i).arg(form.suffix), mutated(whole, random));
+        auto stage = std::make_unique<PlayerStage>();
+        stage->player->setRate(4);
+        stage->play(paths);
+        stages.push_back(std::move(stage));
+    }
+    for (const auto& stage : stages) {
+        EXPECT_TRUE(stage->sink.waitForState({TavloSourcePlayerStateEnded, mutantsPerFormat - 1}))
+            << "stands at " << stage->player->itemIndex() << " of " << stage->info.pathList.back().toStdString()
+            << " time " << stage->time() << " of " << stage->length();
+        stage->player->stop();
+    }
+}
+
+TEST(PlayerBadInput, WhatIsNoClipIsRefused)
+{
+    const QString pipe = clipFolderFile(QStringLiteral("pipe.mp4"));
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const QStringList paths{
+        written(QStringLiteral("empty.mp4"), {}),
+        written(QStringLiteral("text.mp4"), QByteArray("Once upon a time there was a file of words.\n").repeated(40)),
+        QDir::tempPath(),
+        pipe,
+        QStringLiteral("/dev/zero"),
+    };
+    const LogCapture log;
+    PlayerStage stage;
+    stage.play(paths);
+    ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, static_cast<int>(paths.size()) - 1}))
+        << stage.player->itemIndex() << log.lines().join(u'\n').toStdString();
+    stage.player->stop();
+    EXPECT_TRUE(stage.sink.pictures.empty());
+    for (const QString& path : paths)
+        EXPECT_GE(log.count(path.toUtf8().constData()), 1) << path.toStdString();
+}
+
+/// What a process holds of the system.
+struct Holdings
+{
+    int threads;
+    int files;
+};
+
+Holdings holdings()
+{
+    return {
+        static_cast<int>(QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size()),
+        static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size())};
+}
+
+TEST(PlayerBadInput, OpenedAndClosedManyTimesNothingIsLeft)
+{
+    ClipForm form;
+    form.frames = 25;
+    const QString clip = clipFile(form);
+    const LogCapture log;
+    const auto openPlayClose = [&](const QString& url, int round) {
+        PlayerStage stage;
+        stage.play({url}, true);
+        if (round % 4 != 0)
+            stage.sink.waitForPictures(1);
+    };
+    openPlayClose(clip, 1);
+    const Holdings before = holdings();
+    for (int round = 0; round < 200; ++round)
+        openPlayClose(clip, round);
+    PlayerStage again; // and one player many times
+    for (int round = 0; round < 50; ++round) {
+        again.play({clip, QString::number(round)});
+        ASSERT_TRUE(again.sink.waitForPictures(again.sink.pictures.size() + 1));
+        if (round % 2)
+            again.player->stop();
+    }
+    again.player->stop();
+    const Holdings after = holdings();
+    EXPECT_LE(after.threads, before.threads + 1);
+    EXPECT_LE(after.files, before.files + 1);
+    EXPECT_EQ(again.sink.videoStarts, again.sink.videoStops);
+    EXPECT_EQ(again.sink.audioStarts, again.sink.audioStops);
+}
+
+} // namespace
+} // namespace tavlo::test

@@ -1,0 +1,281 @@
+#include "support/PlayerSink.h"
+
+#include "base/CTempldateHelper.h"
+#include "base/Clock.h"
+#include "shared/VlcTypes.h"
+#include "support/TestClips.h"
+
+#include <vlc_picture_pool.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace tavlo::test {
+namespace {
+
+constexpr unsigned poolSize = 4;
+
+/// How a picture lies in a texture.
+struct Layout
+{
+    quint32 chroma;
+    int bytesPerPixel; ///< of the first plane
+    int lumaOffset;    ///< of a brightness, or of red
+    int lumaStride;
+    bool hasHalfPlanes; ///< half as many rows of chroma behind it, in one plane or two
+};
+
+constexpr std::array layouts{
+    Layout{tavloFourcc("I420"), 1, 0, 1, true},  Layout{tavloFourcc("YV12"), 1, 0, 1, true},
+    Layout{tavloFourcc("NV12"), 1, 0, 1, true},  Layout{tavloFourcc("NV21"), 1, 0, 1, true},
+    Layout{tavloFourcc("YUY2"), 2, 0, 2, false}, Layout{tavloFourcc("UYVY"), 2, 1, 2, false},
+    Layout{tavloFourcc("RGBA"), 4, 0, 4, false}, Layout{tavloFourcc("BGRA"), 4, 2, 4, false},
+    Layout{tavloFourcc("RV32"), 4, 2, 4, false},
+};
+
+const Layout& layoutOf(quint32 chroma)
+{
+    return *std::find_if(layouts.begin(), layouts.end(), [&](const Layout& l) { return l.chroma == chroma; });
+}
+
+/// Memory of exactly the texture's size: a write beyond it is a fault that the address sanitizer sees.
+struct Texture
+{
+    std::vector<quint8> bytes;
+};
+
+picture_t* texturePicture(const video_format_t& format)
+{
+    const Layout& layout = layoutOf(format.i_chroma);
+    const int width = static_cast<int>(format.i_width), height = static_cast<int>(format.i_height);
+    const int pitch = width * layout.bytesPerPixel;
+    const bool planar = format.i_chroma == tavloFourcc("I420") || format.i_chroma == tavloFourcc("YV12");
+    const int rows = layout.hasHalfPlanes ? height + (planar ? height & ~1 : height / 2) : height;
+    auto* const texture = new Texture{std::vector<quint8>(static_cast<size_t>(pitch) * static_cast<size_t>(rows))};
+    picture_resource_t resource{};
+    resource.p_sys = reinterpret_cast<picture_sys_t*>(texture);
+    resource.pf_destroy = [](picture_t* picture) {
+        delete reinterpret_cast<Texture*>(picture->p_sys);
+        free(picture);
+    };
+    picture_t* const picture = picture_NewFromResource(&format, &resource);
+    quint8* plane = texture->bytes.data();
+    for (int i = 0; i < picture->i_planes; ++i) {
+        const int lines = i == 0 ? height : planar ? height / 2 : height; // of two planes, the second says too much
+        picture->p[i].p_pixels = plane;
+        picture->p[i].i_pitch = pitch;
+        picture->p[i].i_lines = lines;
+        plane += pitch * lines;
+    }
+    if (format.i_chroma == tavloFourcc("I420"))
+        std::swap(picture->p[1].p_pixels, picture->p[2].p_pixels);
+    return picture;
+}
+
+std::vector<quint8> contentOf(const picture_t& picture)
+{
+    std::vector<quint8> bytes;
+    const int width = static_cast<int>(picture.format.i_width), height = static_cast<int>(picture.format.i_height);
+    const Layout& layout = layoutOf(picture.format.i_chroma);
+    for (int i = 0; i < picture.i_planes; ++i) {
+        const bool half = i > 0 && picture.i_planes == 3;
+        const int rowBytes = half ? (width + 1) / 2 : width * layout.bytesPerPixel;
+        for (int y = 0; y < (i > 0 ? height / 2 : height); ++y) {
+            const quint8* const row = picture.p[i].p_pixels + y * picture.p[i].i_pitch;
+            bytes.insert(bytes.end(), row, row + rowBytes);
+        }
+    }
+    return bytes;
+}
+
+} // namespace
+
+bool PlayerSink::waitFor(const std::function<bool()>& condition)
+{
+    std::unique_lock lock(_lock);
+    return _changed.wait_for(lock, std::chrono::seconds(30), condition);
+}
+
+bool PlayerSink::waitForPictures(size_t count)
+{
+    return waitFor([&] { return pictures.size() >= count; });
+}
+
+bool PlayerSink::waitForState(State state, size_t from)
+{
+    return waitFor([&] {
+        return states.size() > from &&
+               std::find(states.begin() + static_cast<std::ptrdiff_t>(from), states.end(), state) != states.end();
+    });
+}
+
+std::vector<int> PlayerSink::numbers() const
+{
+    std::vector<int> all;
+    for (const Picture& picture : pictures)
+        all.push_back(picture.number);
+    return all;
+}
+
+void PlayerSink::note(int& counter)
+{
+    {
+        const std::scoped_lock lock(_lock);
+        ++counter;
+    }
+    _changed.notify_all();
+}
+
+void PlayerSink::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& info)
+{
+    if (!layouts.empty() && std::find(layouts.begin(), layouts.end(), chroma) == layouts.end())
+        info.chroma = tavloFourcc("NV12");
+    {
+        const std::scoped_lock lock(_lock);
+        videoInfo = info;
+    }
+    note(videoStarts);
+}
+
+void PlayerSink::OnMediaSourcePlayerDoVideoStop() { note(videoStops); }
+
+void PlayerSink::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
+{
+    _audioInfo = audioInfo;
+    note(audioStarts);
+}
+
+void PlayerSink::OnMediaSourcePlayerDoAudioStop() { note(audioStops); }
+
+picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
+{
+    if (!hasPool)
+        return nullptr;
+    video_format_t format;
+    video_format_Setup(&format, videoInfo.chroma, videoInfo.sourceWidth, videoInfo.sourceHeight, videoInfo.sourceWidth,
+                       videoInfo.sourceHeight, 1, 1);
+    std::array<picture_t*, poolSize> all{};
+    for (picture_t*& picture : all)
+        picture = texturePicture(format);
+    *count = poolSize;
+    return picture_pool_New(poolSize, all.data());
+}
+
+void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
+{
+    if (!readsPictures) {
+        const std::scoped_lock lock(_lock);
+        pictures.push_back({-1, picture->date, 0});
+        return;
+    }
+    const plane_t& plane = picture->p[0];
+    const Layout& layout = layoutOf(picture->format.i_chroma);
+    const int number = pictureNumber(plane.p_pixels + layout.lumaOffset, static_cast<int>(picture->format.i_width),
+                                     static_cast<int>(picture->format.i_height), plane.i_pitch, layout.lumaStride);
+    {
+        const std::scoped_lock lock(_lock);
+        lastPicture = contentOf(*picture);
+        pictures.push_back({number, picture->date, soundFrames - queuedFrames()});
+    }
+    _changed.notify_all();
+}
+
+block_t* PlayerSink::OnMediaSourcePlayerDoAudioSample(quint32, block_t* block, tagTavloAudioInfo& audioInfo)
+{
+    const int frames = static_cast<int>(block->i_buffer / 2) / audioInfo.channels;
+    const int second =
+        toneSecond(reinterpret_cast<const qint16*>(block->p_buffer), frames, audioInfo.channels, audioInfo.sampleRate);
+    {
+        const std::scoped_lock lock(_lock);
+        blocks.push_back({block->i_pts, frames, second});
+        const qint64 now = monotonicMicroseconds();
+        const qint64 queued = queuedFrames();
+        _queuedAt = queued == 0 ? now + deviceLatency : std::max(now, _queuedAt);
+        _queued = static_cast<double>(queued + frames);
+        soundFrames += frames;
+    }
+    _changed.notify_all();
+    return block;
+}
+
+void PlayerSink::OnMediaSourcePlayerDoAudioFlush(bool)
+{
+    {
+        const std::scoped_lock lock(_lock);
+        _queued = 0.0;
+    }
+    note(flushes);
+}
+
+qint32 PlayerSink::OnMediaSourcePlayerDoAudioTime(qint64* time)
+{
+    const std::scoped_lock lock(_lock);
+    *time = 0;
+    if (!hasDevice)
+        return -1;
+    *time = 7'000'000 + (soundFrames - queuedFrames()) * 1'000'000 / _audioInfo.sampleRate;
+    return 0;
+}
+
+void PlayerSink::OnMediaSourcePlayerDoAudioPause(qint64) { note(pauses); }
+
+void PlayerSink::OnMediaSourcePlayerDoAudioResume(qint64) { note(resumes); }
+
+void PlayerSink::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32)
+{
+    {
+        const std::scoped_lock lock(_lock);
+        states.push_back({state, index});
+    }
+    _changed.notify_all();
+}
+
+/// Under the lock.
+qint64 PlayerSink::queuedFrames()
+{
+    const auto since = static_cast<double>(std::max<qint64>(monotonicMicroseconds() - _queuedAt, 0));
+    const double played = since * deviceSpeed * _audioInfo.sampleRate / 1e6;
+    return static_cast<qint64>(std::max(_queued - played, 0.0));
+}
+
+struct PlayerStage::Module
+{
+    CTempldateHelper<ITavloSourcePlayer> helper{"TavloCommonModule", "CreateTavloSourcePlayer"};
+};
+
+PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
+{
+    if (!_module->helper.create())
+        return;
+    player = _module->helper.get();
+    player->setSink(&sink);
+    info.enabled = 1;
+    wanted.videoInfo.sourceWidth = 0;
+    wanted.videoInfo.chroma = 0xFFFFFFFF;
+}
+
+PlayerStage::~PlayerStage() = default;
+
+void PlayerStage::play(const QStringList& paths, bool loop)
+{
+    info.pathList = paths;
+    info.playbackLoop = loop ? 1 : 0;
+    player->play(&info, &wanted, 0);
+}
+
+qint64 PlayerStage::time() const
+{
+    qint64 value = 0;
+    player->time(&value);
+    return value;
+}
+
+qint64 PlayerStage::length() const
+{
+    qint64 value = 0;
+    player->length(&value);
+    return value;
+}
+
+} // namespace tavlo::test

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "TavloCommonModule/player/ITavloSourcePlayer.h"
+
+#include <tavlo/InterfacePtr.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+struct picture_pool_t;
+
+namespace tavlo::test {
+
+/// Takes what a player makes, as a source does it: a pool of pictures whose planes lie one behind the other in memory of
+/// just the size of a texture, and a sound device that plays what it is given in real time.
+class PlayerSink final : public Implements<PlayerSink, ITavloSourcePlayerSink>
+{
+public:
+    struct Picture
+    {
+        int number;   ///< -1 when it shows none
+        qint64 date;  ///< monotonic microseconds
+        qint64 heard; ///< sound frames that had been heard when it came
+    };
+    struct Block
+    {
+        qint64 date;
+        int frames;
+        int second; ///< that its tone belongs to
+    };
+    struct State
+    {
+        int state;
+        int index;
+        friend bool operator==(const State&, const State&) = default;
+    };
+
+    PlayerSink() = default;
+    ~PlayerSink() = default;
+
+    // Set before playing.
+    bool hasDevice = false;        ///< tells when sound is heard
+    qint64 deviceLatency = 60'000; ///< microseconds that it holds back
+    double deviceSpeed = 1.0;      ///< of its clock
+    std::vector<quint32> layouts;  ///< that it takes; all when empty, else NV12 in place of others
+    bool hasPool = true;
+    bool readsPictures = true; ///< their numbers and content
+
+    /// Waits until the condition holds, which is looked at after each call of the player. False after half a minute.
+    bool waitFor(const std::function<bool()>& condition);
+
+    /// Waits for so many pictures in all.
+    bool waitForPictures(size_t count);
+
+    /// Waits for a state report, at or after the place of the reports.
+    bool waitForState(State state, size_t from = 0);
+
+    // Read inside a condition of `waitFor`, or after the player was stopped.
+    std::vector<Picture> pictures;
+    std::vector<Block> blocks;
+    std::vector<State> states;
+    tagTavloVideoInfo videoInfo;
+    int videoStarts = 0, videoStops = 0, audioStarts = 0, audioStops = 0, flushes = 0, pauses = 0, resumes = 0;
+    qint64 soundFrames = 0;
+    std::vector<quint8> lastPicture; ///< plane by plane, rows without padding
+
+    std::vector<int> numbers() const;
+
+    // ITavloSourcePlayerSink
+    void OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& videoInfo) override;
+    void OnMediaSourcePlayerDoVideoStop() override;
+    void OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo) override;
+    void OnMediaSourcePlayerDoAudioStop() override;
+    picture_pool_t* OnMediaSourcePlayerDoVideoSamplePool(quint32* count) override;
+    void OnMediaSourcePlayerDoVideoSample(quint32 tag, picture_t* picture) override;
+    block_t* OnMediaSourcePlayerDoAudioSample(quint32 tag, block_t* block, tagTavloAudioInfo& audioInfo) override;
+    void OnMediaSourcePlayerDoAudioFlush(bool discard) override;
+    qint32 OnMediaSourcePlayerDoAudioTime(qint64* time) override;
+    void OnMediaSourcePlayerDoAudioPause(qint64 time) override;
+    void OnMediaSourcePlayerDoAudioResume(qint64 time) override;
+    void OnMediaSourcePlayerState(qint32 state, qint32 index, qint32 count) override;
+
+private:
+    qint64 queuedFrames();
+    void note(int& counter);
+
+    std::mutex _lock;
+    std::condition_variable _changed;
+    tagTavloAudioInfo _audioInfo;
+    double _queued = 0.0; ///< frames that the device has not played
+    qint64 _queuedAt = 0; ///< monotonic microseconds
+};
+
+/// A player with a sink, made by the module.
+class PlayerStage
+{
+public:
+    PlayerStage();
+    ~PlayerStage();
+
+    explicit operator bool() const { return player != nullptr; }
+
+    /// Plays files or addresses.
+    void play(const QStringList& paths, bool loop = false);
+
+    qint64 time() const;
+    qint64 length() const;
+
+    tagTavloSourcePlayerInfo info;
+    tagTavloMediaFormatInfo wanted; ///< sizes and layouts as the input has them, unless changed
+    PlayerSink sink;
+    ITavloSourcePlayer* player = nullptr;
+
+private:
+    struct Module;
+    std::unique_ptr<Module> _module;
+};
+
+} // namespace tavlo::test

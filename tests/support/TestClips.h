@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <QtGlobal>
+
+namespace tavlo::test {
+
+/// A clip of which each picture says which one it is, and each second of sound which one that is.
+///
+/// The number of a picture stands in its upper half as 12 blocks, black or white, highest bit first; the lower half
+/// moves, so that no two pictures are alike. The sound of second n is a tone of 400 + 200 * (n % 8) Hz.
+struct ClipForm
+{
+    int width = 192;
+    int height = 108;
+    int fps = 25;
+    int frames = 50;
+    int firstNumber = 0; ///< of the first picture
+    bool pictures = true;
+    bool sound = true;
+    QStringList options{QStringLiteral("-c:v"),      QStringLiteral("libx264"), QStringLiteral("-preset"),
+                        QStringLiteral("ultrafast"), QStringLiteral("-g"),      QStringLiteral("12"),
+                        QStringLiteral("-bf"),       QStringLiteral("2"),       QStringLiteral("-c:a"),
+                        QStringLiteral("aac")};
+    QString suffix = QStringLiteral("mp4");
+};
+
+/// The clip's file, made by the `ffmpeg` command the first time it is asked for and kept to the end of the program.
+/// Empty, with a failure of the running test, when it cannot be made.
+QString clipFile(const ClipForm& form);
+
+/// The arguments that make `ffmpeg` send such a clip: sources and codecs, without the target.
+QStringList clipArguments(const ClipForm& form, bool endless, bool inRealTime);
+
+/// Runs `ffmpeg` to its end. \return whether it was content
+bool runFfmpeg(const QStringList& arguments);
+
+/// A file's path in the folder of the program's clips.
+QString clipFolderFile(const QString& name);
+
+/// The number that a picture shows, out of its brightness. -1 when the blocks are neither black nor white.
+/// \param luma    bytes, `stride` from one to the next in a row, `pitch` from row to row
+int pictureNumber(const quint8* luma, int width, int height, int pitch, int stride = 1);
+
+/// The second that a tone belongs to, 0 to 7; -1 for silence and anything else.
+/// \param samples  interleaved, of the left channel at each `channels`
+int toneSecond(const qint16* samples, int frames, int channels, int rate);
+
+} // namespace tavlo::test
