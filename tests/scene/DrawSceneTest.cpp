@@ -7,7 +7,7 @@
 #include "scene/SceneTest.h"
 #include "scene/Sprite.h"
 #include "scene/TextureCache.h"
-#include "scene/TreeSpec.h"
+#include "scene/TreePlan.h"
 #include "support/LogCapture.h"
 
 #include <QTemporaryDir>
@@ -23,15 +23,15 @@ namespace {
 class SceneGL : public SceneTest
 {
 public:
-    void draws(const TreeSpec& spec, const Rgba& clear, double tolerance)
+    void draws(const TreePlan& plan, const Rgba& clear, double tolerance)
     {
         const double alpha = clear[3] > 0 ? clear[3] : 1;
         director->setClearColor({static_cast<float>(clear[0] / alpha), static_cast<float>(clear[1] / alpha),
                                  static_cast<float>(clear[2] / alpha), static_cast<float>(clear[3])});
         root->removeAllChildren();
-        root->addChild(makeNodes(*this, spec));
+        root->addChild(makeNodes(*this, plan));
         step();
-        EXPECT_TRUE(isLike(shown(), drawReference(spec, viewWidth, viewHeight, clear), tolerance));
+        EXPECT_TRUE(isLike(shown(), drawReference(plan, viewWidth, viewHeight, clear), tolerance));
     }
 
     /// A pixel counted from the left bottom, 0 to 255.
@@ -61,16 +61,16 @@ TEST_F(SceneGL, treesOfAllKindsLookAsComputed)
 
 TEST_F(SceneGL, renderTexturesNestThreeDeep)
 {
-    using Kind = TreeSpec::Kind;
-    TreeSpec sprite{.kind = Kind::Sprite, .x = 3, .y = 2, .width = 17, .height = 13, .degrees = 10, .picture = 3};
-    TreeSpec inner{.kind = Kind::RenderTexture, .x = 15, .y = 12, .width = 21, .height = 15, .scaleX = 1.3};
+    using Kind = TreePlan::Kind;
+    TreePlan sprite{.kind = Kind::Sprite, .x = 3, .y = 2, .width = 17, .height = 13, .degrees = 10, .picture = 3};
+    TreePlan inner{.kind = Kind::RenderTexture, .x = 15, .y = 12, .width = 21, .height = 15, .scaleX = 1.3};
     inner.clear = Rgba{0, 0, 0, 0};
     inner.children = {sprite};
-    TreeSpec middle{.kind = Kind::RenderTexture, .x = 20, .y = 17, .width = 33, .height = 27, .degrees = 20};
+    TreePlan middle{.kind = Kind::RenderTexture, .x = 20, .y = 17, .width = 33, .height = 27, .degrees = 20};
     middle.clear = Rgba{0, 0.5, 0, 0.5};
     middle.opacity = 200;
     middle.children = {inner};
-    TreeSpec outer{.kind = Kind::RenderTexture, .x = 30, .y = 25, .width = 45, .height = 35, .scaleY = 1.2};
+    TreePlan outer{.kind = Kind::RenderTexture, .x = 30, .y = 25, .width = 45, .height = 35, .scaleY = 1.2};
     outer.clear = Rgba{0.3, 0, 0, 1};
     outer.children = {middle};
     draws(outer, {0, 0, 0.2, 1}, 4);
@@ -79,9 +79,9 @@ TEST_F(SceneGL, renderTexturesNestThreeDeep)
 
 TEST_F(SceneGL, whatCoversItsTargetIsNeitherClearedNorBlended)
 {
-    using Kind = TreeSpec::Kind;
+    using Kind = TreePlan::Kind;
     const Rgba clear{0.1, 0.3, 0.2, 0.6};
-    TreeSpec whole{.kind = Kind::Sprite, .width = viewWidth, .height = viewHeight, .picture = 4};
+    TreePlan whole{.kind = Kind::Sprite, .width = viewWidth, .height = viewHeight, .picture = 4};
     whole.children = {
         {.kind = Kind::LayerColor, .x = 5, .width = 11, .height = 13, .opacity = 77, .color = {255, 9, 99}}};
     draws(whole, clear, 2);

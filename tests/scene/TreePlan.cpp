@@ -1,4 +1,4 @@
-#include "scene/TreeSpec.h"
+#include "scene/TreePlan.h"
 
 #include "scene/ClippingRectangleNode.h"
 #include "scene/DrawNode.h"
@@ -13,7 +13,7 @@
 namespace tavlo::test {
 
 using namespace scene;
-using Kind = TreeSpec::Kind;
+using Kind = TreePlan::Kind;
 
 namespace {
 
@@ -26,7 +26,7 @@ struct Point
 };
 
 // From the parent's pixels back into the node's, one undone step after the other.
-Point toNode(const TreeSpec& node, Point p)
+Point toNode(const TreePlan& node, Point p)
 {
     const bool standsAtCorner = node.kind == Kind::LayerColor;
     const Point pivot{node.anchorX * node.width, node.anchorY * node.height};
@@ -36,9 +36,9 @@ Point toNode(const TreeSpec& node, Point p)
     return {p.x / node.scaleX + pivot.x, p.y / node.scaleY + pivot.y};
 }
 
-Point down(const std::vector<const TreeSpec*>& chain, Point p)
+Point down(const std::vector<const TreePlan*>& chain, Point p)
 {
-    for (const TreeSpec* node : chain)
+    for (const TreePlan* node : chain)
         p = toNode(*node, p);
     return p;
 }
@@ -70,7 +70,7 @@ public:
                   std::vector<bool>(static_cast<std::size_t>(width * height))}
     {}
 
-    void visit(const TreeSpec& node, std::array<double, 3> color, double opacity)
+    void visit(const TreePlan& node, std::array<double, 3> color, double opacity)
     {
         if (!node.visible)
             return;
@@ -83,12 +83,12 @@ public:
         if (node.kind == Kind::RenderTexture) {
             paint(node, ownColor, ownOpacity, inside(node));
         } else {
-            std::vector<const TreeSpec*> children;
-            for (const TreeSpec& child : node.children)
+            std::vector<const TreePlan*> children;
+            for (const TreePlan& child : node.children)
                 children.push_back(&child);
-            std::ranges::stable_sort(children, {}, &TreeSpec::zOrder);
+            std::ranges::stable_sort(children, {}, &TreePlan::zOrder);
             const auto first = std::ranges::find_if(children, [](const auto* child) { return child->zOrder >= 0; });
-            const auto visitChild = [&](const TreeSpec* child) {
+            const auto visitChild = [&](const TreePlan* child) {
                 visit(*child, keepsItsOwn ? std::array<double, 3>{1, 1, 1} : ownColor, keepsItsOwn ? 1 : ownOpacity);
             };
             if (node.kind == Kind::Clip)
@@ -108,29 +108,29 @@ public:
     Reference take() { return std::move(_result); }
 
 private:
-    static Reference inside(const TreeSpec& node)
+    static Reference inside(const TreePlan& node)
     {
-        TreeSpec all;
+        TreePlan all;
         all.children = node.children;
         return drawReference(all, static_cast<int>(node.width), static_cast<int>(node.height), *node.clear);
     }
 
     // Distance to the edge of the node's rectangle in its own pixels, positive inside.
-    static double depthIn(const TreeSpec& node, Point p)
+    static double depthIn(const TreePlan& node, Point p)
     {
         const Point middle{node.kind == Kind::RenderTexture ? node.width / 2 : 0,
                            node.kind == Kind::RenderTexture ? node.height / 2 : 0};
         return std::min({p.x + middle.x, p.y + middle.y, node.width - p.x - middle.x, node.height - p.y - middle.y});
     }
 
-    void paint(const TreeSpec& node, const std::array<double, 3>& color, double opacity, const Reference& picture)
+    void paint(const TreePlan& node, const std::array<double, 3>& color, double opacity, const Reference& picture)
     {
         for (int row = 0; row < _result.image.height; ++row)
             for (int column = 0; column < _result.image.width; ++column)
                 paintPixel(node, color, opacity, picture, column, row);
     }
 
-    void paintPixel(const TreeSpec& node, const std::array<double, 3>& color, double opacity, const Reference& picture,
+    void paintPixel(const TreePlan& node, const std::array<double, 3>& color, double opacity, const Reference& picture,
                     int column, int row)
     {
         const Point pixel{column + 0.5, _result.image.height - row - 0.5};
@@ -172,27 +172,27 @@ private:
     }
 
     Reference _result;
-    std::vector<const TreeSpec*> _chain;
-    std::vector<std::vector<const TreeSpec*>> _clips;
+    std::vector<const TreePlan*> _chain;
+    std::vector<std::vector<const TreePlan*>> _clips;
 };
 
 float toFloat(double value) { return static_cast<float>(value); }
 
-RefPtr<Node> makeBare(SceneTest& test, const TreeSpec& spec)
+RefPtr<Node> makeBare(SceneTest& test, const TreePlan& plan)
 {
     Director& director = *test.director;
-    const Size size{toFloat(spec.width), toFloat(spec.height)};
-    switch (spec.kind) {
+    const Size size{toFloat(plan.width), toFloat(plan.height)};
+    switch (plan.kind) {
     case Kind::Node:
         break;
     case Kind::LayerColor:
         return LayerColor::create(director, {255, 255, 255, 255}, size);
     case Kind::Sprite: {
         RefPtr<Sprite> sprite =
-            Sprite::createWithTexture(director, test.upload(testPicture(pictureWidth, pictureHeight, spec.picture)));
+            Sprite::createWithTexture(director, test.upload(testPicture(pictureWidth, pictureHeight, plan.picture)));
         sprite->setContentSize(size);
-        sprite->setFlippedY(spec.flippedY);
-        sprite->setTextureAlpha(spec.opaque ? TextureAlpha::Opaque : TextureAlpha::Premultiplied);
+        sprite->setFlippedY(plan.flippedY);
+        sprite->setTextureAlpha(plan.opaque ? TextureAlpha::Opaque : TextureAlpha::Premultiplied);
         return sprite;
     }
     case Kind::DrawNode: {
@@ -207,8 +207,8 @@ RefPtr<Node> makeBare(SceneTest& test, const TreeSpec& spec)
     }
     case Kind::RenderTexture: {
         RefPtr<RenderTexture> node =
-            RenderTexture::create(director, static_cast<int>(spec.width), static_cast<int>(spec.height));
-        const Rgba& clear = *spec.clear;
+            RenderTexture::create(director, static_cast<int>(plan.width), static_cast<int>(plan.height));
+        const Rgba& clear = *plan.clear;
         const double alpha = clear[3] > 0 ? clear[3] : 1;
         node->setAutoDraw(true);
         node->setClearFlags(RenderTexture::clearColorBit);
@@ -222,28 +222,28 @@ RefPtr<Node> makeBare(SceneTest& test, const TreeSpec& spec)
 
 } // namespace
 
-RefPtr<Node> makeNodes(SceneTest& test, const TreeSpec& spec)
+RefPtr<Node> makeNodes(SceneTest& test, const TreePlan& plan)
 {
-    RefPtr<Node> node = makeBare(test, spec);
-    node->setPosition(toFloat(spec.x), toFloat(spec.y));
-    node->setAnchorPoint({toFloat(spec.anchorX), toFloat(spec.anchorY)});
-    if (spec.kind != Kind::RenderTexture)
-        node->setContentSize({toFloat(spec.width), toFloat(spec.height)});
-    node->setScale(toFloat(spec.scaleX), toFloat(spec.scaleY));
-    node->setRotation(toFloat(spec.degrees));
-    node->setOpacity(static_cast<std::uint8_t>(spec.opacity));
-    node->setColor({static_cast<std::uint8_t>(spec.color[0]), static_cast<std::uint8_t>(spec.color[1]),
-                    static_cast<std::uint8_t>(spec.color[2])});
-    node->setVisible(spec.visible);
-    for (const TreeSpec& child : spec.children)
+    RefPtr<Node> node = makeBare(test, plan);
+    node->setPosition(toFloat(plan.x), toFloat(plan.y));
+    node->setAnchorPoint({toFloat(plan.anchorX), toFloat(plan.anchorY)});
+    if (plan.kind != Kind::RenderTexture)
+        node->setContentSize({toFloat(plan.width), toFloat(plan.height)});
+    node->setScale(toFloat(plan.scaleX), toFloat(plan.scaleY));
+    node->setRotation(toFloat(plan.degrees));
+    node->setOpacity(static_cast<std::uint8_t>(plan.opacity));
+    node->setColor({static_cast<std::uint8_t>(plan.color[0]), static_cast<std::uint8_t>(plan.color[1]),
+                    static_cast<std::uint8_t>(plan.color[2])});
+    node->setVisible(plan.visible);
+    for (const TreePlan& child : plan.children)
         node->addChild(makeNodes(test, child), child.zOrder);
     return node;
 }
 
-Reference drawReference(const TreeSpec& spec, int width, int height, const Rgba& clear)
+Reference drawReference(const TreePlan& plan, int width, int height, const Rgba& clear)
 {
     Painter painter(width, height, clear);
-    painter.visit(spec, {1, 1, 1}, 1);
+    painter.visit(plan, {1, 1, 1}, 1);
     return painter.take();
 }
 
@@ -261,48 +261,48 @@ testing::AssertionResult isLike(const Image& image, const Reference& reference, 
     return testing::AssertionSuccess();
 }
 
-TreeSpec randomTree(std::mt19937& random, int depth, double width, double height, bool upright)
+TreePlan randomTree(std::mt19937& random, int depth, double width, double height, bool upright)
 {
     const auto number = [&random](double low, double high) {
         return std::uniform_real_distribution<double>(low, high)(random);
     };
     const auto whole = [&random](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
-    TreeSpec spec;
+    TreePlan plan;
     do {
-        spec.kind = static_cast<Kind>(whole(depth > 0 ? 0 : 1, depth > 0 ? 5 : 3));
-    } while (spec.kind == Kind::Clip && !upright); // a clip turned is that of the upright rectangle around it
-    spec.width = std::floor(number(width / 4, width));
-    spec.height = std::floor(number(height / 4, height));
-    spec.x = number(0, width / 2);
-    spec.y = number(0, height / 2);
-    spec.scaleX = number(0.6, 1.4);
-    spec.scaleY = number(0.6, 1.4);
-    spec.zOrder = whole(-1, 2);
-    spec.opacity = whole(0, 2) == 0 ? 255 : whole(90, 255);
-    spec.color = {whole(100, 255), whole(100, 255), whole(100, 255)};
-    spec.visible = whole(0, 8) != 0;
-    spec.flippedY = spec.kind == Kind::Sprite && whole(0, 1) == 1;
-    spec.opaque = spec.kind == Kind::Sprite && whole(0, 3) == 0;
-    spec.picture = static_cast<unsigned>(whole(1, 2));
-    if (spec.kind == Kind::RenderTexture) {
+        plan.kind = static_cast<Kind>(whole(depth > 0 ? 0 : 1, depth > 0 ? 5 : 3));
+    } while (plan.kind == Kind::Clip && !upright); // a clip turned is that of the upright rectangle around it
+    plan.width = std::floor(number(width / 4, width));
+    plan.height = std::floor(number(height / 4, height));
+    plan.x = number(0, width / 2);
+    plan.y = number(0, height / 2);
+    plan.scaleX = number(0.6, 1.4);
+    plan.scaleY = number(0.6, 1.4);
+    plan.zOrder = whole(-1, 2);
+    plan.opacity = whole(0, 2) == 0 ? 255 : whole(90, 255);
+    plan.color = {whole(100, 255), whole(100, 255), whole(100, 255)};
+    plan.visible = whole(0, 8) != 0;
+    plan.flippedY = plan.kind == Kind::Sprite && whole(0, 1) == 1;
+    plan.opaque = plan.kind == Kind::Sprite && whole(0, 3) == 0;
+    plan.picture = static_cast<unsigned>(whole(1, 2));
+    if (plan.kind == Kind::RenderTexture) {
         const double alpha = whole(0, 2) / 2.0;
-        spec.clear = Rgba{std::round(alpha * 0.4 * 255) / 255, 0, std::round(alpha * 0.8 * 255) / 255,
+        plan.clear = Rgba{std::round(alpha * 0.4 * 255) / 255, 0, std::round(alpha * 0.8 * 255) / 255,
                           std::round(alpha * 255) / 255};
-        spec.x = number(width / 3, width / 2); // its middle
-        spec.y = number(height / 3, height / 2);
-        spec.width = std::max(spec.width, 8.0);
-        spec.height = std::max(spec.height, 8.0);
+        plan.x = number(width / 3, width / 2); // its middle
+        plan.y = number(height / 3, height / 2);
+        plan.width = std::max(plan.width, 8.0);
+        plan.height = std::max(plan.height, 8.0);
     } else {
-        spec.anchorX = number(0, 1);
-        spec.anchorY = number(0, 1);
+        plan.anchorX = number(0, 1);
+        plan.anchorY = number(0, 1);
     }
-    if (spec.kind != Kind::Clip)
-        spec.degrees = whole(0, 1) == 0 ? 0 : number(-170, 170);
-    const bool within = spec.kind == Kind::RenderTexture || (upright && spec.degrees == 0);
+    if (plan.kind != Kind::Clip)
+        plan.degrees = whole(0, 1) == 0 ? 0 : number(-170, 170);
+    const bool within = plan.kind == Kind::RenderTexture || (upright && plan.degrees == 0);
     for (int child = whole(1, 3); depth > 0 && child > 0; --child)
-        spec.children.push_back(
-            randomTree(random, depth - 1, std::max(spec.width, 12.0), std::max(spec.height, 12.0), within));
-    return spec;
+        plan.children.push_back(
+            randomTree(random, depth - 1, std::max(plan.width, 12.0), std::max(plan.height, 12.0), within));
+    return plan;
 }
 
 } // namespace tavlo::test

@@ -9,7 +9,7 @@
 namespace tavlo::test {
 
 /// A tree that is both made of nodes and computed on the processor, pixel by pixel, in plain double arithmetic.
-struct TreeSpec
+struct TreePlan
 {
     enum class Kind
     {
@@ -30,14 +30,14 @@ struct TreeSpec
     bool visible = true, flippedY = false, opaque = false;
     unsigned picture = 0;        ///< of a sprite: seed of its texture
     std::optional<Rgba> clear{}; ///< of a render texture: multiplied by alpha
-    std::vector<TreeSpec> children{};
+    std::vector<TreePlan> children{};
 };
 
 /// A tree of every kind, up to that depth; render textures within render textures as deep.
-TreeSpec randomTree(std::mt19937& random, int depth, double width, double height, bool upright = true);
+TreePlan randomTree(std::mt19937& random, int depth, double width, double height, bool upright = true);
 
 /// The nodes of a tree. Textures are those that `SceneTest::upload` makes of the pictures.
-scene::RefPtr<scene::Node> makeNodes(SceneTest& test, const TreeSpec& spec);
+scene::RefPtr<scene::Node> makeNodes(SceneTest& test, const TreePlan& plan);
 
 /// What the tree looks like, and which pixels lie so near to an edge that either side would be right.
 struct Reference
@@ -45,7 +45,7 @@ struct Reference
     Image image;
     std::vector<bool> unsure;
 };
-Reference drawReference(const TreeSpec& spec, int width, int height, const Rgba& clear);
+Reference drawReference(const TreePlan& plan, int width, int height, const Rgba& clear);
 
 /// Fails with the first pixel that is further off than that, 0 to 255.
 testing::AssertionResult isLike(const Image& image, const Reference& reference, double tolerance);
