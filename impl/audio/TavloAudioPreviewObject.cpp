@@ -170,8 +170,11 @@ void TavloAudioPreviewObject::writeAudio(quint32 channel, quint32 index, double 
     if (!renderer.object)
         return;
     if (const quint32 openTime = renderer.openTime; openTime != 0) {
-        if (tavlo::millisecondClock() - openTime < settlingTime)
+        if (tavlo::millisecondClock() - openTime < settlingTime) {
+            renderer.object->skip(static_cast<int>(block->i_buffer), format.channels, format.bitsPerSample,
+                                  format.sampleRate);
             return;
+        }
         renderer.openTime = 0;
     }
     if (renderer.volume.exchange(volume) != volume)

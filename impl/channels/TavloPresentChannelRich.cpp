@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "drawing/PictureChroma.h"
+#include "drawing/SavedPicture.h"
 
 #include <tavlo/records/EngineRecords.h>
 
@@ -9,10 +10,6 @@
 #include "scene/EventDispatcher.h"
 
 #include <QDebug>
-#include <QFileInfo>
-#include <QImage>
-#include <QSaveFile>
-#include <QThreadPool>
 
 #include <algorithm>
 
@@ -21,27 +18,6 @@ using namespace tavlo;
 namespace {
 
 constexpr auto sourceName = "impl\\TavloPresentChannel";
-
-/// Any thread: waits for the copy to arrive, not for the frame thread. The file is there whole or not at all.
-void writePicture(graphics::Texture& staging, const QString& path, QSize size)
-{
-    const auto mapped = staging.mapRead();
-    if (!mapped) {
-        qDebug() << "failed to save picture" << path;
-        return;
-    }
-    const QImage picture(reinterpret_cast<const uchar*>(mapped->data), static_cast<int>(staging.desc().width),
-                         static_cast<int>(staging.desc().height), static_cast<qsizetype>(mapped->rowPitch),
-                         QImage::Format_RGBA8888_Premultiplied);
-    const QImage wanted =
-        size.isEmpty() ? picture.copy() : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    staging.unmapRead();
-    QSaveFile file(path);
-    const QByteArray format = QFileInfo(path).suffix().toLatin1();
-    if (!file.open(QIODevice::WriteOnly) || !wanted.save(&file, format.isEmpty() ? "png" : format.constData()) ||
-        !file.commit())
-        qDebug() << "failed to save picture" << path << file.errorString();
-}
 
 } // namespace
 
@@ -209,16 +185,7 @@ void TavloPresentChannelRich::savePicture(const QString& path, QSize size)
 {
     if (!_target || path.isEmpty())
         return;
-    graphics::TextureDesc desc = _targetDesc;
-    desc.usage = graphics::Usage::Staging;
-    desc.renderTarget = false;
-    const graphics::TexturePtr staging = _site.device->createTexture(desc);
-    if (!staging || !_site.context->copyResource(*staging, targetTexture())) {
-        qDebug() << "failed to save picture" << path;
-        return;
-    }
-    _site.context->flush();
-    QThreadPool::globalInstance()->start([staging, path, size] { writePicture(*staging, path, size); });
+    tavlo::savePicture(*_site.device, *_site.context, targetTexture(), path, size);
 }
 
 std::optional<scene::Vec2> TavloPresentChannelRich::toFrame(scene::Vec2 inView) const

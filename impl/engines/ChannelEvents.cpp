@@ -2,8 +2,6 @@
 
 #include <tavlo/records/OutputRecords.h>
 
-#include <QSize>
-
 namespace tavlo {
 
 namespace {
@@ -244,11 +242,6 @@ std::vector<EventRow> channelEventRows(ChannelSet& channels)
                                                         channel.setAudioEffect(
                                                             payload<tagTavloAudioEffectParam>(args.a2));
                                                     })},
-        {TavloEventSaveChannelPicture, onChannel(channels,
-                                                 [](Channel& channel, EventArguments args) {
-                                                     channel.savePicture(payload<QString>(args.a2),
-                                                                         payload<QSize>(args.a3));
-                                                 })},
     };
 }
 

@@ -2,7 +2,10 @@
 
 #include "engines/ChannelEvents.h"
 
+#include "drawing/SavedPicture.h"
+
 #include <QColor>
+#include <QDebug>
 
 using namespace tavlo;
 
@@ -39,6 +42,11 @@ std::vector<EventRow> TavloPresentEnginePrivate::eventRows()
                  _channels.program()->setAudioMixer(_audioMixerParam);
              if (_channels.preview())
                  _channels.preview()->setAudioMixer(_audioMixerParam);
+             return done;
+         }},
+        {TavloEventSaveChannelPicture,
+         [this, done](EventArguments args) -> std::optional<QVariant> {
+             saveChannelPicture(payload<int>(args.a1), payload<QString>(args.a2), payload<QSize>(args.a3));
              return done;
          }},
     };
@@ -96,6 +104,18 @@ quint64 TavloPresentEnginePrivate::channelPicture(int channelId, bool& flippedY,
     size = QSizeF(texture->desc().width, texture->desc().height);
     shaderView = static_cast<quint64>(reinterpret_cast<quintptr>(texture.get()));
     return shaderView;
+}
+
+void TavloPresentEnginePrivate::saveChannelPicture(int channelId, const QString& path, QSize size)
+{
+    if (TavloPresentChannelRich* const channel = _channels.find(channelId)) {
+        channel->savePicture(path, size);
+    } else if (channelId == static_cast<int>(TavloPresentChannelIDCanvas) && !path.isEmpty()) {
+        if (const graphics::TexturePtr canvas = _world.canvasPicture())
+            savePicture(*_world.device(), *_world.context(), canvas, path, size);
+        else
+            qDebug() << "failed to save picture" << path << "of a canvas that is a window";
+    }
 }
 
 scene::RenderTexture* TavloPresentEnginePrivate::channelTarget(int channelId, quint64* shaderView, QSizeF* size)

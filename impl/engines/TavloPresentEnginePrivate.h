@@ -77,6 +77,9 @@ protected:
     tavlo::GraphicsWorld& world() { return _world; }
 
 private:
+    /// A channel's picture, or with TavloPresentChannelIDCanvas, off screen, that of the whole canvas.
+    void saveChannelPicture(int channelId, const QString& path, QSize size);
+
     std::vector<tavlo::EventRow> eventRows();
 
     // Creation, a function for each step

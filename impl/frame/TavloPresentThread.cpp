@@ -11,7 +11,7 @@
 namespace {
 
 constexpr quint64 secondMicroseconds = 1'000'000;
-constexpr quint64 spinMicroseconds = 12'000; ///< this close to the next frame the loop no longer sleeps
+constexpr quint64 napMicroseconds = 2'000; ///< this close to the next frame the loop only naps
 constexpr float fallbackFps = 64.0F;
 
 quint64 now() { return static_cast<quint64>(tavlo::monotonicMicroseconds()); }
@@ -99,6 +99,8 @@ void TavloPresentThread::postEvent(qulonglong event, QVariant a1, QVariant a2, Q
 
 quint64 TavloPresentThread::frameInterval() const { return _frameInterval; }
 
+quint64 TavloPresentThread::missedFrames() const { return _missedFrames; }
+
 double TavloPresentThread::getCurrentFps() const { return _currentFps; }
 
 double TavloPresentThread::getCalFps() { return _rate.samplerateCurrent(true) * 1000.0; }
@@ -132,9 +134,16 @@ void TavloPresentThread::onThreadRun()
         const quint64 interval = _frameInterval;
         const quint64 elapsed = now() - lastFrame;
         if (elapsed >= interval) {
-            // Not the last frame's time plus an interval: after a late frame the pace goes on from here, and no
-            // frames are made up for.
-            lastFrame = now();
+            // Up to half an interval the pace makes up for a late frame, so that the rate holds over hours. After a
+            // later one it goes on from here: no frames are made up for.
+            const quint64 late = elapsed - interval;
+            if (late * 2 < interval) {
+                lastFrame += interval;
+            } else {
+                lastFrame = now();
+                if (interval > 0)
+                    _missedFrames += (late * 2 + interval) / (interval * 2);
+            }
             if (lastFrame - secondStart > secondMicroseconds) {
                 _currentFps = framesThisSecond;
                 framesThisSecond = 0;
@@ -146,10 +155,10 @@ void TavloPresentThread::onThreadRun()
             _started = true;
             _rate.Deliver(1);
         }
-        if (elapsed + spinMicroseconds < interval)
+        if (elapsed + napMicroseconds < interval)
             QThread::msleep(1);
         else
-            _thread->relax();
+            TavloPresentThreadWorker::nap();
     } while (_running || _pendingEvents != 0);
 
     qDebug() << "enter onThreadEnd";
@@ -170,6 +179,7 @@ void TavloPresentThread::slot_postEvent(qulonglong event, QVariant a1, QVariant 
 void TavloPresentThread::beginRun()
 {
     _currentFps = 0.0;
+    _missedFrames = 0;
     _frameId = 0;
 }
 

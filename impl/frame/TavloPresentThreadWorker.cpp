@@ -8,27 +8,28 @@
 #include <mutex>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/prctl.h>
 #include <time.h>
 
 namespace {
 
-constexpr timespec nap{0, 50'000}; // nanoseconds
+constexpr timespec napTime{0, 50'000};                // nanoseconds
+constexpr unsigned long timerSlackNanoseconds = 1000; ///< a normal thread's sleeps are stretched by 50 times as much
 
 // QThread's priorities have no effect under the normal Linux scheduler, so the time-critical one is asked for by name.
 // The lowest real-time priority is enough to go before all normal threads and leaves room for the system's own.
-bool askForRealTime()
+void askForRealTime()
 {
     sched_param priority{};
     priority.sched_priority = sched_get_priority_min(SCHED_RR);
     const int error = pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
     if (error == 0)
-        return true;
+        return;
     static std::once_flag told;
     std::call_once(told, [error] {
         qDebug() << "no real-time scheduling for the frame thread, frames may come late under load:"
                  << std::strerror(error);
     });
-    return false;
 }
 
 } // namespace
@@ -44,16 +45,13 @@ void TavloPresentThreadWorker::startFor(QThread* home)
     _ended = false;
 }
 
-void TavloPresentThreadWorker::relax()
-{
-    if (_realTime)
-        clock_nanosleep(CLOCK_MONOTONIC, 0, &nap, nullptr);
-}
+void TavloPresentThreadWorker::nap() { clock_nanosleep(CLOCK_MONOTONIC, 0, &napTime, nullptr); }
 
 void TavloPresentThreadWorker::run()
 {
     setPriority(QThread::TimeCriticalPriority);
-    _realTime = askForRealTime();
+    askForRealTime();
+    prctl(PR_SET_TIMERSLACK, timerSlackNanoseconds); // what has real-time priority has none
     _owner.onThreadRun();
     _owner.moveToThread(_home); // only the thread on which an object lives can send it away
     _ended.store(true, std::memory_order_release);

@@ -18,10 +18,9 @@ public:
     /// Whether the loop has ended and the owner object is back. What the loop wrote is seen by whoever sees that.
     bool hasEnded() const { return _ended.load(std::memory_order_acquire); }
 
-    /// For a turn of the loop that has no time to sleep. A thread of normal priority goes on at once: the scheduler
-    /// shares its core. A real-time one would keep all others off the core while it spins, so it naps for a moment
-    /// that costs no precision: real-time sleepers wake to the microsecond. Worker's thread.
-    void relax();
+    /// Sleeps for 50 microseconds and some that the scheduler takes; a thread that spun instead would keep others off
+    /// its core for milliseconds of each frame. Worker's thread.
+    static void nap();
 
 protected:
     void run() override;
@@ -29,6 +28,5 @@ protected:
 private:
     TavloPresentThread& _owner; // fixed after construction
     QThread* _home = nullptr;   // written before the thread starts
-    bool _realTime = false;     // worker's thread
     std::atomic<bool> _ended = true;
 };

@@ -4,6 +4,8 @@
 
 #include "records/fields/AllFields.h"
 
+#include <QDomDocument>
+
 #include <array>
 
 namespace tavlo {
@@ -72,17 +74,30 @@ QStringList TavloPresentUtil::recordTypes()
     return names;
 }
 
-QList<TavloXmlFinding> TavloPresentUtil::checkXml(const QString& text, const QString& recordType)
+QList<TavloXmlFinding> TavloPresentUtil::checkDomElement(const QDomElement& element, const QString& recordType)
 {
     const auto row =
         std::ranges::find(tavlo::checks, recordType, [](const tavlo::CheckRow& r) { return QLatin1String(r.record); });
     if (row == tavlo::checks.end())
         return {{0, 0, {}, QStringLiteral("\"%1\" is no type of record").arg(recordType)}};
-
-    tavlo::XmlText xml(text);
-    if (!xml.isParsed())
-        return {{xml.errorLine(), xml.errorColumn(), {}, QStringLiteral("no XML: %1").arg(xml.errorText())}};
     tavlo::XmlFindings findings;
-    row->check(xml.root(), findings, {});
+    row->check(element, findings, {});
     return findings.take();
+}
+
+bool TavloPresentUtil::parseXml(const QString& text, QDomDocument& document, TavloXmlFinding& fault)
+{
+    const tavlo::XmlText xml(text);
+    document = xml.isParsed() ? xml.document() : QDomDocument();
+    if (!xml.isParsed())
+        fault = {xml.errorLine(), xml.errorColumn(), {}, QStringLiteral("no XML: %1").arg(xml.errorText())};
+    return xml.isParsed();
+}
+
+QList<TavloXmlFinding> TavloPresentUtil::checkXml(const QString& text, const QString& recordType)
+{
+    QDomDocument document;
+    TavloXmlFinding fault;
+    return parseXml(text, document, fault) ? checkDomElement(document.documentElement(), recordType)
+                                           : QList<TavloXmlFinding>{fault};
 }

@@ -18,6 +18,8 @@ public:
     /// The document's root element; null where the text isn't parsed.
     QDomElement root() const { return _document.documentElement(); }
 
+    QDomDocument document() const { return _document; }
+
     QString errorText() const { return _errorText; }
     int errorLine() const { return _errorLine; }     ///< from 1
     int errorColumn() const { return _errorColumn; } ///< from 1

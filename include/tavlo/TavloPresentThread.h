@@ -58,6 +58,10 @@ public:
     /// Wanted distance between two frames, microseconds; 0 steps without pause. Any thread.
     quint64 frameInterval() const;
 
+    /// Frames of this run that were never stepped, because the one before took too long or the machine was busy; 0 in
+    /// step mode. Any thread.
+    quint64 missedFrames() const;
+
     /// Frames counted in the last full second, less the one on which the second ended; 0 in step mode. Any thread.
     double getCurrentFps() const;
 
@@ -108,6 +112,7 @@ private:
     std::atomic<quint64> _frameInterval = 40000; ///< microseconds; 0 steps on every turn of the loop
     std::atomic<double> _currentFps = 0.0;
     std::atomic<ITavloPresentThreadSink*> _sink = nullptr;
+    std::atomic<quint64> _missedFrames = 0;
     std::atomic<bool> _started = false;     ///< the first frame has stepped
     std::atomic<qint32> _pendingEvents = 0; ///< accepted and not yet reported
     std::atomic<TavloPresentThreadMode> _mode = TavloPresentThreadModeThread;

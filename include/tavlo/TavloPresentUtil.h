@@ -13,6 +13,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <utility>
+
+class QDomDocument;
 class QDomElement;
 class QXmlStreamWriter;
 class ITavloAudioPreviewObject;
@@ -66,6 +69,14 @@ public:
     /// \param recordType  such as "tagTavloPresentSourceInfo"
     static QList<TavloXmlFinding> checkXml(const QString& text, const QString& recordType);
 
+    /// The same for an element of a document that `parseXml` made; an element of another document is told without
+    /// line and column.
+    static QList<TavloXmlFinding> checkDomElement(const QDomElement& element, const QString& recordType);
+
+    /// Reads a text from outside into a document. False, with the fault, for a text that is no XML or nests too deep:
+    /// the document is then empty.
+    static bool parseXml(const QString& text, QDomDocument& document, TavloXmlFinding& fault);
+
     /// The types that checkXml knows.
     static QStringList recordTypes();
 
@@ -98,6 +109,11 @@ public:
 
     /// The channel of a path string: 65535 for a text that is none, 0 for one that names no source channel 0 to 63.
     static TavloPresentChannelID fromPathString(const QString& text);
+
+    // --- the library ---
+
+    /// What the library is and stands on, as name and version: "tavlo", "Qt", "FFmpeg".
+    static QList<std::pair<QString, QString>> libraryVersions();
 
     // --- graphics devices ---
 

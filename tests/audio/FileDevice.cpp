@@ -73,4 +73,6 @@ void FileDevice::makeLate()
     EXPECT_EQ(mkfifo(path().toUtf8().constData(), 0600), 0);
 }
 
+void FileDevice::makePrompt() { QFile::remove(path()); }
+
 } // namespace tavlo::test

@@ -31,6 +31,7 @@ public:
 
     /// From the next opening on the device takes as long to open as nobody reads the file.
     void makeLate();
+    void makePrompt();
 
 private:
     FileDevice();

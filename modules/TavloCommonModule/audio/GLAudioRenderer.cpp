@@ -25,10 +25,24 @@ void GLAudioRenderer::release()
     _context = nullptr;
 }
 
+namespace {
+
+tavlo::SoundFormat formatOf(int channels, int bits, int rate)
+{
+    return {channels, bits == 8 || bits == 16 ? bits : 0, rate}; // 32 bits need not be floats
+}
+
+} // namespace
+
 bool GLAudioRenderer::write(const void* data, int length, int channels, int bits, int rate)
 {
-    const int known = bits == 8 || bits == 16 ? bits : 0; // 32 bits need not be floats
-    return _input && _input->write(data, length, {channels, known, rate});
+    return _input && _input->write(data, length, formatOf(channels, bits, rate));
+}
+
+void GLAudioRenderer::skip(int length, int channels, int bits, int rate)
+{
+    if (_input)
+        _input->skip(length, formatOf(channels, bits, rate));
 }
 
 void GLAudioRenderer::listen()

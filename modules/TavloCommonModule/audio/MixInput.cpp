@@ -31,16 +31,8 @@ MixInput::MixInput(int channels, int rate, int block)
 bool MixInput::write(const void* data, int length, const SoundFormat& format)
 {
     const std::lock_guard lock(_writeLock);
-    if (format != _resampler.source()) {
-        _earlierMicroseconds = _writtenMicroseconds;
-        _sourceFrames = 0;
-    }
-    if (!_resampler.setSource(format)) {
-        if (!std::exchange(_failureTold, true))
-            qDebug() << "sound mix: cannot convert channels, bits, rate" << format.channels << format.bits
-                     << format.rate;
+    if (!takeFormat(format))
         return false;
-    }
     const int sourceFrames = length / format.frameBytes();
     if (!data || sourceFrames <= 0)
         return true;
@@ -50,11 +42,38 @@ bool MixInput::write(const void* data, int length, const SoundFormat& format)
     // Shorter blocks count little by little: one short block does not make a source a punctual one.
     const int longest = _longestBlock.load(std::memory_order_relaxed);
     _longestBlock.store(std::max(frames, longest - longest / 64), std::memory_order_relaxed);
-    _sourceFrames += sourceFrames;
     _ring.write(_resampler.samples(), frames);
+    countSource(sourceFrames, format);
+    return true;
+}
+
+void MixInput::skip(int length, const SoundFormat& format)
+{
+    const std::lock_guard lock(_writeLock);
+    if (takeFormat(format))
+        countSource(length / format.frameBytes(), format);
+}
+
+/// Under the lock.
+bool MixInput::takeFormat(const SoundFormat& format)
+{
+    if (format != _resampler.source()) {
+        _earlierMicroseconds = _writtenMicroseconds;
+        _sourceFrames = 0;
+    }
+    if (_resampler.setSource(format))
+        return true;
+    if (!std::exchange(_failureTold, true))
+        qDebug() << "sound mix: cannot convert channels, bits, rate" << format.channels << format.bits << format.rate;
+    return false;
+}
+
+/// Under the lock.
+void MixInput::countSource(int frames, const SoundFormat& format)
+{
+    _sourceFrames += frames;
     _writtenMicroseconds.store(_earlierMicroseconds + _sourceFrames * 1'000'000 / format.rate,
                                std::memory_order_relaxed);
-    return true;
 }
 
 void MixInput::flush(bool now) { (now ? _dropped : _complete).store(_ring.writePosition(), std::memory_order_release); }

@@ -28,6 +28,9 @@ public:
     /// False for a format that cannot be converted. \param length bytes
     bool write(const void* data, int length, const SoundFormat& format);
 
+    /// Counts sound as dropped that is not written.
+    void skip(int length, const SoundFormat& format);
+
     void listen() { _isListening = true; }
     void pause(bool paused) { _isPaused = paused; }
     void flush(bool now);
@@ -44,6 +47,8 @@ public:
     bool take(float* block);
 
 private:
+    bool takeFormat(const SoundFormat& format);
+    void countSource(int frames, const SoundFormat& format);
     bool canBegin(int waiting) const;
     void begin();
     void end(float* block, int frames, int known);

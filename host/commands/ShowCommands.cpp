@@ -1,0 +1,234 @@
+// The commands that put a show on: out of arguments, or out of a file.
+
+#include "Console.h"
+#include "commands/Commands.h"
+#include "live/LiveRun.h"
+#include "show/CueArguments.h"
+#include "show/ShowFile.h"
+#include "show/SwitchShow.h"
+
+#include <QCommandLineParser>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace tavlo::host {
+namespace {
+
+/// Reads arguments and keeps the first thing that is wrong with them.
+class Arguments
+{
+public:
+    explicit Arguments(const QString& usage) : _usage(usage) {}
+
+    void add(const char* name, const char* value = nullptr)
+    {
+        const QString option = QLatin1String(name);
+        _parser.addOption(value ? QCommandLineOption(option, {}, QLatin1String(value)) : QCommandLineOption(option));
+    }
+
+    bool parse(const QStringList& arguments)
+    {
+        if (!_parser.parse(QStringList{QString()} + arguments))
+            fail(_parser.errorText());
+        return _error.isEmpty();
+    }
+
+    QStringList names() const { return _parser.positionalArguments(); }
+    bool has(const char* name) const { return _parser.isSet(QLatin1String(name)); }
+    QString text(const char* name) const { return _parser.value(QLatin1String(name)); }
+
+    /// The option's number; `fallback` where it is not given.
+    double number(const char* name, double fallback, double least, double most)
+    {
+        if (!has(name))
+            return fallback;
+        bool good = false;
+        const double value = text(name).toDouble(&good);
+        if (!good || value < least || value > most)
+            fail(QStringLiteral("--%1 %2: wants a number from %3 to %4")
+                     .arg(QLatin1String(name), text(name))
+                     .arg(least)
+                     .arg(most));
+        return value;
+    }
+
+    /// The option's size, as 1280x720.
+    QSize size(const char* name, QSize fallback)
+    {
+        if (!has(name))
+            return fallback;
+        const QStringList parts = text(name).split(u'x');
+        const QSize size(parts.value(0).toInt(), parts.value(1).toInt());
+        if (parts.size() != 2 || size.width() < 16 || size.height() < 16 || size.width() > 16384 ||
+            size.height() > 16384)
+            fail(QStringLiteral("--%1 %2: wants a size such as 1280x720").arg(QLatin1String(name), text(name)));
+        return size;
+    }
+
+    void fail(const QString& error)
+    {
+        if (_error.isEmpty())
+            _error = error;
+    }
+
+    /// Tells what is wrong, if anything is.
+    bool areGood() const
+    {
+        if (!_error.isEmpty())
+            err() << _error << '\n' << "usage: " << _usage << Qt::endl;
+        return _error.isEmpty();
+    }
+
+private:
+    const QString _usage;
+    QCommandLineParser _parser;
+    QString _error;
+};
+
+/// So many channels that the multi-view has a grid for them.
+quint32 channelsFor(std::size_t sources)
+{
+    int rows = 1, columns = 1, count = static_cast<int>(sources);
+    const auto hasGrid = [&] {
+        TavloPresentUtil::prefetchGridNum(count, rows, columns);
+        return rows * columns == count;
+    };
+    while (!hasGrid() && count < TavloMixedChannelLimit)
+        ++count;
+    return static_cast<quint32>(hasGrid() ? count : static_cast<int>(sources));
+}
+
+int putOn(Show show, const LiveOptions& options)
+{
+    const bool records = !show.outputs.empty();
+    LiveRun run(std::move(show), options);
+    const int status = run.run();
+    if (status != Done) {
+        err() << "the engine could not start; what it said stands in the log (TAVLO_LOG=1 shows it)" << Qt::endl;
+        return status;
+    }
+    if (records && run.figures().output.recordState == tagTavloOutputStatistics::Waiting)
+        err() << "the recording could not be written: the disk is full, gone or read-only" << Qt::endl;
+    for (const SourceFigures& source : run.figures().sources) {
+        if (source.statistics.width == 0 && source.statistics.audioSampleRate == 0)
+            err() << "channel " << source.channel << " (" << source.statistics.name << ") never had a picture"
+                  << Qt::endl;
+    }
+    return printSummary(run.figures());
+}
+
+LiveOptions optionsOf(Arguments& arguments)
+{
+    LiveOptions options;
+    options.window = arguments.has("window");
+    options.snapshot = arguments.text("snapshot");
+    options.canvas = arguments.size("canvas", options.canvas);
+    options.quiet = arguments.has("quiet");
+    return options;
+}
+
+} // namespace
+
+int switchCommand(const QStringList& given)
+{
+    Arguments arguments(QStringLiteral(
+        "tavlo switch CLIP... [--effect NAME|NUMBER|random] [--every SECONDS] [--take-time SECONDS] [--size 1280x720] "
+        "[--fps 25] [--record FILE] [--record-period SECONDS] [--stream URL] [--seconds N] [--window] [--canvas "
+        "1280x720] "
+        "[--snapshot FILE.png] [--quiet]"));
+    for (const char* name : {"effect", "every", "take-time", "size", "fps", "record", "record-period", "stream",
+                             "seconds", "canvas", "snapshot"})
+        arguments.add(name, "value");
+    arguments.add("window");
+    arguments.add("quiet");
+    arguments.parse(given);
+
+    Show show;
+    const QSize size = arguments.size("size", {1280, 720});
+    const double fps = arguments.number("fps", 25, 1, 240);
+    tagTavloVideoInfo& video = show.engine.videoInfo;
+    video.width = video.sourceWidth = size.width();
+    video.height = video.sourceHeight = size.height();
+    video.fpsNum = static_cast<qint32>(std::lround(fps));
+    show.seconds = arguments.number("seconds", 0, 0, 1e9);
+    const QStringList clips = arguments.names();
+    if (clips.isEmpty() || clips.size() > TavloMixedChannelLimit)
+        arguments.fail(QStringLiteral("wants 1 to %1 clips, addresses or devices").arg(TavloMixedChannelLimit));
+    for (const QString& clip : clips) {
+        ShowSource& source = show.sources.emplace_back();
+        QString error;
+        source.channel = static_cast<int>(show.sources.size()) - 1;
+        source.info = sourceNamed(clip, error);
+        source.picture.miscParam.name = QFileInfo(clip).completeBaseName();
+        if (!error.isEmpty())
+            arguments.fail(error);
+    }
+    show.engine.channelCount = channelsFor(show.sources.size());
+    show.engine.pvmAudioDevName = QStringLiteral("None");
+    show.engine.pgmAudioDevName = arguments.has("window") ? QString() : QStringLiteral("None");
+
+    Rotation rotation;
+    rotation.every = arguments.number("every", 5, 0.04, 1e6);
+    rotation.channels = static_cast<int>(show.sources.size());
+    rotation.effect.duration = static_cast<float>(arguments.number("take-time", 0.8, 0, 60));
+    if (arguments.has("effect"))
+        rotation.effect.effect = transitionNumber(arguments.text("effect"));
+    if (rotation.effect.effect < 0)
+        arguments.fail(QStringLiteral("--effect %1: there is no such transition; \"tavlo effects\" lists them")
+                           .arg(arguments.text("effect")));
+    show.rotation = rotation;
+
+    QString error;
+    if (arguments.has("record") && !recordTo(arguments.text("record"), show, error))
+        arguments.fail(error);
+    if (arguments.has("stream") && !streamTo(arguments.text("stream"), show, error))
+        arguments.fail(error);
+    if (arguments.has("record-period")) {
+        for (ShowOutput& output : show.outputs)
+            output.param.recordPeriod = static_cast<quint32>(arguments.number("record-period", 0, 0, 1e6));
+    }
+    const LiveOptions options = optionsOf(arguments);
+    return arguments.areGood() ? putOn(std::move(show), options) : WrongUse;
+}
+
+int runCommand(const QStringList& given)
+{
+    Arguments arguments(
+        QStringLiteral("tavlo run SHOW.xml [--window] [--canvas 1280x720] [--seconds N] [--record FILE] "
+                       "[--snapshot FILE.png] [--quiet]"));
+    for (const char* name : {"seconds", "record", "canvas", "snapshot"})
+        arguments.add(name, "value");
+    arguments.add("window");
+    arguments.add("quiet");
+    arguments.parse(given);
+    if (arguments.names().size() != 1)
+        arguments.fail(QStringLiteral("wants one show file"));
+    const LiveOptions options = optionsOf(arguments);
+    const double seconds = arguments.number("seconds", 0, 0, 1e9);
+    if (!arguments.areGood())
+        return WrongUse;
+
+    const QString path = arguments.names().first();
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        err() << path << ": " << file.errorString() << Qt::endl;
+        return WrongUse;
+    }
+    ShowFile read = readShow(QString::fromUtf8(file.readAll()), path);
+    if (!read.findings.isEmpty()) {
+        printFindings(path, read.findings);
+        return WrongUse;
+    }
+    if (arguments.has("seconds"))
+        read.show.seconds = seconds;
+    QString error;
+    if (arguments.has("record") && !recordTo(arguments.text("record"), read.show, error)) {
+        err() << error << Qt::endl;
+        return WrongUse;
+    }
+    return putOn(std::move(read.show), options);
+}
+
+} // namespace tavlo::host

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "live/ShowEngine.h"
+
+#include <QSize>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class QWindow;
+
+namespace tavlo::host {
+
+/// How a show is put on.
+struct LiveOptions
+{
+    bool window = false;     ///< the multi-view on the screen
+    QSize canvas{1280, 720}; ///< of the multi-view
+    QString snapshot;        ///< file for its picture at the end
+    bool quiet = false;      ///< no status lines
+};
+
+/// Runs a show from its start to its end, the event loop of the main thread alive meanwhile.
+class LiveRun
+{
+public:
+    LiveRun(Show show, LiveOptions options);
+    ~LiveRun();
+
+    /// Called a few times a second while the show waits or rolls; ends it when it returns false. Before `run`.
+    std::function<bool(ShowEngine::Phase, const LiveFigures&)> onTick;
+
+    /// Makes the engine, opens, rolls and ends. \return an ExitStatus: Done also when something was lost
+    int run();
+
+    /// After `run`: the figures of the show's end.
+    const LiveFigures& figures() const { return _figures; }
+
+private:
+    void openWindow(tagTavloWindowInfo& info);
+    void follow();
+    void close();
+
+    const double _framesPerSecond;
+    const LiveOptions _options;
+    ShowEngine _engine;
+    std::unique_ptr<QWindow> _window;
+    LiveFigures _figures;
+};
+
+/// Prints what a run has lost, and what it has not. \return LostSomething or Done
+int printSummary(const LiveFigures& figures);
+
+} // namespace tavlo::host
