@@ -24,6 +24,7 @@ int probeCommand(const QStringList& arguments)
         err() << error << Qt::endl;
         return WrongUse;
     }
+    source.info.playbackMode = 0;
     show.engine.channelCount = 1;
     show.engine.videoInfo.width = show.engine.videoInfo.sourceWidth = 320;
     show.engine.videoInfo.height = show.engine.videoInfo.sourceHeight = 180;

@@ -109,14 +109,18 @@ int putOn(Show show, const LiveOptions& options)
         err() << "the engine could not start; what it said stands in the log (TAVLO_LOG=1 shows it)" << Qt::endl;
         return status;
     }
-    if (records && run.figures().output.recordState == tagTavloOutputStatistics::Waiting)
+    bool isWhole = true;
+    if (records && run.figures().output.recordState == tagTavloOutputStatistics::Waiting) {
         err() << "the recording could not be written: the disk is full, gone or read-only" << Qt::endl;
-    for (const SourceFigures& source : run.figures().sources) {
-        if (source.statistics.width == 0 && source.statistics.audioSampleRate == 0)
-            err() << "channel " << source.channel << " (" << source.statistics.name << ") never had a picture"
-                  << Qt::endl;
+        isWhole = false;
     }
-    return printSummary(run.figures());
+    for (const SourceFigures& source : run.figures().sources) {
+        if (source.wasThere)
+            continue;
+        err() << "channel " << source.channel << " (" << source.statistics.name << ") plays nothing" << Qt::endl;
+        isWhole = false;
+    }
+    return std::max<int>(printSummary(run.figures()), isWhole ? Done : LostSomething);
 }
 
 LiveOptions optionsOf(Arguments& arguments)

@@ -14,7 +14,8 @@ struct SourceFigures
 {
     int channel = 0;
     bool isPlaying = false;
-    qint64 length = 0; ///< milliseconds
+    bool wasThere = false; ///< it had a picture or sound at some time
+    qint64 length = 0;     ///< milliseconds
     tagTavloPresentSourceStatisticsItem statistics;
 };
 

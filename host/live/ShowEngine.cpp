@@ -107,8 +107,14 @@ void ShowEngine::openSources()
 
 bool ShowEngine::arePicturesThere()
 {
-    return _playing.size() == _show.sources.size() &&
-           std::ranges::all_of(_playing, [](auto& entry) { return entry.second->getStatistics()->width != 0; });
+    for (auto& [channel, source] : _playing) {
+        if (source->getStatistics()->width != 0)
+            _seen.insert(channel);
+    }
+    return std::ranges::all_of(_show.sources, [this](const ShowSource& source) {
+        const auto list = _ended.find(source.channel);
+        return _seen.contains(source.channel) || (list != _ended.end() && list->second);
+    });
 }
 
 bool ShowEngine::onThreadStep(const quint64& time, const quint64& frameId, const quint64& clockMicroseconds)
@@ -185,6 +191,9 @@ void ShowEngine::measure()
         item.isPlaying = source->getState() == TavloPresentSourceStatePlaying;
         source->getLength(item.length);
         item.statistics = *source->getStatistics();
+        if (item.statistics.width != 0 || item.statistics.audioSampleRate != 0)
+            _seen.insert(channel);
+        item.wasThere = _seen.contains(channel);
     }
     getOutputStatistics(figures.output);
     const std::scoped_lock lock(_lock);

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <map>
 #include <mutex>
+#include <set>
 
 namespace tavlo::host {
 
@@ -76,6 +77,7 @@ private:
 
     // frame thread
     std::map<int, CountedPtr<ITavloPresentSource>> _playing;
+    std::set<int> _seen;        ///< channels that had a picture or sound
     std::map<int, bool> _ended; ///< lists that play once, and whether they have ended
     quint64 _waited = 0;        ///< frames
     quint64 _frames = 0;        ///< of the show
