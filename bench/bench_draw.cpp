@@ -15,7 +15,9 @@ using namespace tavlo::bench;
 using namespace tavlo::graphics;
 
 constexpr quint32 rgba = chromaRgba, i420 = tavloFourcc("I420");
-constexpr quint32 replacedPass = 1; // of simple.fx: what a draw on a cleared target takes
+
+/// The pass of simple.fx that a draw on a cleared target takes.
+constexpr quint32 passFor(quint32 chroma) { return isYuv(chroma) ? 2 : 1; }
 
 QSizeF sizeOf(const benchmark::State& state)
 {
@@ -47,7 +49,7 @@ void bareQuad(benchmark::State& state, quint32 chroma)
     picture.SetSampler(Sampler::NearestClamp);
     context.setRenderTarget(target->targetResource());
     context.setViewport({0, 0, static_cast<int>(source.size.width()), static_cast<int>(source.size.height())});
-    room().store->technique(0).GetPassByIndex(replacedPass).Apply(context);
+    room().store->technique(0).GetPassByIndex(passFor(chroma)).Apply(context);
     context.setInputLayout(room().store->inputLayout(0));
     context.setVertexBuffer(room().device->createBuffer({sizeof(Quad), BufferKind::Vertex, false}, vertices),
                             sizeof(QuadVertex), 0);

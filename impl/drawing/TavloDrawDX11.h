@@ -60,7 +60,7 @@ public:
 
     bool isMade() const { return _context != nullptr; }
 
-    /// Fills the target, and its depth with 1.
+    /// Fills the target.
     void clear(const Rgba& color);
     void clear() { clear(clearColor); }
 
@@ -137,7 +137,6 @@ private:
     QSizeF _size;
     tavlo::graphics::TextureDesc _targetDesc;
     TexturePtr _target;
-    TexturePtr _depth; ///< null for single-channel targets
     TexturePtr _blank; ///< target-sized, transparent black
     tavlo::graphics::BufferPtr _dynamicVertices;
     tavlo::graphics::BufferPtr _quadVertices;
