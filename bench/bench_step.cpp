@@ -159,7 +159,7 @@ struct StageTimes
             channels.program()->stepFrame(stamps);
         });
         scene += costOf(room, [&] {
-            room.stage->world().director()->mainLoop();
+            room.stage->world().drawScene();
             room.stage->world().view()->endFrame();
         });
     }
@@ -175,14 +175,16 @@ private:
     }
 };
 
-/// Arguments: channels, width, height, whether a transition runs.
+/// Arguments: channels, width, height, whether a transition runs, whether somebody looks at the canvas.
 void step(benchmark::State& state)
 {
     Room room(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), static_cast<int>(state.range(2)));
-    const bool takes = state.range(3) != 0;
-    const auto frame = [&room, takes] {
+    const bool takes = state.range(3) != 0, looks = state.range(4) != 0;
+    const auto frame = [&room, takes, looks] {
         if (takes)
             room.moveTransition();
+        if (looks)
+            room.stage->world().canvasPicture();
         room.engine->doFrameStep();
         room.finish();
     };
@@ -211,6 +213,8 @@ void step(benchmark::State& state)
     for (quint64 i = 0; i < samples; ++i) {
         if (takes)
             room.moveTransition();
+        if (looks)
+            room.stage->world().canvasPicture();
         times.add(room, i);
     }
     state.counters["sources_ms"] = times.sources / samples;
@@ -219,10 +223,10 @@ void step(benchmark::State& state)
 }
 
 BENCHMARK(step)
-    ->ArgNames({"channels", "width", "height", "transition"})
-    ->ArgsProduct({{4, 8}, {640}, {360}, {0, 1}})
-    ->ArgsProduct({{4, 8}, {960}, {540}, {0, 1}})
-    ->ArgsProduct({{4, 8}, {1280}, {720}, {0, 1}})
+    ->ArgNames({"channels", "width", "height", "transition", "canvas"})
+    ->ArgsProduct({{4, 8}, {640}, {360}, {0, 1}, {0, 1}})
+    ->ArgsProduct({{4, 8}, {960}, {540}, {0, 1}, {0}})
+    ->ArgsProduct({{4, 8}, {1280}, {720}, {0, 1}, {0, 1}})
     ->MeasureProcessCPUTime()
     ->Unit(benchmark::kMillisecond);
 

@@ -145,7 +145,7 @@ void setClearedColor(EffectDraw& draw, const Rgba& color)
 }
 
 /// Whether every pixel of the draw comes out with alpha 1.
-bool isOpaque(quint32 chroma, const tagTavloPresentPictureFilterParam* process)
+bool comesOutOpaque(quint32 chroma, const tagTavloPresentPictureFilterParam* process)
 {
     return isYuv(chroma) && !(process && (process->rectCropParam.enable || process->chromaKeyParam.enable ||
                                           process->lumaKeyParam.enable));
@@ -224,14 +224,17 @@ void TavloDrawDX11::destroy()
     _dynamicVertices.reset();
     _blank.reset();
     _target.reset();
+    _opaque = false;
     _graphicsRes = nullptr;
     _context.reset();
 }
 
 void TavloDrawDX11::clear(const Rgba& color)
 {
-    if (isMade())
-        _context->clearRenderTarget(_target, color);
+    if (!isMade())
+        return;
+    _context->clearRenderTarget(_target, color);
+    _opaque = color[3] >= 1.0F;
 }
 
 void TavloDrawDX11::drawPicture(quint32 chroma, const TexturePtr& picture, QSizeF sourceSize, PlaneOffsets planeOffsets,
@@ -262,9 +265,11 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
 
     // Blending is the dearest part of a draw. Where the result is known without it, over what was just cleared and
     // where nothing of the target shows through, the other passes write the same without.
-    const bool opaque = source.picture && isOpaque(chroma, process);
+    const bool opaque = source.picture && comesOutOpaque(chroma, process);
     if (clearFirst)
         clearAround(quad);
+    // Neither blending nor the pass that stands for it takes anything from an alpha of 1.
+    _opaque = (clearFirst ? clearColor[3] >= 1.0F : _opaque) || (opaque && coversTarget(quad, _size));
 
     EffectDraw draw(*_context, *_graphicsRes, simpleEffect, _target);
     draw.setFloat("alphaMask", 1.0F);
@@ -309,6 +314,7 @@ void TavloDrawDX11::takeOver(const TavloDrawDX11& other)
     if (!isMade() || !other.isMade())
         return;
     _context->copyResource(*_target, other._target);
+    _opaque = other._opaque;
     _context->flush();
 }
 
@@ -327,6 +333,7 @@ void TavloDrawDX11::drawGray(const TexturePtr& picture, QSizeF sourceSize)
     clear();
     const TexturePtr& shown = picture ? picture : _blank;
     const Quad quad = fitQuad(sourceSize, _size);
+    _opaque = false;
     EffectDraw draw(*_context, *_graphicsRes, processEffect, _target);
     draw.setPicture("sampler0", shown);
     draw.setFloat("width", static_cast<float>(sourceSize.width()));
@@ -353,6 +360,7 @@ void TavloDrawDX11::drawTransition(const TexturePtr& picture0, QSizeF size0, boo
                                   _size,
                                   _rows == Rows::TopFirst,
                                   randomSeed()};
+    _opaque = false;
     EffectDraw draw(*_context, *_graphicsRes, family, _target);
     if (_transition.apply(*_context, *_graphicsRes->effect(family), inputs, progress, kind))
         draw.drawApplied(_quadVertices, _quadIndices);
@@ -370,6 +378,7 @@ void TavloDrawDX11::drawFilter(quint32 type, const TexturePtr& picture0, const T
     const TexturePtr& second = picture1 ? picture1 : _blank;
     const Quad quad = fitQuad(size, _size);
     clearAround(quad);
+    _opaque = false;
 
     EffectDraw draw(*_context, *_graphicsRes, filterEffect, _target);
     draw.setPicture("sampler0", first, isExact(first, quad) && row->scale == 0);
