@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <new>
@@ -57,6 +58,9 @@ qint64 allocations() { return made; }
 Room::Room() : device(Device::create()), context(device->immediateContext()), store(new TavloGraphicsRes)
 {
     context->attach();
+    const auto begin = std::chrono::steady_clock::now();
+    store->create(ITavloGraphicsRes::WithoutImages, device, context, cache.path() + QLatin1Char('/'));
+    firstStartSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     store->create(0, device, context, cache.path() + QLatin1Char('/'));
 }
 

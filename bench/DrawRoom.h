@@ -34,6 +34,7 @@ public:
     const graphics::ContextPtr context;
     const QTemporaryDir cache;
     const InterfacePtr<TavloGraphicsRes> store;
+    double firstStartSeconds = 0; ///< what the effects took to be compiled, without any cache
 };
 
 Room& room();

@@ -86,8 +86,6 @@ void TavloFaceLandmarkProcessor::analyse()
                                          static_cast<int>(mapped->rowPitch));
     for (int i = 0; i < count; ++i)
         _landmarks.push_back(_analyser->landmark(i) * _scale);
-    if (count > 0)
-        _pose = _analyser->pose();
     _stagingTexture->unmapRead();
 }
 

@@ -33,8 +33,6 @@ public:
     /// In the frame, pixels, y down; nothing for an index without a landmark.
     std::optional<QPointF> landmark(int index) const;
 
-    const ITavloFaceLandmark::Pose& pose() const { return _pose; }
-
 private:
     bool loadAnalyser();
     void analyse();
@@ -48,5 +46,4 @@ private:
     CTempldateHelper<ITavloFaceLandmark> _analyser;
     bool _analyserAsked = false;
     std::vector<QPointF> _landmarks; ///< in the frame; empty without a face
-    ITavloFaceLandmark::Pose _pose{};
 };

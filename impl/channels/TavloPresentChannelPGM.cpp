@@ -36,7 +36,6 @@ bool TavloPresentChannelPGM::createChannel(const QSizeF& size)
     _target->setClearColor({0.0F, 0.0F, 0.0F, 1.0F});
     _target->setClearFlags(scene::RenderTexture::clearColorBit);
     _target->setAutoDraw(true);
-    setPictureOpaque();
     openMix();
     return true;
 }
@@ -144,7 +143,7 @@ void TavloPresentChannelPGM::stepFrame(const FrameStamps& stamps)
                               static_cast<float>(_switchProcessPos), _effect);
         shown = target.targetResource();
     }
-    showPicture(std::move(shown), false);
+    showPicture(std::move(shown), false, true);
 }
 
 void TavloPresentChannelPGM::onChannelMouseDown(const scene::EventMouse& event, scene::Vec2)

@@ -70,8 +70,14 @@ void TavloPresentChannelPVM::stepFrame(const FrameStamps& stamps)
 {
     tagTavloPresentAudioLevel& levels = _site.engine->audioLevel();
     stepCommon(stamps, LevelBars::Side::Left, levels.pvmLevel, levels.pvmTime);
-    if (scene::RenderTexture* const shown = _engine2->channelTarget(_shownChannel, nullptr, nullptr))
-        showPicture(shown->texture(), hasFlag(ChannelClearsBlack));
+    scene::RenderTexture* const shown = _engine2->channelTarget(_shownChannel, nullptr, nullptr);
+    if (!shown)
+        return;
+    const bool fit = hasFlag(ChannelClearsBlack);
+    const bool opaque = shown->isOpaque() && !drawsOver();
+    if (_chequer)
+        _chequer->setVisible(fit || !opaque);
+    showPicture(shown->texture(), fit, opaque);
 }
 
 void TavloPresentChannelPVM::pushAudio(int channelId, int, block_t* block, const tagTavloAudioInfo& format)

@@ -41,14 +41,11 @@ bool TavloPresentChannelRich2::createChannel(const QSizeF& size)
         logFailure(mark, QStringLiteral("failed to create _faceLandmarkProcessor "));
         return false;
     }
-    _faceMark = scene::DrawNode::create(director(), 2.0F);
-    layer(LayerMarks).addChild(_faceMark);
     return true;
 }
 
 void TavloPresentChannelRich2::destroyChannel()
 {
-    _faceMark.reset();
     _faceLandmarkProcessor.destroy();
     _videoBlendLayer.destroyLayer();
     _pictureSprite.reset();
@@ -64,7 +61,7 @@ void TavloPresentChannelRich2::stepCommon(const FrameStamps& stamps, LevelBars::
     _levelBars.show(_innerRect, _site.engine->gridLineWidth(), side, meter, time);
 }
 
-void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fit)
+void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fit, bool opaque)
 {
     if (!picture)
         return;
@@ -86,6 +83,7 @@ void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fi
     const bool sized = _pictureSprite->texture() && _pictureSprite->texture()->desc().width == picture->desc().width &&
                        _pictureSprite->texture()->desc().height == picture->desc().height;
     _pictureSprite->setTexture(std::move(picture));
+    _pictureSprite->setTextureAlpha(opaque ? scene::TextureAlpha::Opaque : scene::TextureAlpha::Premultiplied);
     const QRectF place = fit ? PrivateUtil::fitRect(_size, size) : QRectF(QPointF(), size);
     if (!sized || fit)
         _pictureSprite->setTextureRect(

@@ -32,11 +32,12 @@ protected:
     void stepCommon(const tavlo::FrameStamps& stamps, tavlo::LevelBars::Side side, tavlo::Meter& meter, quint32& time);
 
     /// Puts filter and blend layer over a picture and shows it; a null picture leaves what is shown.
-    /// \param fit  the picture is fitted into the frame, its aspect kept
-    void showPicture(tavlo::graphics::TexturePtr picture, bool fit);
+    /// \param fit     the picture is fitted into the frame, its aspect kept
+    /// \param opaque  what may be transparent in it shows black: drawing it is a good deal cheaper then
+    void showPicture(tavlo::graphics::TexturePtr picture, bool fit, bool opaque);
 
-    /// What the picture leaves free shows black: drawing it gets a good deal cheaper.
-    void setPictureOpaque() { _pictureSprite->setTextureAlpha(tavlo::scene::TextureAlpha::Opaque); }
+    /// Whether a filter or a file comes over the picture.
+    bool drawsOver() const { return _channelFilter != 0 || _videoBlendLayer.picture(); }
 
     TavloDrawDX11& painter(std::size_t index) { return _workPainters[index]; }
 
@@ -48,5 +49,4 @@ private:
     TavloPresentVideoBlendLayer _videoBlendLayer;
     TavloFaceLandmarkProcessor _faceLandmarkProcessor;
     quint32 _channelFilter = 0; ///< number of a filter, 0 for none
-    tavlo::scene::RefPtr<tavlo::scene::DrawNode> _faceMark;
 };

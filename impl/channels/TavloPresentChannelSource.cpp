@@ -100,7 +100,6 @@ bool TavloPresentChannelSource::makeSource(const tagTavloPresentSourceInfo& info
     site.engine = _site.engine;
     site.renderTexture = _target.get();
     site.draw = &_renderTargetPainter;
-    site.draw2 = &_cachePainter;
     site.device = _site.device;
     site.context = _site.context;
     site.deferredContext = _deferredContext;
@@ -136,6 +135,7 @@ void TavloPresentChannelSource::stepFrame(const FrameStamps& stamps)
 {
     if (_source)
         _source->drawFrame(_renderTargetPainter, stamps);
+    _target->setOpaque(_renderTargetPainter.isOpaque());
     if (channelId() < TavloMixedChannelLimit) {
         const auto at = static_cast<std::size_t>(channelId());
         tagTavloPresentAudioLevel& levels = _site.engine->audioLevel();

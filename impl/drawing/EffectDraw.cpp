@@ -22,15 +22,14 @@ void tellResource(effects::Result result)
 
 } // namespace
 
-EffectDraw::EffectDraw(Context& context, ITavloGraphicsRes& resources, int effectIndex, TexturePtr target,
-                       TexturePtr depth)
+EffectDraw::EffectDraw(Context& context, ITavloGraphicsRes& resources, int effectIndex, TexturePtr target)
     : _context(context), _effect(*resources.effect(effectIndex)), _technique(resources.technique(effectIndex)),
       _layout(resources.inputLayout(effectIndex)), _savedTarget(context.renderTarget()),
       _savedDepth(context.depthTarget()), _savedLayout(context.inputLayout())
 {
     const TextureDesc& desc = target->desc();
     const Viewport whole{0, 0, static_cast<int>(desc.width), static_cast<int>(desc.height)};
-    _context.setRenderTarget(std::move(target), std::move(depth));
+    _context.setRenderTarget(std::move(target));
     _context.setViewport(whole);
 }
 

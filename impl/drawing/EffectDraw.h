@@ -16,9 +16,9 @@ namespace tavlo {
 class EffectDraw
 {
 public:
-    /// Binds the targets and the viewport.
-    EffectDraw(graphics::Context& context, ITavloGraphicsRes& resources, int effectIndex, graphics::TexturePtr target,
-               graphics::TexturePtr depth);
+    /// Binds the target and the viewport. There is no depth: no effect tests or writes any, and a software renderer would
+    /// have to draw what is covered, too.
+    EffectDraw(graphics::Context& context, ITavloGraphicsRes& resources, int effectIndex, graphics::TexturePtr target);
 
     /// Lets go of the inputs, clears the context's state and binds again what was bound before.
     ~EffectDraw();

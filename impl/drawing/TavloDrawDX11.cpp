@@ -28,7 +28,8 @@ constexpr int filterEffect = 10;
 enum Pass : std::uint32_t
 {
     PassBlended = 0,
-    PassReplaced = 1
+    PassReplaced = 1,
+    PassOpaque = 2
 };
 
 void logCreate(const char* text, std::source_location at = std::source_location::current())
@@ -36,8 +37,6 @@ void logCreate(const char* text, std::source_location at = std::source_location:
     const LogMark mark(sourceName, "TavloDrawDX11::create", at);
     qDebug().noquote() << text << logHeader(mark);
 }
-
-bool isSingleChannel(Format format) { return format == Format::R8_UNORM || format == Format::A8_UNORM; }
 
 template <class Values>
 BufferPtr makeBuffer(Device& device, BufferKind kind, const Values& values)
@@ -146,7 +145,7 @@ void setClearedColor(EffectDraw& draw, const Rgba& color)
 }
 
 /// Whether every pixel of the draw comes out with alpha 1.
-bool isOpaque(quint32 chroma, const tagTavloPresentPictureFilterParam* process)
+bool comesOutOpaque(quint32 chroma, const tagTavloPresentPictureFilterParam* process)
 {
     return isYuv(chroma) && !(process && (process->rectCropParam.enable || process->chromaKeyParam.enable ||
                                           process->lumaKeyParam.enable));
@@ -202,12 +201,6 @@ bool TavloDrawDX11::createTargets(const DevicePtr& device)
         logCreate("failed to CreateRenderTargetView ");
         return false;
     }
-    if (!isSingleChannel(_target->desc().format)) {
-        TextureDesc depth = _targetDesc;
-        depth.format = Format::D24_UNORM_S8_UINT;
-        depth.renderTarget = true;
-        _depth = device->createTexture(depth);
-    }
     // New textures hold zeros, which is what a transparent picture needs.
     _blank = PrivateUtil::createImageRes(device, static_cast<int>(_targetDesc.width),
                                          static_cast<int>(_targetDesc.height), Usage::Dynamic, Format::R8G8B8A8_UNORM);
@@ -230,8 +223,8 @@ void TavloDrawDX11::destroy()
     _quadVertices.reset();
     _dynamicVertices.reset();
     _blank.reset();
-    _depth.reset();
     _target.reset();
+    _opaque = false;
     _graphicsRes = nullptr;
     _context.reset();
 }
@@ -241,8 +234,7 @@ void TavloDrawDX11::clear(const Rgba& color)
     if (!isMade())
         return;
     _context->clearRenderTarget(_target, color);
-    if (_depth)
-        _context->clearDepth(_depth, 1.0F, 0);
+    _opaque = color[3] >= 1.0F;
 }
 
 void TavloDrawDX11::drawPicture(quint32 chroma, const TexturePtr& picture, QSizeF sourceSize, PlaneOffsets planeOffsets,
@@ -269,15 +261,17 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
     const TexturePtr& picture = source.picture ? source.picture : _blank;
     const quint32 chroma = source.picture && isYuv(source.chroma) ? source.chroma : chromaRgba;
     const auto width = static_cast<float>(source.size.width());
-    const bool exact = chroma == chromaRgba && isExact(picture, quad);
+    const bool exact = isYuv(chroma) || isExact(picture, quad); // YUV is read texel by texel
 
     // Blending is the dearest part of a draw. Where the result is known without it, over what was just cleared and
-    // where nothing of the target shows through, the other pass writes the same without.
-    const bool opaque = source.picture && isOpaque(chroma, process);
+    // where nothing of the target shows through, the other passes write the same without.
+    const bool opaque = source.picture && comesOutOpaque(chroma, process);
     if (clearFirst)
         clearAround(quad);
+    // Neither blending nor the pass that stands for it takes anything from an alpha of 1.
+    _opaque = (clearFirst ? clearColor[3] >= 1.0F : _opaque) || (opaque && coversTarget(quad, _size));
 
-    EffectDraw draw(*_context, *_graphicsRes, simpleEffect, _target, _depth);
+    EffectDraw draw(*_context, *_graphicsRes, simpleEffect, _target);
     draw.setFloat("alphaMask", 1.0F);
     draw.setPicture("sampler0", picture, exact);
     draw.setInt("samplerChroma", static_cast<int>(chroma));
@@ -300,7 +294,7 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
     setClearedColor(draw, clearColor);
     draw.setFloat("targetY", targetY(_rows));
     writeQuad(quad);
-    draw.draw(clearFirst || opaque ? PassReplaced : PassBlended, _dynamicVertices, _quadIndices);
+    draw.draw(opaque ? PassOpaque : clearFirst ? PassReplaced : PassBlended, _dynamicVertices, _quadIndices);
 }
 
 bool TavloDrawDX11::isExact(const TexturePtr& picture, const Quad& quad) const
@@ -313,8 +307,6 @@ void TavloDrawDX11::clearAround(const Quad& quad)
 {
     if (!coversTarget(quad, _size))
         clear();
-    else if (_depth)
-        _context->clearDepth(_depth, 1.0F, 0);
 }
 
 void TavloDrawDX11::takeOver(const TavloDrawDX11& other)
@@ -322,6 +314,7 @@ void TavloDrawDX11::takeOver(const TavloDrawDX11& other)
     if (!isMade() || !other.isMade())
         return;
     _context->copyResource(*_target, other._target);
+    _opaque = other._opaque;
     _context->flush();
 }
 
@@ -340,7 +333,8 @@ void TavloDrawDX11::drawGray(const TexturePtr& picture, QSizeF sourceSize)
     clear();
     const TexturePtr& shown = picture ? picture : _blank;
     const Quad quad = fitQuad(sourceSize, _size);
-    EffectDraw draw(*_context, *_graphicsRes, processEffect, _target, _depth);
+    _opaque = false;
+    EffectDraw draw(*_context, *_graphicsRes, processEffect, _target);
     draw.setPicture("sampler0", shown);
     draw.setFloat("width", static_cast<float>(sourceSize.width()));
     draw.setFloat("height", static_cast<float>(sourceSize.height()));
@@ -366,7 +360,8 @@ void TavloDrawDX11::drawTransition(const TexturePtr& picture0, QSizeF size0, boo
                                   _size,
                                   _rows == Rows::TopFirst,
                                   randomSeed()};
-    EffectDraw draw(*_context, *_graphicsRes, family, _target, _depth);
+    _opaque = false;
+    EffectDraw draw(*_context, *_graphicsRes, family, _target);
     if (_transition.apply(*_context, *_graphicsRes->effect(family), inputs, progress, kind))
         draw.drawApplied(_quadVertices, _quadIndices);
 }
@@ -383,8 +378,9 @@ void TavloDrawDX11::drawFilter(quint32 type, const TexturePtr& picture0, const T
     const TexturePtr& second = picture1 ? picture1 : _blank;
     const Quad quad = fitQuad(size, _size);
     clearAround(quad);
+    _opaque = false;
 
-    EffectDraw draw(*_context, *_graphicsRes, filterEffect, _target, _depth);
+    EffectDraw draw(*_context, *_graphicsRes, filterEffect, _target);
     draw.setPicture("sampler0", first, isExact(first, quad) && row->scale == 0);
     draw.setPicture("sampler1", second, isExact(second, quad));
     draw.setInt("doBlendMethod", static_cast<int>(type));

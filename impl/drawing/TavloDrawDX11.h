@@ -60,7 +60,7 @@ public:
 
     bool isMade() const { return _context != nullptr; }
 
-    /// Fills the target, and its depth with 1.
+    /// Fills the target.
     void clear(const Rgba& color);
     void clear() { clear(clearColor); }
 
@@ -103,6 +103,9 @@ public:
     /// The target, which is also the input of a next draw. Null before `create`.
     const TexturePtr& targetResource() const { return _target; }
 
+    /// Whether no pixel of the target is transparent, as far as this object has drawn it. False where it cannot tell.
+    bool isOpaque() const { return _opaque; }
+
     /// Takes over what an object of the same size has drawn.
     void takeOver(const TavloDrawDX11& other);
 
@@ -137,7 +140,6 @@ private:
     QSizeF _size;
     tavlo::graphics::TextureDesc _targetDesc;
     TexturePtr _target;
-    TexturePtr _depth; ///< null for single-channel targets
     TexturePtr _blank; ///< target-sized, transparent black
     tavlo::graphics::BufferPtr _dynamicVertices;
     tavlo::graphics::BufferPtr _quadVertices;
@@ -145,6 +147,7 @@ private:
 
     // frame thread
     tavlo::TransitionDraw _transition;
+    bool _opaque = false;
 };
 
 /// The picture process of a source, in its real order: crop and colour adjustment in the source's own layout, then the

@@ -6,11 +6,14 @@
 
 #include <QDebug>
 
+#include <algorithm>
+
 namespace tavlo {
 
 namespace {
 
 constexpr scene::Color4B canvasColor{40, 40, 40, 255};
+constexpr int canvasFramesForAsking = 25;
 
 } // namespace
 
@@ -60,6 +63,13 @@ bool GraphicsWorld::createCanvas()
     return true;
 }
 
+void GraphicsWorld::drawScene()
+{
+    _director->setViewDrawn(_view->isBottomRowFirst() || _canvasFrames > 0);
+    _canvasFrames = std::max(0, _canvasFrames - 1);
+    _director->mainLoop();
+}
+
 void GraphicsWorld::destroyResources() { _graphicsRes.destroyRes(); }
 
 void GraphicsWorld::destroyCanvas()
@@ -85,9 +95,16 @@ void GraphicsWorld::destroyView()
     _device.reset();
 }
 
-graphics::TexturePtr GraphicsWorld::canvasPicture() const
+graphics::TexturePtr GraphicsWorld::canvasPicture()
 {
-    return _view && !_view->isBottomRowFirst() ? _view->backBuffer() : graphics::TexturePtr{};
+    if (!_view || _view->isBottomRowFirst())
+        return {};
+    if (_canvasFrames == 0) {
+        _director->setViewDrawn(true);
+        _director->redraw();
+    }
+    _canvasFrames = canvasFramesForAsking;
+    return _view->backBuffer();
 }
 
 } // namespace tavlo

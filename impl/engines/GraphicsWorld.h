@@ -29,6 +29,9 @@ public:
     /// Scene, canvas, and the nodes of frames and marks.
     bool createCanvas();
 
+    /// One frame of the scene. Off screen the canvas is drawn while somebody looks at it, and not for nobody.
+    void drawScene();
+
     /// After all that stands on the canvas has gone.
     void destroyResources();
     void destroyCanvas();
@@ -46,8 +49,9 @@ public:
     const graphics::DevicePtr& device() const { return _device; }
     const graphics::ContextPtr& context() const { return _context; }
 
-    /// Off screen, the picture of the whole canvas, its top row first; null on a window.
-    graphics::TexturePtr canvasPicture() const;
+    /// Off screen, the picture of the whole canvas, its top row first; null on a window. It stays up to date for a second
+    /// of frames from the last time that somebody asked.
+    graphics::TexturePtr canvasPicture();
 
 private:
     scene::RefPtr<scene::Director> _director;
@@ -58,6 +62,7 @@ private:
     graphics::DevicePtr _device;
     graphics::ContextPtr _context;
     TavloGraphicsRes _graphicsRes;
+    int _canvasFrames = 0; ///< off screen, for how many frames more the canvas is drawn
 };
 
 } // namespace tavlo

@@ -29,7 +29,7 @@ bool TavloPresentEnginePrivate::onThreadStep(const quint64& time, const quint64&
     if (_channels.program())
         _channels.program()->stepFrame(stamps);
 
-    _world.director()->mainLoop();
+    _world.drawScene();
     _world.view()->endFrame();
     if (_channels.program())
         _channels.program()->commitFrame(clockMicroseconds);

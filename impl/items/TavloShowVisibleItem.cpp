@@ -1,10 +1,8 @@
 #include "items/TavloShowVisibleItem.h"
 
-#include "base/Clock.h"
-
 using namespace tavlo;
 
-TavloShowVisibleItem::TavloShowVisibleItem(const ItemSite& site) : _site(site), _startClock(millisecondClock()) {}
+TavloShowVisibleItem::TavloShowVisibleItem(const ItemSite& site) : _site(site) {}
 
 TavloShowVisibleItem::~TavloShowVisibleItem()
 {

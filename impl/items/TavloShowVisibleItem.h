@@ -6,7 +6,6 @@
 
 #include <QObject>
 #include <QRectF>
-#include <QVariant>
 
 namespace tavlo {
 
@@ -62,10 +61,6 @@ public:
     virtual void updateCanvasPosition(tavlo::scene::Vec2 position);
 
     virtual void setNodeScale(float x, float y, float z);
-    virtual void onParentChanged() {}
-
-    /// What a scale of 1 means to the node.
-    virtual double baseScale() const { return 1.0; }
 
     /// False once the item has left: its channel forgets it at the end of the step.
     bool isActive() const { return _visible; }
@@ -91,11 +86,7 @@ public:
 protected:
     tavlo::ItemSite _site;
     tavlo::scene::RefPtr<tavlo::scene::Node> _node; ///< made by the subclass, a child of the site's parent
-    quint32 _startClock;                            ///< of the millisecond clock, as the item was made
     bool _visible = true;                           ///< cleared when the item has ended
-    double _process = 0.0;                          ///< of the running animation, 0 to 1
-    bool _entering = true;                          ///< from its entry until its exit begins
-    QVariant _userData;
 
 private:
     bool _picked = false;

@@ -25,7 +25,6 @@ struct SourceSite
     ITavloPresentEnginePrivate* engine = nullptr;
     scene::RenderTexture* renderTexture = nullptr; ///< null on a blend layer
     TavloDrawDX11* draw = nullptr;                 ///< draws onto the channel's target
-    TavloDrawDX11* draw2 = nullptr;                ///< the channel's second one; null on a blend layer
     graphics::DevicePtr device;
     graphics::ContextPtr context;         ///< the immediate one
     graphics::ContextPtr deferredContext; ///< for the source's own thread

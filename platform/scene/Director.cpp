@@ -60,13 +60,22 @@ void Director::mainLoop()
     _pool.clear();
 }
 
+void Director::redraw()
+{
+    if (_view)
+        drawScene();
+}
+
 void Director::drawScene()
 {
     _renderer->beginFrame();
     _renderer->beginTarget(_view->backBuffer(), _view->isBottomRowFirst(), _clearColor);
     if (_scene)
         _scene->visit(*_renderer, {});
-    _renderer->endTarget();
+    if (_viewDrawn)
+        _renderer->endTarget();
+    else
+        _renderer->dropTarget();
     _renderer->endFrame();
     _events->setDrawnFrame(_renderer->frame());
 }

@@ -63,6 +63,10 @@ public:
     void setAnimationInterval(float rate) { _animationInterval = rate; }
     float animationInterval() const { return _animationInterval; }
 
+    /// Whether frames draw the view's own picture. Off, they draw only what the scene draws into textures: for a view that
+    /// nobody sees. As made: on.
+    void setViewDrawn(bool drawn) { _viewDrawn = drawn; }
+
     /// Takes the place of the running scene.
     void runWithScene(RefPtr<Scene> scene);
     Scene* runningScene() const { return _scene.get(); }
@@ -74,6 +78,9 @@ public:
     /// One frame: steps the actions by the view's clock, draws the scene, then clears the auto-release pool. Allocates
     /// nothing once the scene has been drawn as large as it gets.
     void mainLoop();
+
+    /// Draws the scene once more as it stands.
+    void redraw();
 
     /// The next `mainLoop` draws no more: it takes the scene apart and lets go of it and of the view.
     void end() { _ending = true; }
@@ -106,6 +113,7 @@ private:
     AutoReleasePool _pool;
     Color4F _clearColor;
     float _animationInterval = 0;
+    bool _viewDrawn = true;
     bool _animating = false;
     bool _ending = false;
 };

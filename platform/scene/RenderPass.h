@@ -19,9 +19,10 @@ enum class PlainProgram : std::uint8_t
     Solid,
     Premultiplied,
     Straight,
-    Opaque
+    Opaque,
+    Copy ///< opaque and without a tint
 };
-inline constexpr std::size_t plainProgramCount = 4;
+inline constexpr std::size_t plainProgramCount = 5;
 
 /// How a batch meets its target.
 enum class BatchBlend : std::uint8_t

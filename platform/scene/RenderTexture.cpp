@@ -32,19 +32,22 @@ bool RenderTexture::initWithWidthAndHeight(int width, int height, graphics::Form
     return _sprite->initWithTexture(_texture);
 }
 
+// Over an opaque colour everything stays opaque.
+bool RenderTexture::isOpaque() const
+{
+    return _autoDraw ? (_clearFlags & clearColorBit) != 0 && _clearColor.a >= 1 : _opaque;
+}
+
 void RenderTexture::visit(Renderer& renderer, const VisitState& parent)
 {
     if (!isVisible() || !_texture)
         return;
     const VisitState own = enter(parent);
     markDrawn(renderer);
-    if (_autoDraw)
+    if (_autoDraw) {
         drawPicture(renderer);
-    // Over an opaque colour everything stays opaque.
-    if (_autoDraw && (_clearFlags & clearColorBit) != 0 && _clearColor.a >= 1)
-        _sprite->setTextureAlpha(TextureAlpha::Opaque);
-    else if (_autoDraw)
-        _sprite->setTextureAlpha(TextureAlpha::Premultiplied);
+        _sprite->setTextureAlpha(isOpaque() ? TextureAlpha::Opaque : TextureAlpha::Premultiplied);
+    }
     _sprite->visit(renderer, own);
 }
 

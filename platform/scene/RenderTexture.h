@@ -40,6 +40,11 @@ public:
     void setClearColor(const Color4F& color) { _clearColor = color; }
     void setClearFlags(std::uint32_t flags) { _clearFlags = flags; }
 
+    /// Whether the picture hides all that lies under it. Where frames draw it the clear colour decides; where others do,
+    /// they say so. As made: not.
+    bool isOpaque() const;
+    void setOpaque(bool opaque) { _opaque = opaque; }
+
     void visit(Renderer& renderer, const VisitState& parent) override;
 
 protected:
@@ -53,6 +58,7 @@ private:
     Color4F _clearColor;
     std::uint32_t _clearFlags = clearNothing;
     bool _autoDraw = false;
+    bool _opaque = false; ///< as told
 };
 
 } // namespace tavlo::scene

@@ -11,7 +11,7 @@ using graphics::Sampler;
 
 namespace {
 
-constexpr float worthNearest = 128 * 128; // pixels: below, a change of sampler costs more than filtering
+constexpr float worthOwnDraw = 128 * 128; // pixels: below, a draw of its own costs more than what it saves
 
 bool isWhole(float value) { return value == std::round(value); }
 
@@ -23,8 +23,7 @@ Vec2 texelsOf(const graphics::Texture& texture)
 // Whether every pixel shows one texel, where filtering changes nothing and costs most of the draw.
 bool isPixelExact(const Affine& transform, const Rect& rect, const TexturePart& part, const graphics::Texture& texture)
 {
-    if (!transform.isTranslation() || rect.width * rect.height < worthNearest || !isWhole(rect.x + transform.tx) ||
-        !isWhole(rect.y + transform.ty))
+    if (!transform.isTranslation() || !isWhole(rect.x + transform.tx) || !isWhole(rect.y + transform.ty))
         return false;
     const Vec2 texels = texelsOf(texture);
     const Vec2 first{part.leftTop.x * texels.x, part.leftTop.y * texels.y};
@@ -33,7 +32,9 @@ bool isPixelExact(const Affine& transform, const Rect& rect, const TexturePart& 
     return isWhole(first.x) && isWhole(first.y) && size == Vec2{rect.width, rect.height};
 }
 
-PlainProgram programFor(const Paint& paint)
+bool isUntinted(Color4B tint) { return tint.r == 255 && tint.g == 255 && tint.b == 255 && tint.a == 255; }
+
+PlainProgram programFor(const Paint& paint, Color4B tint, bool large)
 {
     if (!paint.texture)
         return PlainProgram::Solid;
@@ -41,7 +42,7 @@ PlainProgram programFor(const Paint& paint)
     case TextureAlpha::Straight:
         return PlainProgram::Straight;
     case TextureAlpha::Opaque:
-        return PlainProgram::Opaque;
+        return large && isUntinted(tint) ? PlainProgram::Copy : PlainProgram::Opaque;
     case TextureAlpha::Premultiplied:
         break;
     }
@@ -78,6 +79,18 @@ void Renderer::endTarget()
 {
     assert(!_open.empty());
     _order.push_back(_open.back());
+    leaveTarget();
+}
+
+void Renderer::dropTarget()
+{
+    assert(!_open.empty());
+    _open.back()->release();
+    leaveTarget();
+}
+
+void Renderer::leaveTarget()
+{
     _open.pop_back();
     _pass = _open.empty() ? nullptr : _open.back();
 }
@@ -87,11 +100,12 @@ void Renderer::drawQuad(const Affine& transform, const Rect& rect, const Texture
 {
     if (tint.a == 0 && !paint.state)
         return;
-    BatchKind kind{paint.texture, programFor(paint)};
+    const bool large = rect.width * rect.height >= worthOwnDraw;
+    BatchKind kind{paint.texture, programFor(paint, tint, large)};
     kind.state = paint.state;
     if (isOpaque(paint, tint))
         kind.blend = BatchBlend::Replace;
-    if (paint.texture && isPixelExact(transform, rect, part, *paint.texture))
+    if (large && paint.texture && isPixelExact(transform, rect, part, *paint.texture))
         kind.sampler = Sampler::NearestClamp;
     const Vec2 low = part.leftTop, high = part.rightBottom;
     const Vertex corners[]{{transform({rect.x, rect.y}), {low.x, high.y}, tint},

@@ -69,6 +69,9 @@ public:
     void beginTarget(const graphics::TexturePtr& target, bool bottomRowFirst, const std::optional<Color4F>& clear);
     void endTarget();
 
+    /// The same, and nothing of it is drawn.
+    void dropTarget();
+
     /// Nothing outside is drawn until `popClip`. Pixels of the target; what is clipped already stays so.
     void pushClip(const Rect& area);
     void popClip();
@@ -100,6 +103,8 @@ public:
     void keepNamedState(std::string_view name, RefPtr<GLProgramState> state);
 
 private:
+    void leaveTarget();
+
     struct NamedState
     {
         std::string name;

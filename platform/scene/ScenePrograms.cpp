@@ -45,6 +45,7 @@ constexpr std::array<PlainSource, plainProgramCount> plainSources{{
     {PlainProgram::Straight, "uniform sampler2D picture;\n",
      "vec4 texel = texture(picture, uv); vec4 result = vec4(texel.rgb * texel.a, texel.a) * tint;"},
     {PlainProgram::Opaque, "uniform sampler2D picture;\n", "vec4 result = vec4(texture(picture, uv).rgb, 1.0) * tint;"},
+    {PlainProgram::Copy, "uniform sampler2D picture;\n", "vec4 result = vec4(texture(picture, uv).rgb, 1.0);"},
 }};
 
 std::string plainSource(const PlainSource& source, bool overColor)

@@ -87,16 +87,19 @@ TEST_F(EngineLife, RefusesRecordsThatMakeNoEngineAndSaysWhy)
 
 TEST_F(EngineLife, LeavesNothingBehind)
 {
-    const auto round = [this] {
-        create(2, 2);
-        step(2);
+    auto info = engineInfo(8);
+    info.videoInfo.width = info.videoInfo.sourceWidth = 1280;
+    info.videoInfo.height = info.videoInfo.sourceHeight = 720;
+    const auto round = [this, &info] {
+        create(info, windowInfo(), 8);
+        step();
         send(TavloEventDestroyEngine);
         releaseSources();
     };
     round();
     const qsizetype filesAfterOne = openFiles();
     const qsizetype threadsAfterOne = threads();
-    for (int i = 0; i < 6; ++i)
+    for (int i = 0; i < 2; ++i)
         round();
     EXPECT_EQ(openFiles(), filesAfterOne);
     EXPECT_EQ(threads(), threadsAfterOne);
@@ -104,11 +107,19 @@ TEST_F(EngineLife, LeavesNothingBehind)
 
 TEST_F(EngineLife, TakesWholeFramesASecond)
 {
-    auto info = engineInfo(0);
-    info.videoInfo.fpsNum = 30000;
-    info.videoInfo.fpsDen = 1001;
-    ASSERT_EQ(createEngine(info).result, QVariant(0));
-    EXPECT_EQ(engine->frameInterval(), 34482U);
+    struct Rate
+    {
+        int num, den;
+        quint64 interval; ///< microseconds
+    };
+    for (const Rate& rate : {Rate{25, 1, 40000}, Rate{50, 1, 20000}, Rate{30000, 1001, 34482}}) {
+        auto info = engineInfo(0);
+        info.videoInfo.fpsNum = rate.num;
+        info.videoInfo.fpsDen = rate.den;
+        ASSERT_EQ(createEngine(info).result, QVariant(0));
+        EXPECT_EQ(engine->frameInterval(), rate.interval);
+        send(TavloEventDestroyEngine);
+    }
 }
 
 } // namespace

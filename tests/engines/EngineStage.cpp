@@ -68,10 +68,10 @@ tagTavloWindowInfo EngineStage::windowInfo(int width, int height)
     return info;
 }
 
-void EngineStage::create(int channels, int sourceCount)
+void EngineStage::create(const tagTavloPresentEngineInfo& engineRecord, const tagTavloWindowInfo& window,
+                         int sourceCount)
 {
-    const Report made =
-        send(TavloEventCreateEngine, QVariant::fromValue(engineInfo(channels)), QVariant::fromValue(windowInfo()));
+    const Report made = send(TavloEventCreateEngine, QVariant::fromValue(engineRecord), QVariant::fromValue(window));
     ASSERT_EQ(made.result.toInt(), 0);
     tagTavloPresentSourceInfo info;
     info.type = TavloPresentSourceTypeMovieList;
@@ -96,9 +96,10 @@ void EngineStage::step(int frames)
     }
 }
 
-Shot EngineStage::shot(int channelId)
+Shot EngineStage::shot(int channelId) { return shot(inside->channels().find(channelId)->targetTexture()); }
+
+Shot EngineStage::shot(const graphics::TexturePtr& picture)
 {
-    const graphics::TexturePtr picture = inside->channels().find(channelId)->targetTexture();
     graphics::TextureDesc desc = picture->desc();
     desc.usage = graphics::Usage::Staging;
     desc.renderTarget = false;

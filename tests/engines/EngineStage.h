@@ -33,6 +33,8 @@ class Shot
 public:
     Shot(int width, std::vector<quint8> bytes) : _width(width), _bytes(std::move(bytes)) {}
     Pixel at(int x, int y) const;
+    int width() const { return _width; }
+    const std::vector<quint8>& bytes() const { return _bytes; }
 
 private:
     int _width;
@@ -56,7 +58,8 @@ public:
     static tagTavloWindowInfo windowInfo(int width = 640, int height = 400);
 
     /// Starts, creates, and opens a test source on the first so many channels.
-    void create(int channels, int sources);
+    void create(int channels, int sourceCount) { create(engineInfo(channels), windowInfo(), sourceCount); }
+    void create(const tagTavloPresentEngineInfo& info, const tagTavloWindowInfo& window, int sourceCount);
 
     /// Posts an event and has it handled. \return its report
     Report send(qulonglong event, QVariant a1 = {}, QVariant a2 = {}, QVariant a3 = {}, QVariant a4 = {});
@@ -66,6 +69,7 @@ public:
     void releaseSources();
 
     Shot shot(int channelId);
+    Shot shot(const graphics::TexturePtr& picture);
     TestSource& source(int index);
     std::vector<Report> reportsOf(qulonglong event) const;
 

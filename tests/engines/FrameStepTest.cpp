@@ -2,6 +2,8 @@
 
 #include <tavlo/TavloOutputStatistics.h>
 
+#include "scene/Renderer.h"
+
 using namespace tavlo;
 using namespace tavlo::test;
 
@@ -59,14 +61,84 @@ TEST_F(EngineStage, ThePictureProcessActsOnTheChannel)
     EXPECT_EQ(shot(0).at(leftX, topY), (Pixel{0x10, 0x20, 0x30, 255}));
 }
 
-TEST_F(EngineStage, MarksStandAroundPreviewAndProgram)
+// The preview leaves out what a picture without transparency hides, and takes it back for one with some.
+TEST_F(EngineStage, ThePreviewShowsTheChequerUnderWhatIsTransparent)
+{
+    create(2, 2);
+    send(TavloEventSelectChannel, pvm, 0);
+    tagTavloPresentPictureChromaKey key{0, 0xff0000fa, 0.4F, 0.08F, 0.1F, {}};
+    const auto chequer = [](const Pixel& p) { return p.r == p.g && p.g == p.b && p.r >= 190 && p.a == 255; };
+    for (const bool keyed : {false, true, false, true}) {
+        key.enable = keyed;
+        send(TavloEventSetChromaKey, 0, QVariant::fromValue(key));
+        step();
+        const Shot preview = shot(pvm);
+        const Pixel blue = preview.at(leftX, topY);
+        EXPECT_EQ(chequer(blue), keyed) << blue.r << " " << blue.g << " " << blue.b << " " << blue.a;
+        const Pixel green = preview.at(rightX, bottomY); // a key takes some of every colour
+        EXPECT_NEAR(green.g, TestSource::greenOf(steps - 1), keyed ? 8 : 0);
+        EXPECT_LE(green.r + green.b, keyed ? 20 : 0);
+    }
+    send(TavloEventCloseSource, 0);
+    step();
+    EXPECT_TRUE(chequer(shot(pvm).at(rightX, bottomY))) << "a channel without a source is transparent";
+}
+
+// Off screen the canvas is drawn for whom looks at it, and whoever looks sees the latest frame.
+TEST_F(EngineStage, TheCanvasIsDrawnForWhomLooks)
 {
     create(4, 0);
-    send(TavloEventSelectChannel, pvm, 1);
     send(TavloEventSelectChannel, pgm, 99); // no channel has it: no mark
+    const auto marked = [this](int channel) {
+        const scene::Rect& view = inside->channels().source(channel)->viewRect();
+        const Shot canvas = shot(inside->world().canvasPicture());
+        const Pixel pixel = canvas.at(static_cast<int>(view.middle().x), 400 - static_cast<int>(view.minY()) - 1);
+        return pixel.g > 200 && pixel.r < 60;
+    };
+    const auto passes = [this] { return inside->world().director()->renderer().statistics().passes; };
     step();
-    const graphics::TexturePtr canvas = inside->world().canvasPicture();
-    ASSERT_TRUE(canvas);
+    EXPECT_EQ(passes(), 2U) << "preview and program";
+    for (const int shown : {1, 3, 0}) {
+        send(TavloEventSelectChannel, pvm, shown);
+        step();
+        for (int i = 0; i < 4; ++i)
+            EXPECT_EQ(marked(i), i == shown) << i;
+        step();
+        EXPECT_EQ(passes(), 3U);
+        step(30);
+        EXPECT_EQ(passes(), 2U) << "nobody looks any more";
+    }
+}
+
+TEST_F(EngineStage, LevelBarsStandOnTheViews)
+{
+    create(4, 2);
+    send(TavloEventSelectChannel, pgm, 0);
+    step();
+    for (int i = 0; i < 2; ++i)
+        source(i).pushTone(440);
+    step();
+    const Shot canvas = shot(inside->world().canvasPicture());
+    const float line = inside->gridLineWidth();
+    for (int i = 0; i < 2; ++i) {
+        const scene::Rect& view = inside->channels().source(i)->innerRect();
+        const auto level = static_cast<float>(engine->getAudioLevel().sourceLevel[static_cast<std::size_t>(i)][0]);
+        const float bottom = view.minY() + 2 * line, height = level / 100 * (view.height - 4 * line);
+        ASSERT_GT(height, 4.0F);
+        ASSERT_LT(height, view.height - 4 * line - 4);
+        const int x = static_cast<int>(view.maxX() - 4 * line - 2 + line / 2);
+        const auto pixel = [&](float y) { return canvas.at(x, 399 - static_cast<int>(y)); };
+        const Pixel bar = i == 0 ? Pixel{0, 240, 0, 255} : Pixel{20, 100, 20, 255}; // heard in the program or not
+        EXPECT_EQ(pixel(bottom + 1), bar) << i;
+        EXPECT_EQ(pixel(bottom + height - 2), bar) << i;
+        EXPECT_NE(pixel(bottom + height + 2), bar) << i;
+    }
+}
+
+TEST_F(EngineStage, PicturesAreFoundByTheirNumbers)
+{
+    create(1, 0);
+    step();
     bool flipped = true;
     QSizeF size;
     quint64 view = 0;

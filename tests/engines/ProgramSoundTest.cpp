@@ -1,5 +1,12 @@
 #include "engines/EngineStage.h"
 
+#include "TavloCommonModule/audio/LoopbackMixer.h"
+#include "TavloCommonModule/audio/MixInput.h"
+#include "support/reference/Sound.h"
+
+#include <QEasingCurve>
+#include <QPropertyAnimation>
+
 #include <array>
 
 using namespace tavlo;
@@ -44,6 +51,65 @@ TEST_F(EngineStage, SoundFollowsThePicture)
     mixer.audioEnable = {};
     send(TavloEventSetAudioMixer, {}, QVariant::fromValue(mixer));
     EXPECT_EQ(volumes(), (std::array{0.0F, 0.8F, 0.8F}));
+}
+
+/// What is left of a sum of tones when the one of that frequency is taken out by its own recursion.
+std::vector<double> without(double frequency, const std::vector<double>& samples)
+{
+    const double twoCos = 2 * std::cos(2 * std::numbers::pi * frequency / 48000);
+    std::vector<double> rest;
+    for (std::size_t i = 0; i + 2 < samples.size(); ++i)
+        rest.push_back(samples[i + 2] - twoCos * samples[i + 1] + samples[i]);
+    return rest;
+}
+
+// The volumes that the engine asks for during a take, in a mix like the module's that runs by the test's own clock.
+TEST_F(EngineStage, ATakeLeavesTheMixWithoutAClick)
+{
+    create(2, 2);
+    send(TavloEventSelectChannel, pgm, 0);
+    step();
+    LoopbackMixer mixer;
+    ASSERT_TRUE(mixer.open(2, 48000));
+    const std::array inputs{mixer.add(), mixer.add()};
+    for (const auto& input : inputs)
+        input->listen();
+    const tagTavloPresentTransitionEffectParam param{22, 1.0F, QEasingCurve::Linear};
+    std::vector<double> mixed, stepped;
+    std::vector<float> block(std::size_t{2} * 480);
+    for (int ms = 0; ms < 2400; ms += 10) {
+        if (ms == 600)
+            send(TavloEventTransition, {}, 1, QVariant::fromValue(param));
+        auto& animation = *inside->channels().program()->findChild<QPropertyAnimation*>();
+        if (ms % 40 == 0) {
+            if (animation.state() == QAbstractAnimation::Running)
+                animation.setCurrentTime(ms - 600);
+            step();
+        }
+        for (std::size_t i = 0; ms % 20 == 0 && i < inputs.size(); ++i) {
+            const std::vector<qint16>& tone =
+                source(static_cast<int>(i)).pushTone(440 * (1.0 + static_cast<double>(i)));
+            const float volume = engine->getAudioLevel().pgmBusVolume[0][i];
+            inputs[i]->setVolume(volume);
+            inputs[i]->write(tone.data(), static_cast<int>(tone.size() * sizeof(qint16)), {2, 16, 48000});
+            for (std::size_t k = 0; k < tone.size() / 2; ++k) {
+                const double sample = static_cast<double>(volume) * tone[2 * k] / 32768;
+                if (i == 0)
+                    stepped.push_back(sample);
+                else
+                    stepped[stepped.size() - tone.size() / 2 + k] += sample;
+            }
+        }
+        mixer.mix(block.data(), 1.0F);
+        for (std::size_t i = 0; i < block.size(); i += 2)
+            mixed.push_back(static_cast<double>(block[i]));
+    }
+    EXPECT_EQ(inside->channels().program()->programChannel(), 1);
+    constexpr std::size_t begun = 48000 / 4;
+    const double smooth = clicks(without(880, mixed), 440, 48000, begun);
+    EXPECT_LT(smooth, -70);
+    EXPECT_GT(clicks(without(880, stepped), 440, 48000, begun), smooth + 20) << "volumes that jump would be seen";
+    EXPECT_NEAR(loudness(mixed, begun, 28000), loudness(mixed, mixed.size() - 16000, mixed.size()), 0.2);
 }
 
 TEST_F(EngineStage, ThePreviewMeasuresTheShownChannelAlone)

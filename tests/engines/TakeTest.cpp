@@ -1,4 +1,5 @@
 #include "engines/EngineStage.h"
+#include "support/reference/Transitions.h"
 
 #include <QEasingCurve>
 #include <QPropertyAnimation>
@@ -136,6 +137,35 @@ TEST_F(Take, TheProgramShowsTheTransition)
         EXPECT_NEAR(pixel.r, TestSource::redOf(0) * (1 - share) + TestSource::redOf(2) * share, 2);
         EXPECT_EQ(pixel.b, 250);
         EXPECT_EQ(pixel.a, 255);
+    }
+}
+
+// A wipe, a diagonal one, a slide, a stretch: the program is what the reference makes of the two channels' pictures.
+TEST_F(Take, OtherKindsShowWhatTheReferenceSays)
+{
+    const auto toReference = [](const Shot& shot) {
+        return reference::Picture{shot.width(), frameHeight, shot.bytes()};
+    };
+    for (const int kind : {2, 8, 30, 47}) {
+        take(2, kind, 1.0F);
+        for (const int ms : {120, 500, 870}) {
+            animation().setCurrentTime(ms);
+            step();
+            const reference::Picture outgoing = toReference(shot(0)), incoming = toReference(shot(2));
+            const reference::Picture program = toReference(shot(pgm));
+            int wrong = 0;
+            for (int y = 0; y < frameHeight; ++y) {
+                for (int x = 0; x < frameWidth; ++x) {
+                    const reference::Vector uv{(x + 0.5) / frameWidth, (y + 0.5) / frameHeight};
+                    const auto wanted = reference::transition(kind, ms / 1000.0, outgoing, incoming, {}, uv);
+                    const auto got = program.texel(x, y);
+                    const auto apart = [](double a, double b) { return std::abs(a - b) > 4 / 255.0; };
+                    wrong += apart(got.r, wanted.r) || apart(got.g, wanted.g) || apart(got.b, wanted.b);
+                }
+            }
+            EXPECT_LE(wrong, frameHeight / 2) << kind << " at " << ms << ": only an edge may fall on either side";
+        }
+        send(TavloEventSetTransitionPos, {}, 0.0F);
     }
 }
 

@@ -40,7 +40,7 @@ void TestSource::onWindowMessage(quint32 message, quint64, qint64 position)
     messages.push_back({message, static_cast<int>(position & 0xffff), static_cast<int>(position >> 16)});
 }
 
-void TestSource::pushTone(double hertz, double amplitude)
+const std::vector<qint16>& TestSource::pushTone(double hertz, double amplitude)
 {
     tagTavloAudioInfo format;
     const int frames = format.sampleRate / 50;
@@ -54,6 +54,7 @@ void TestSource::pushTone(double hertz, double amplitude)
     block.i_buffer = _samples.size() * sizeof(qint16);
     block.i_nb_samples = static_cast<unsigned>(frames);
     deliverAudio(0, &block, format);
+    return _samples;
 }
 
 } // namespace tavlo::test

@@ -42,7 +42,8 @@ public:
     void play() override { ++plays; }
 
     /// 20 ms of a sine, the phase going on from the block before; the engine's format. Any one thread.
-    void pushTone(double hertz, double amplitude = 0.5);
+    /// \return the block, until the next call
+    const std::vector<qint16>& pushTone(double hertz, double amplitude = 0.5);
 
     struct Message
     {

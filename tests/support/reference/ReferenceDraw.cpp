@@ -10,14 +10,12 @@ namespace {
 
 double unit(double value) { return std::clamp(value, 0.0, 1.0); }
 
-/// Texel loads outside a texture give zero.
+/// Below a texture its last row goes on.
 double redAt(const Picture& texture, long position, long pitch)
 {
-    if (position < 0)
-        return 0;
     const auto x = static_cast<int>(position % pitch);
     const auto y = static_cast<int>(position / pitch);
-    return x < texture.width && y < texture.height ? texture.at(x, y)[0] : 0;
+    return texture.at(x, std::min(y, texture.height - 1))[0];
 }
 
 /// The textures have no room for half a chroma row: the last row of an odd height goes with the one before.

@@ -42,27 +42,12 @@ float   lumaKey_softness
 vec4    clearedColor                  // what the target holds, for the pass without blending
 float   targetY = -1                  // -1: the target keeps its top row first; 1: its bottom row
 
-// Over what the target holds.
+// Over what the target holds. No picture of a YUV layout is drawn so in a show: what is opaque goes by `opaque`, and what
+// is cut or keyed begins on a cleared target.
 [technique Transprocess]
 pass quad blended
     blend color src_alpha inv_src_alpha
     blend alpha src_alpha dst_alpha
-    variant samplerChroma=808596553 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
-    variant samplerChroma=808596553 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // I420
-    variant samplerChroma=842094169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
-    variant samplerChroma=842094169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YV12
-    variant samplerChroma=842094158 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
-    variant samplerChroma=842094158 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV12
-    variant samplerChroma=825382478 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
-    variant samplerChroma=825382478 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // NV21
-    variant samplerChroma=844715353 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
-    variant samplerChroma=844715353 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YUY2
-    variant samplerChroma=1431918169 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
-    variant samplerChroma=1431918169 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // YVYU
-    variant samplerChroma=1498831189 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
-    variant samplerChroma=1498831189 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // UYVY
-    variant samplerChroma=1498765654 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
-    variant samplerChroma=1498765654 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // VYUY
     variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
     variant samplerChroma=1094862674 doColorAdjust=1 doChromaKey=0 doLumaKey=0 useMask=0 useColor=0 // RGBA
     variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
@@ -91,6 +76,25 @@ pass quad replaced
     variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=1 doLumaKey=0 useMask=0 useColor=0 // RGBA
     variant samplerChroma=1094862674 doColorAdjust=0 doChromaKey=0 doLumaKey=1 useMask=0 useColor=0 // RGBA
 
+// A picture that is neither transparent nor cut nor keyed: nothing to blend.
+pass quad opaque
+    variant samplerChroma=808596553 doColorAdjust=0 // I420
+    variant samplerChroma=808596553 doColorAdjust=1 // I420
+    variant samplerChroma=842094169 doColorAdjust=0 // YV12
+    variant samplerChroma=842094169 doColorAdjust=1 // YV12
+    variant samplerChroma=842094158 doColorAdjust=0 // NV12
+    variant samplerChroma=842094158 doColorAdjust=1 // NV12
+    variant samplerChroma=825382478 doColorAdjust=0 // NV21
+    variant samplerChroma=825382478 doColorAdjust=1 // NV21
+    variant samplerChroma=844715353 doColorAdjust=0 // YUY2
+    variant samplerChroma=844715353 doColorAdjust=1 // YUY2
+    variant samplerChroma=1431918169 doColorAdjust=0 // YVYU
+    variant samplerChroma=1431918169 doColorAdjust=1 // YVYU
+    variant samplerChroma=1498831189 doColorAdjust=0 // UYVY
+    variant samplerChroma=1498831189 doColorAdjust=1 // UYVY
+    variant samplerChroma=1498765654 doColorAdjust=0 // VYUY
+    variant samplerChroma=1498765654 doColorAdjust=1 // VYUY
+
 [common]
 const int VLC_CODEC_I420 = 808596553;
 const int VLC_CODEC_YV12 = 842094169;
@@ -104,59 +108,57 @@ const int VLC_CODEC_VYUY = 1498765654;
 // A pixel's centre falls between two numbers; this keeps rounding from taking the neighbour.
 const float PRECISION_OFFSET = 0.2;
 
-vec2 turned(vec2 at)
+// How a picture's bytes lie in its texture.
+struct Memory
 {
-    return vec2(mirrorHoriz0 != 0 ? 1.0 - at.x : at.x, flipVert0 != 0 ? 1.0 - at.y : at.y);
+    vec2 texel; // the size of one, parts of the texture
+    vec2 u;     // where the second component begins, column and row
+    vec2 v;     // and the third one
+};
+
+// The byte at a place counted on from the start of a row, be it beyond the row's end: rows follow one another. Sampling
+// in a texel's middle gives what a texel load would, for half of its cost on a software renderer.
+float byteAt(vec2 place, float rowTexels, Memory memory)
+{
+    float rows = floor((place.x + 0.5) / rowTexels);
+    place += rows * vec2(-rowTexels, 1.0);
+    return textureLod(sampler0, (place + 0.5) * memory.texel, 0.0).r;
 }
 
-// The byte at a linear position, rows of that many texels. Division by the reciprocal and one step of correction: exact,
-// and much faster than integer division where there is none in hardware.
-float byteAt(int position, int rowTexels)
-{
-    int row = int(float(position) / float(rowTexels));
-    int column = position - row * rowTexels;
-    if (column < 0) { column += rowTexels; row -= 1; }
-    if (column >= rowTexels) { column -= rowTexels; row += 1; }
-    return texelFetch(sampler0, ivec2(column, row), 0).r;
-}
+float lumaAt(vec2 pixel, Memory memory) { return textureLod(sampler0, (pixel + 0.5) * memory.texel, 0.0).r; }
 
 // A picture of odd height has a last row without a chroma row of its own in the texture: it takes that above.
-int chromaRow(int y) { return min(y / 2, max(int(height) / 2 - 1, 0)); }
+float chromaRow(float y) { return min(floor(y * 0.5), max(floor(height * 0.5) - 1.0, 0.0)); }
 
-vec3 planar(int x, int y)
+vec3 planar(vec2 pixel, Memory memory)
 {
-    int chroma = chromaRow(y) * int_input_width + x / 2;
-    return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
-                byteAt(int_v_plane_offset + chroma, int_input_width),
-                byteAt(int_u_plane_offset + chroma, int_input_width));
+    vec2 chroma = vec2(floor(pixel.x * 0.5), chromaRow(pixel.y));
+    return vec3(lumaAt(pixel, memory), byteAt(memory.v + chroma, width, memory), byteAt(memory.u + chroma, width, memory));
 }
 
-vec3 semiPlanar(int x, int y)
+// The rows of an odd width are a byte shorter than those of the texture.
+vec3 semiPlanar(vec2 pixel, Memory memory)
 {
-    int chroma = int_u_plane_offset + 2 * (chromaRow(y) * (int_input_width / 2) + x / 2);
-    return vec3(texelFetch(sampler0, ivec2(x, y), 0).r,
-                byteAt(chroma, int_input_width),
-                byteAt(chroma + 1, int_input_width));
+    float row = chromaRow(pixel.y);
+    float shorter = width - 2.0 * floor(width * 0.5);
+    vec2 first = memory.u + vec2(2.0 * floor(pixel.x * 0.5) - row * shorter, row);
+    return vec3(lumaAt(pixel, memory), byteAt(first, width, memory), byteAt(first + vec2(1.0, 0.0), width, memory));
 }
 
 // Luma at the even bytes, the other two at the odd ones.
-vec3 lumaFirst(int x, int y)
+vec3 lumaFirst(vec2 pixel, Memory memory)
 {
-    int row = 2 * int_input_width;
-    int luma = y * row + 2 * x;
-    int second = (x & 1) == 0 ? luma + 1 : luma - 1;
-    int third = (x & 1) == 0 ? luma + 3 : luma + 1;
-    return vec3(byteAt(luma, row), byteAt(second, row), byteAt(third, row));
+    vec2 luma = vec2(2.0 * pixel.x, pixel.y);
+    vec2 second = vec2(4.0 * floor(pixel.x * 0.5) + 1.0, pixel.y);
+    return vec3(lumaAt(luma, memory), lumaAt(second, memory), byteAt(second + vec2(2.0, 0.0), 2.0 * width, memory));
 }
 
 // The other two at the even bytes, luma at the odd ones.
-vec3 lumaSecond(int x, int y)
+vec3 lumaSecond(vec2 pixel, Memory memory)
 {
-    int row = 2 * int_input_width;
-    int first = y * row + 2 * x;
-    int second = (x & 1) == 0 ? first : first - 2;
-    int third = (x & 1) == 0 ? first + 2 : first;
-    return vec3(byteAt(first + 1, row), byteAt(second, row), byteAt(third, row));
+    vec2 luma = vec2(2.0 * pixel.x + 1.0, pixel.y);
+    vec2 second = vec2(4.0 * floor(pixel.x * 0.5), pixel.y);
+    return vec3(lumaAt(luma, memory), lumaAt(second, memory), byteAt(second + vec2(2.0, 0.0), 2.0 * width, memory));
 }
 
 // BT.709, limited range.
@@ -169,29 +171,29 @@ vec4 fromYuv(vec3 yuv)
     return vec4(clamp(rgb, 0.0, 1.0), 1.0);
 }
 
-vec4 loadPixel(vec2 at)
+vec4 loadPixel(vec2 at, Memory memory)
 {
     // Enlarged, the last pixels would reach beyond the last texel.
-    int x = min(int(at.x * width + PRECISION_OFFSET), int_width - 1);
-    int y = min(int(at.y * height + PRECISION_OFFSET), int(height) - 1);
+    vec2 size = vec2(width, height);
+    vec2 pixel = min(floor(at * size + PRECISION_OFFSET), size - 1.0);
     switch (samplerChroma) {
     case VLC_CODEC_I420:
     case VLC_CODEC_YV12:
-        return fromYuv(planar(x, y));
+        return fromYuv(planar(pixel, memory));
     case VLC_CODEC_NV12:
-        return fromYuv(semiPlanar(x, y));
+        return fromYuv(semiPlanar(pixel, memory));
     case VLC_CODEC_NV21:
-        return fromYuv(semiPlanar(x, y).xzy);
+        return fromYuv(semiPlanar(pixel, memory).xzy);
     case VLC_CODEC_YUY2:
-        return fromYuv(lumaFirst(x, y));
+        return fromYuv(lumaFirst(pixel, memory));
     case VLC_CODEC_YVYU:
-        return fromYuv(lumaFirst(x, y).xzy);
+        return fromYuv(lumaFirst(pixel, memory).xzy);
     case VLC_CODEC_UYVY:
-        return fromYuv(lumaSecond(x, y));
+        return fromYuv(lumaSecond(pixel, memory));
     case VLC_CODEC_VYUY:
-        return fromYuv(lumaSecond(x, y).xzy);
+        return fromYuv(lumaSecond(pixel, memory).xzy);
     default:
-        return texture(sampler0, at);
+        return textureLod(sampler0, at, 0.0);
     }
 }
 
@@ -201,7 +203,7 @@ float keyDistance(vec3 rgb)
     return distance(chroma_key, chroma + 0.501961);
 }
 
-float keyDistanceAt(vec2 at) { return keyDistance(texture(sampler0, turned(at)).rgb); }
+float keyDistanceAt(vec2 at) { return keyDistance(textureLod(sampler0, at, 0.0).rgb); }
 
 // A ramp from 0 at the base to 1 at the width; a width of 0 is a hard edge.
 float keyRamp(float base, float rampWidth)
@@ -253,15 +255,16 @@ vec3 adjusted(vec3 rgb)
     return mix(vec3(intensity), rgb, Saturation);
 }
 
-vec4 processed(vec2 at)
+// at: in the drawn picture; turned: the same place in the picture as it is stored
+vec4 processed(vec2 at, vec2 turned, Memory memory)
 {
     if (useColor != 0)
         return fillColor;
-    vec4 pixel = loadPixel(turned(at));
+    vec4 pixel = loadPixel(turned, memory);
     if (useMask != 0)
         pixel.a *= texture(maskInput, at).r;
     if (doChromaKey != 0)
-        pixel = chromaKeyed(pixel, at);
+        pixel = chromaKeyed(pixel, turned);
     if (doLumaKey != 0)
         pixel = lumaKeyed(pixel);
     pixel.a *= alphaMask;
@@ -276,26 +279,56 @@ vec4 processed(vec2 at)
 in vec3 POSITION;
 in vec2 TEXCOORD;
 out vec2 uv;
+out vec2 turned;
+flat out vec2 texel;
+flat out vec4 planes;
+
+vec2 placeOf(int offset)
+{
+    int rowTexels = max(int_input_width, 1);
+    return vec2(offset % rowTexels, offset / rowTexels);
+}
 
 void main()
 {
     gl_Position = vec4(POSITION.x, POSITION.y * targetY, 0.0, 1.0);
     uv = TEXCOORD;
+    turned = vec2(mirrorHoriz0 != 0 ? 1.0 - uv.x : uv.x, flipVert0 != 0 ? 1.0 - uv.y : uv.y);
+    texel = 1.0 / vec2(textureSize(sampler0, 0));
+    planes = vec4(placeOf(int_u_plane_offset), placeOf(int_v_plane_offset));
 }
 
 [fragment blended]
 in vec2 uv;
+in vec2 turned;
+flat in vec2 texel;
+flat in vec4 planes;
 out vec4 color;
 
-void main() { color = processed(uv); }
+void main() { color = processed(uv, turned, Memory(texel, planes.xy, planes.zw)); }
 
 [fragment replaced]
 in vec2 uv;
+in vec2 turned;
+flat in vec2 texel;
+flat in vec4 planes;
 out vec4 color;
 
 void main()
 {
-    vec4 pixel = clamp(processed(uv), 0.0, 1.0);
+    vec4 pixel = clamp(processed(uv, turned, Memory(texel, planes.xy, planes.zw)), 0.0, 1.0);
     color = vec4(pixel.rgb * pixel.a + clearedColor.rgb * (1.0 - pixel.a),
                  pixel.a * pixel.a + clearedColor.a * clearedColor.a);
+}
+
+[fragment opaque]
+in vec2 turned;
+flat in vec2 texel;
+flat in vec4 planes;
+out vec4 color;
+
+void main()
+{
+    vec3 rgb = loadPixel(turned, Memory(texel, planes.xy, planes.zw)).rgb;
+    color = vec4(doColorAdjust != 0 ? adjusted(rgb) : rgb, 1.0);
 }
