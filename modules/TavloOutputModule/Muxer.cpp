@@ -144,15 +144,16 @@ bool Muxer::write(const CodedPacket& packet, qint64 origin, std::string& error)
     const int index = packet.video ? _videoIndex : _audioIndex;
     if (index < 0)
         return true;
-    constexpr AVRational microseconds{1, 1'000'000};
-    const AVStream& stream = *_context->streams[index];
+    const auto inStream = [&](qint64 microseconds) {
+        return av_rescale_q(microseconds - origin, {1, 1'000'000}, _context->streams[index]->time_base);
+    };
     AVPacket out{};
     out.stream_index = index;
     out.data = packet.block->p_buffer;
     out.size = static_cast<int>(packet.block->i_buffer);
-    out.pts = av_rescale_q(packet.pts() - origin, microseconds, stream.time_base);
-    out.dts = av_rescale_q(packet.dts() - origin, microseconds, stream.time_base);
-    out.duration = av_rescale_q(packet.block->i_length, microseconds, stream.time_base);
+    out.pts = inStream(packet.pts());
+    out.dts = inStream(packet.dts());
+    out.duration = inStream(packet.dts() + packet.block->i_length) - out.dts; // up to the next one, to the tick
     out.pos = -1;
     if (packet.key || !packet.video)
         out.flags = AV_PKT_FLAG_KEY;
