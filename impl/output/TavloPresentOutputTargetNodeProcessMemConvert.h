@@ -71,6 +71,10 @@ protected:
     virtual bool needVideo() const = 0;
     virtual bool needAudio() const = 0;
 
+    /// Of a picture that was committed and goes nowhere: nothing could be done with it, or nobody wants it any more.
+    void countDropped() { _droppedPictures.fetch_add(1, std::memory_order_relaxed); }
+    void countLate() { _latePictures.fetch_add(1, std::memory_order_relaxed); }
+
     /// Makes the pool, if it is not there yet. Node's thread, before the first picture is wanted.
     void preparePool();
 
@@ -120,6 +124,8 @@ private:
     bool _running = false;
 
     // any thread
+    std::atomic<quint64> _committedPictures{0};
     std::atomic<quint64> _droppedPictures{0};
+    std::atomic<quint64> _latePictures{0};
     std::atomic<quint64> _droppedBlocks{0};
 };

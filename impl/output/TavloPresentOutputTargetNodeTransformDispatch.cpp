@@ -105,7 +105,7 @@ void Node::onHandle_video(picture_t* picture, bool flip)
     int stride = 0;
     const quint8* const data = asUyvy(picture, flip, stride);
     if (!data)
-        return;
+        return countDropped();
     for (Leaf* leaf : _rawNodes)
         leaf->onVideo(nullptr, data, stride, picture->date);
 }

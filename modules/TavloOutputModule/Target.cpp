@@ -34,6 +34,8 @@ void Target::run()
 void Target::countWritten(const CodedPacket& packet)
 {
     (packet.video ? videoRate : audioRate).add(packet.block->i_buffer);
+    if (packet.video || !_format.hasVideo())
+        _written.fetch_add(1, std::memory_order_relaxed);
 }
 
 void Target::tell(const std::string& text) const

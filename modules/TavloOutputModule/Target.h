@@ -37,6 +37,7 @@ public:
     // Figures. Any thread.
     State state() const { return _state.load(std::memory_order_relaxed); }
     quint64 dropped() const { return _queue.dropped(); }
+    quint64 written() const { return _written.load(std::memory_order_relaxed); }   ///< pictures, or blocks as `dropped`
     quint64 openings() const { return _openings.load(std::memory_order_relaxed); } ///< files or connections
     ByteMeter videoRate, audioRate;
 
@@ -61,7 +62,7 @@ private:
 
     PacketQueue _queue;
     std::atomic<State> _state{State::Opening};
-    std::atomic<quint64> _openings{0};
+    std::atomic<quint64> _openings{0}, _written{0};
     std::thread _thread; ///< owner's
 };
 

@@ -80,7 +80,6 @@ void TavloOutputWorker::stop()
         _interleaver.reset();
     }
     forEachTarget([](Target& target) { target.stop(); });
-    _targets = {};
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)
@@ -126,6 +125,7 @@ void TavloOutputWorker::getStatistics(tagTavloOutputStatistics* statistics, quin
         statistics->recordRatePair2 = record.audioRate.kilobits();
         statistics->recordState = record.state();
         statistics->recordDropped += record.dropped();
+        statistics->recordWritten += record.written();
         statistics->recordFiles += record.openings();
     }
     if (selector != netSelector) { // what a recording has besides its files are segments
@@ -138,6 +138,7 @@ void TavloOutputWorker::getStatistics(tagTavloOutputStatistics* statistics, quin
         statistics->netRatePair2 += target->audioRate.kilobits();
         statistics->netState = std::max<quint32>(statistics->netState, target->state());
         statistics->netDropped += target->dropped();
+        statistics->netWritten += target->written();
         statistics->netReconnects += std::max<quint64>(target->openings(), 1) - 1;
     }
     statistics->transferRatePair1 = statistics->netRatePair1;

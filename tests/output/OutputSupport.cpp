@@ -270,6 +270,15 @@ tagTavloOutputStatistics Stage::statistics(int index)
     return statistics;
 }
 
+void Stage::awaitWritten()
+{
+    const auto isWritten = [](const tagTavloOutputStatistics& now) {
+        return now.netWritten + now.netDropped + inFlight >= now.codedPictures;
+    };
+    while (!isWritten(statistics()))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
 Decoded decode(const QString& url, const std::vector<std::pair<QByteArray, QByteArray>>& options)
 {
     Decoded result;

@@ -52,6 +52,9 @@ public:
     void commit(int first, int count, bool awaitCoded = true);
     tagTavloOutputStatistics statistics(int index = 0);
 
+    /// Returns when the stream's target has written or lost all but what waits for its sound.
+    void awaitWritten();
+
     TavloPresentOutputTarget target;
 
 private:

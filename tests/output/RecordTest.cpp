@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <random>
 #include <thread>
 #include <tuple>
@@ -101,6 +102,40 @@ INSTANTIATE_TEST_SUITE_P(Ways, RecordGL,
 INSTANTIATE_TEST_SUITE_P(HEVC, RecordGL,
                          testing::Combine(testing::Values(Way::Pictures), testing::Values(0U, 2U),
                                           testing::Values(1U)));
+
+/// No coded picture waits for the encoder here, so most are lost; none may be lost without a word.
+TEST(Record, EachPictureIsInTheFileOrInOneAccount)
+{
+    for (const Way way : {Way::Pictures, Way::Memory}) {
+        const QTemporaryDir folder;
+        Stage stage(way);
+        stage.start(record, Stage::param(folder.path()));
+        std::atomic<int> committed = 0;
+        std::thread stopping([&] {
+            while (committed < 100)
+                std::this_thread::yield();
+            stage.stop(record);
+        });
+        for (; committed < 200; ++committed) { // fewer than the file's queue holds
+            stage.commit(committed, 1, false);
+            if (committed % 10 == 0)
+                stage.commit(committed, 1, false); // beyond the rate
+        }
+        stopping.join();
+        stage.stop(record); // comes behind the last picture
+
+        const tagTavloOutputStatistics statistics = stage.statistics();
+        const quint64 taken = statistics.committedPictures - statistics.droppedPictures - statistics.latePictures -
+                              statistics.encoderDropped - statistics.skippedPictures;
+        EXPECT_EQ(taken, statistics.codedPictures - statistics.repeatedPictures);
+        EXPECT_EQ(statistics.recordWritten, statistics.codedPictures);
+        EXPECT_EQ(statistics.recordDropped, 0U);
+        std::vector<int> numbers = decode(filesIn(folder.path()).value(0)).numbers;
+        EXPECT_EQ(numbers.size(), statistics.recordWritten);
+        numbers.erase(std::ranges::unique(numbers).begin(), numbers.end());
+        EXPECT_EQ(numbers.size(), taken);
+    }
+}
 
 TEST(Record, SplitsWithoutLosingAnything)
 {

@@ -96,6 +96,7 @@ TEST(StreamNet, APeerSeesEveryPictureOnceItIsConnected)
             while (stage.statistics().netState != tagTavloOutputStatistics::Running)
                 stage.commit(number++, 1);
             stage.commit(number, 40);
+            stage.awaitWritten(); // an end would not wait for a machine that is slow
             stage.stop(net);
             viewer.join();
             ASSERT_GE(decoded.numbers.size(), 40U) << peer.name;
