@@ -24,6 +24,7 @@ public:
         std::string format; ///< libavformat's name
         std::string url;    ///< or a path
         std::vector<std::pair<std::string, std::string>> options;
+        QByteArray* bytes = nullptr;                ///< what is written is appended here and goes nowhere else; lent
         std::chrono::milliseconds patience{10'000}; ///< for one call that makes no headway
         bool waitsForPeer = false; ///< nobody may be there for long: no failure, and no pause before the next attempt
     };
@@ -58,6 +59,7 @@ private:
 
     bool addStreams(const StreamFormat& format);
     bool openOutput(const Target& target, std::string& error);
+    bool openBytes(QByteArray* bytes);
     bool isOverdue() const;
     void beginCall() { _callEnds = std::chrono::steady_clock::now() + _patience; }
     bool succeeded(int result, std::string& error) const;
@@ -67,6 +69,7 @@ private:
     Time _callEnds{};
     std::unique_ptr<AVFormatContext, FreeContext> _context;
     int _videoIndex = -1, _audioIndex = -1;
+    bool _repeatsHeaders = false; ///< so that decoding can begin with every key picture
     bool _begun = false;
 };
 

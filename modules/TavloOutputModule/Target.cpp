@@ -43,4 +43,12 @@ void Target::tell(const std::string& text) const
     qDebug().noquote() << "output worker:" << _name.c_str() << text.c_str();
 }
 
+void Target::pause(const std::string& failure)
+{
+    const std::chrono::milliseconds length = _backoff.next();
+    _retryAt = std::chrono::steady_clock::now() + length;
+    setState(State::Waiting);
+    tell(failure + "; tries again in " + std::to_string(length.count()) + " ms");
+}
+
 } // namespace tavlo

@@ -1,5 +1,6 @@
 #include "TavloOutputModule/TargetList.h"
 
+#include "TavloOutputModule/LiveTarget.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/RecordTarget.h"
 #include "TavloOutputModule/UrlTarget.h"
@@ -84,11 +85,57 @@ struct MissingRow
 };
 
 constexpr MissingRow missingRows[] = {
-    {"http", &Param::httpEnabled},
     {"rtsp", &Param::rtspEnabled},
     {"sdp", &Param::sdpEnabled},
     {"relay", &Param::relayEnabled},
 };
+
+/// Servers listen for this machine alone, unless `outputFlag` opens them to all.
+std::string serverAddress(const Param& param) { return param.outputFlag & 1 ? "0.0.0.0" : "127.0.0.1"; }
+
+/// A path as servers know it: with a slash in front and none at its end.
+std::string serverPath(const QString& path)
+{
+    return (QLatin1Char('/') + path.split(QLatin1Char('/'), Qt::SkipEmptyParts).join(QLatin1Char('/'))).toStdString();
+}
+
+void addHttp(TargetList& targets, const Param& param, const StreamFormat& format)
+{
+    for (const QString& path : param.httpPaths)
+        if (!path.isEmpty())
+            targets.net.push_back(std::make_unique<LiveTarget>(
+                "http", format, HttpAddress{serverAddress(param), param.httpPort, serverPath(path)}));
+}
+
+/// Gives the files of a playlist, and nothing else of its folder.
+class PlaylistFolder final : public HttpResource
+{
+public:
+    explicit PlaylistFolder(std::string folder) : _folder(std::move(folder)) {}
+
+    HttpReply get(const std::string& step) override
+    {
+        const bool isList = step.ends_with(".m3u8");
+        if (step.starts_with('.') || (!isList && !step.ends_with(".ts")))
+            return {};
+        return {isList ? "application/vnd.apple.mpegurl" : "video/mp2t", {}, _folder + '/' + step, {}};
+    }
+
+private:
+    const std::string _folder;
+};
+
+/// Without it the files are there all the same.
+void serveHls(TargetList& targets, const Param& param)
+{
+    const HttpAddress address{serverAddress(param), param.httpPort, serverPath(param.hlsPath)};
+    std::string error;
+    auto folder = std::make_shared<PlaylistFolder>(resolvedFolder(param.hlsDir).toStdString());
+    if (targets.hlsPlace.take(address.address, address.port, address.path, std::move(folder), error))
+        qDebug() << "output worker: hls serves" << (address.text() + "/index.m3u8").c_str();
+    else
+        qDebug() << "output worker: hls cannot serve" << address.text().c_str() << ":" << error.c_str();
+}
 
 void addUrl(TargetList& targets, const char* name, const StreamFormat& format, Muxer::Target target)
 {
@@ -129,6 +176,10 @@ TargetList makeTargets(const Param& param, const StreamFormat& format)
     for (const UrlRow& row : urlRows)
         if (param.*row.enabled)
             addUrl(targets, row.name, format, row.target(param));
+    if (param.hlsEnabled && !param.hlsPath.isEmpty())
+        serveHls(targets, param);
+    if (param.httpEnabled)
+        addHttp(targets, param, format);
     if (param.push2Enabled)
         for (const QString& path : param.push2Paths)
             if (!path.isEmpty())

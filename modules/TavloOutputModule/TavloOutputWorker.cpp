@@ -80,6 +80,7 @@ void TavloOutputWorker::stop()
         _interleaver.reset();
     }
     forEachTarget([](Target& target) { target.stop(); });
+    _targets.hlsPlace.leave();
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)
@@ -139,6 +140,8 @@ void TavloOutputWorker::getStatistics(tagTavloOutputStatistics* statistics, quin
         statistics->netState = std::max<quint32>(statistics->netState, target->state());
         statistics->netDropped += target->dropped();
         statistics->netWritten += target->written();
+        statistics->netViewers += target->viewers();
+        statistics->viewerDropped += target->viewerDropped();
         statistics->netReconnects += std::max<quint64>(target->openings(), 1) - 1;
     }
     statistics->transferRatePair1 = statistics->netRatePair1;

@@ -27,6 +27,9 @@ struct Programme
     static std::vector<qint16> sound(int number);       ///< two channels, the time of that picture
 };
 
+/// The number that a picture shows; -1 when it shows none. \param pitch  bytes from row to row
+int shownNumber(const quint8* luma, int pitch, int width, int height);
+
 /// A target in one of three ways, into which a programme is committed no faster than it is coded.
 class Stage
 {

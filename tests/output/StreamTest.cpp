@@ -1,13 +1,10 @@
 #include "OutputSupport.h"
+#include "Viewer.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
-
-#include <sys/socket.h>
-
-#include <netinet/in.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <thread>
@@ -17,35 +14,6 @@ namespace {
 using namespace tavlo::test;
 
 constexpr int net = TavloPresentOutputTypeNet;
-
-/// A port of the loopback address that nobody uses.
-int freePort()
-{
-    const int handle = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    const bool bound = bind(handle, generic, size) == 0 && getsockname(handle, generic, &size) == 0;
-    close(handle);
-    return bound ? ntohs(address.sin_port) : 0;
-}
-
-/// Returns when somebody listens on the port.
-void awaitListener(int port)
-{
-    const QByteArray wanted = QByteArray(":") + QByteArray::number(port, 16).rightJustified(4, '0').toUpper();
-    for (;;) {
-        QFile table(QStringLiteral("/proc/net/tcp"));
-        ASSERT_TRUE(table.open(QIODevice::ReadOnly));
-        for (const QByteArray& line : table.readAll().split('\n'))
-            if (const QByteArrayList words = line.simplified().split(' ');
-                words.size() > 3 && words[1].endsWith(wanted) && words[3] == "0A")
-                return;
-        std::this_thread::yield();
-    }
-}
 
 struct Peer
 {
@@ -120,6 +88,113 @@ TEST(StreamNet, WritesAPlaylistAndKeepsItsSegments)
     stage.commit(0, 60);
     stage.stop(net);
     EXPECT_EQ(decode(folder.filePath(QStringLiteral("index.m3u8"))).numbers, numbersFrom(0, 60));
+}
+
+/// A stream that a viewer comes to, at any time.
+struct Served
+{
+    const char* name;
+    QStringList input; ///< %1 is a port
+    void (*enable)(tagTavloPresentOutputParam& param, quint16 port);
+};
+
+TEST(StreamNet, AViewerWhoComesFollowsFromThereOn)
+{
+    const std::vector<Served> streams{
+        {"http, MPEG-TS",
+         {"-i", "http://127.0.0.1:%1/live/0"},
+         [](tagTavloPresentOutputParam& param, quint16 port) {
+             param.httpEnabled = 1;
+             param.httpPort = port;
+         }},
+        {"http, FLV",
+         {"-i", "http://127.0.0.1:%1/show.flv"},
+         [](tagTavloPresentOutputParam& param, quint16 port) {
+             param.httpEnabled = 1;
+             param.httpPort = port;
+             param.httpPaths[2] = QStringLiteral("show.flv");
+         }},
+    };
+    for (const Served& stream : streams) {
+        const int port = freePort();
+        Stage stage(Stage::Way::Pictures);
+        tagTavloPresentOutputParam param = Stage::param(QString());
+        stream.enable(param, static_cast<quint16>(port));
+        stage.start(net, param);
+        int number = 0;
+        while (stage.statistics().netState != tagTavloOutputStatistics::Running)
+            stage.commit(number++, 1);
+        QStringList input = stream.input;
+        Viewer viewer(input.replaceInStrings(QStringLiteral("%1"), QString::number(port)));
+        expectToFollow(stage, viewer, number, 50, stream.name);
+    }
+}
+
+TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
+{
+    const QTemporaryDir folder;
+    const int port = freePort();
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.hlsEnabled = 1;
+    param.hlsDir = folder.path();
+    param.hlsSegmentSeconds = 1;
+    param.httpPort = static_cast<quint16>(port);
+    stage.start(net, param);
+    stage.commit(0, 90);
+    stage.awaitWritten();
+    Viewer viewer({"-live_start_index", "0", "-i", QStringLiteral("http://127.0.0.1:%1/hls/0/index.m3u8").arg(port)});
+    while (viewer.numbers().size() < 60)
+        ASSERT_TRUE(viewer.look());
+    EXPECT_EQ(std::vector(viewer.numbers().begin(), viewer.numbers().begin() + 60), numbersFrom(0, 60));
+
+    QFile secret(folder.filePath(QStringLiteral("secret.txt")));
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+    QFile::link(QStringLiteral("/etc/passwd"), folder.filePath(QStringLiteral("link.ts")));
+    const QByteArray up = "/hls/0/..%2f..%2f" + QFileInfo(folder.path()).fileName().toUtf8() + "/index0.ts";
+    for (const QByteArray& path : {QByteArray("/hls/0/secret.txt"), QByteArray("/hls/0/link.ts"), up,
+                                   QByteArray("/hls/0/"), QByteArray("/hls/0/index9.ts"), QByteArray("/hls")})
+        EXPECT_TRUE(HttpReader(port, path).readAll().left(20).contains(" 404 ")) << path.constData();
+    EXPECT_TRUE(HttpReader(port, "/hls/0/index0.ts").readAll().contains("200 OK"));
+}
+
+TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)
+{
+    const int port = freePort();
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.httpEnabled = 1;
+    param.httpPort = static_cast<quint16>(port);
+    param.videoSettings[2] = 1;
+    param.videoSettings[3] = 2; // large pictures fill the kernel's buffers soon
+    stage.start(net, param);
+    int number = 0;
+    while (stage.statistics().netState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    HttpReader slow(port, "/live/0", 4096);
+    while (stage.statistics().viewerDropped == 0)
+        stage.commit(number++, 1);
+    {
+        Viewer viewer({"-i", QStringLiteral("http://127.0.0.1:%1/live/0").arg(port)});
+        expectToFollow(stage, viewer, number, 50, "beside a slow one");
+    }
+    QByteArray seen;
+    std::thread reading([&] { seen = slow.readAll(); });
+    stage.commit(number, 30);
+    stage.awaitWritten();
+    stage.stop(net);
+    reading.join();
+
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("seen.ts")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(seen.mid(seen.indexOf("\r\n\r\n") + 4));
+    file.close();
+    const std::vector<int> numbers = decode(file.fileName()).numbers;
+    ASSERT_FALSE(numbers.empty());
+    EXPECT_EQ(numbers.back(), number + 29);
+    EXPECT_TRUE(std::ranges::is_sorted(numbers));
+    EXPECT_LT(numbers.size(), static_cast<size_t>(number) + 30 - static_cast<size_t>(numbers.front()));
 }
 
 } // namespace
