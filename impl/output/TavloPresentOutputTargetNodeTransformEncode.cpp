@@ -30,7 +30,7 @@ tagTavloPresentOutputParam recordOnly(tagTavloPresentOutputParam param)
     param.recordEnabled = 1;
     param.httpEnabled = param.multicastEnabled = param.hlsEnabled = 0;
     param.rtmp1Enabled = param.rtmp2Enabled = param.pushEnabled = param.push2Enabled = 0;
-    param.rtspEnabled = param.peerEnabled = param.ndiEnabled = param.sdpEnabled = 0;
+    param.rtspEnabled = param.peerEnabled = param.ndiEnabled = param.sdpEnabled = param.relayEnabled = 0;
     return param;
 }
 

@@ -188,6 +188,16 @@ bool Muxer::write(const CodedPacket& packet, qint64 origin, std::string& error)
     return succeeded(av_write_frame(_context.get(), &out), error);
 }
 
+std::string Muxer::sessionDescription(const std::vector<std::unique_ptr<Muxer>>& muxers)
+{
+    std::vector<AVFormatContext*> contexts;
+    for (const auto& muxer : muxers)
+        contexts.push_back(muxer->_context.get());
+    std::array<char, 8192> text{};
+    av_sdp_create(contexts.data(), static_cast<int>(contexts.size()), text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
 bool Muxer::finish(std::string& error)
 {
     beginCall();

@@ -46,6 +46,9 @@ public:
     /// \return false, the reason in `error`, when the file or connection is lost
     bool write(const CodedPacket& packet, qint64 origin, std::string& error);
 
+    /// How the streams of RTP that these write can be received (SDP).
+    static std::string sessionDescription(const std::vector<std::unique_ptr<Muxer>>& muxers);
+
     /// Writes what belongs to the end. False when that could not be written.
     bool finish(std::string& error);
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <thread>
 
 namespace {
@@ -96,39 +97,112 @@ struct Served
     const char* name;
     QStringList input; ///< %1 is a port
     void (*enable)(tagTavloPresentOutputParam& param, quint16 port);
+    bool hasSound = true;
+    enum
+    {
+        WhenServed,
+        WhenBound,
+        First
+    } comes = WhenServed;
 };
 
-TEST(StreamNet, AViewerWhoComesFollowsFromThereOn)
+const std::vector<Served> streams{
+    {"HttpMpegTs",
+     {"-i", "http://127.0.0.1:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.httpEnabled = 1;
+         param.httpPort = port;
+     }},
+    {"HttpFlv",
+     {"-i", "http://127.0.0.1:%1/show.flv"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.httpEnabled = 1;
+         param.httpPort = port;
+         param.httpPaths[2] = QStringLiteral("show.flv");
+     }},
+    {"Relay",
+     {"-f", "mpjpeg", "-i", "http://127.0.0.1:%1/relay"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.relayEnabled = 1;
+         param.relayAddress = QStringLiteral("127.0.0.1:%1").arg(port);
+         param.relayWidth = 96;
+         param.relayBufferCount = 1000;
+     },
+     false},
+    {"Sdp",
+     {"-protocol_whitelist", "http,tcp,udp,rtp", "-i", "http://127.0.0.1:%1/live/0.sdp"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.sdpEnabled = 1;
+         param.sdpPort = static_cast<quint16>(freePort());
+         param.httpPort = port;
+     }},
+    {"Rtsp",
+     {"-rtsp_transport", "tcp", "-i", "rtsp://127.0.0.1:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.rtspEnabled = 1;
+         param.rtspPort = port;
+     }},
+    {"Multicast",
+     {"-i", "udp://234.0.0.1:%1?localaddr=127.0.0.1"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.multicastEnabled = 1;
+         param.multicastPort = port;
+         param.multicastInterface = QStringLiteral("127.0.0.1");
+     }},
+    {"PeerWhoCalls",
+     {"-i", "srt://127.0.0.1:%1?mode=caller&tlpktdrop=0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.peerEnabled = 1;
+         param.peerMode = 0;
+         param.peerAddress.clear();
+         param.peerPort = port;
+         param.peerOption = QStringLiteral("tlpktdrop=0"); // a slow machine's packets are late
+     },
+     true,
+     Served::WhenBound},
+    {"PeerWhoIsCalled",
+     {"-i", "srt://127.0.0.1:%1?mode=listener&tlpktdrop=0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.peerEnabled = 1;
+         param.peerAddress = QStringLiteral("127.0.0.1");
+         param.peerPort = port;
+         param.peerOption = QStringLiteral("tlpktdrop=0");
+     },
+     true,
+     Served::First},
+};
+
+class ServedNet : public testing::TestWithParam<Served>
+{};
+
+TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
 {
-    const std::vector<Served> streams{
-        {"http, MPEG-TS",
-         {"-i", "http://127.0.0.1:%1/live/0"},
-         [](tagTavloPresentOutputParam& param, quint16 port) {
-             param.httpEnabled = 1;
-             param.httpPort = port;
-         }},
-        {"http, FLV",
-         {"-i", "http://127.0.0.1:%1/show.flv"},
-         [](tagTavloPresentOutputParam& param, quint16 port) {
-             param.httpEnabled = 1;
-             param.httpPort = port;
-             param.httpPaths[2] = QStringLiteral("show.flv");
-         }},
-    };
-    for (const Served& stream : streams) {
-        const int port = freePort();
-        Stage stage(Stage::Way::Pictures);
-        tagTavloPresentOutputParam param = Stage::param(QString());
-        stream.enable(param, static_cast<quint16>(port));
-        stage.start(net, param);
-        int number = 0;
-        while (stage.statistics().netState != tagTavloOutputStatistics::Running)
-            stage.commit(number++, 1);
-        QStringList input = stream.input;
-        Viewer viewer(input.replaceInStrings(QStringLiteral("%1"), QString::number(port)));
-        expectToFollow(stage, viewer, number, 50, stream.name);
+    const Served& stream = GetParam();
+    const int port = freePort();
+    QStringList input = stream.input;
+    input.replaceInStrings(QStringLiteral("%1"), QString::number(port));
+    std::optional<Viewer> viewer;
+    if (stream.comes == Served::First) {
+        viewer.emplace(input, stream.hasSound);
+        awaitListener(port);
     }
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    stream.enable(param, static_cast<quint16>(port));
+    stage.start(net, param);
+    int number = 4;
+    stage.commit(0, number); // the first pictures wait for their sound
+    if (stream.comes == Served::WhenBound)
+        awaitListener(port);
+    while (stream.comes == Served::WhenServed && stage.statistics().netState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    if (!viewer)
+        viewer.emplace(input, stream.hasSound);
+    expectToFollow(stage, *viewer, number, 50);
 }
+
+INSTANTIATE_TEST_SUITE_P(Streams, ServedNet, testing::ValuesIn(streams),
+                         [](const auto& served) { return std::string(served.param.name); });
 
 TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
 {
@@ -176,7 +250,7 @@ TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)
         stage.commit(number++, 1);
     {
         Viewer viewer({"-i", QStringLiteral("http://127.0.0.1:%1/live/0").arg(port)});
-        expectToFollow(stage, viewer, number, 50, "beside a slow one");
+        expectToFollow(stage, viewer, number, 50);
     }
     QByteArray seen;
     std::thread reading([&] { seen = slow.readAll(); });

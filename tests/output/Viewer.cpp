@@ -16,12 +16,31 @@ namespace tavlo::test {
 namespace {
 
 constexpr int pictureBytes = Programme::width * Programme::height;
+sockaddr_in loopback(int port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<quint16>(port));
+    return address;
+}
+
+bool isFree(int kind, int port)
+{
+    const int handle = socket(AF_INET, kind, 0);
+    const sockaddr_in address = loopback(port);
+    const bool bound = bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(handle);
+    return bound;
+}
+
 constexpr int ahead = 60; // pictures; fewer than any target lets wait, more than any container holds back
 
 } // namespace
 
-Viewer::Viewer(const QStringList& input)
+Viewer::Viewer(const QStringList& input, bool hasSound)
 {
+    const QStringList sound{"-map", "0:a", "-f", "null", "-"}; // fails where there is none
     const QString size = QStringLiteral("%1x%2").arg(Programme::width).arg(Programme::height);
     _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     _process.start(QStringLiteral("ffmpeg"),
@@ -29,7 +48,8 @@ Viewer::Viewer(const QStringList& input)
                                QStringLiteral("-threads"), QStringLiteral("1")} +
                        input +
                        QStringList{"-map", "0:v", "-fps_mode", "passthrough", "-s", size, "-f", "rawvideo", "-pix_fmt",
-                                   "gray", "-", "-map", "0:a?", "-f", "null", "-"},
+                                   "gray", "-"} +
+                       (hasSound ? sound : QStringList()),
                    QIODevice::ReadOnly);
 }
 
@@ -41,7 +61,7 @@ Viewer::~Viewer()
 
 bool Viewer::look()
 {
-    _process.waitForReadyRead(5);
+    _process.waitForReadyRead(10);
     _bytes += _process.readAllStandardOutput();
     for (; _bytes.size() >= pictureBytes; _bytes.remove(0, pictureBytes))
         _numbers.push_back(shownNumber(reinterpret_cast<const quint8*>(_bytes.constData()), Programme::width,
@@ -49,31 +69,28 @@ bool Viewer::look()
     return _process.state() != QProcess::NotRunning;
 }
 
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, const char* what)
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count)
 {
     while (viewer.numbers().empty()) {
         stage.commit(number++, 1);
-        ASSERT_TRUE(viewer.look()) << what;
+        ASSERT_TRUE(viewer.look());
     }
     const int first = number;
     while (viewer.last() < first + count - 1) {
         if (number < viewer.last() + ahead)
             stage.commit(number++, 1);
-        ASSERT_TRUE(viewer.look()) << what;
+        ASSERT_TRUE(viewer.look());
     }
     const auto begin = std::ranges::find_if(viewer.numbers(), [first](int seen) { return seen >= first; });
     const auto seen = static_cast<int>(viewer.numbers().end() - begin);
-    EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen)) << what;
+    EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen));
 }
 
 HttpReader::HttpReader(int port, const QByteArray& path, int receiveBuffer) : _socket(socket(AF_INET, SOCK_STREAM, 0))
 {
     if (receiveBuffer > 0)
         setsockopt(_socket, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<quint16>(port));
+    const sockaddr_in address = loopback(port);
     EXPECT_EQ(connect(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     const QByteArray request = "GET " + path + " HTTP/1.0\r\n\r\n"; // no chunks: what comes is the content
     EXPECT_EQ(send(_socket, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
@@ -92,20 +109,13 @@ QByteArray HttpReader::readAll()
 
 int freePort()
 {
-    static std::vector<int> given;
-    const int handle = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    const bool bound = bind(handle, generic, size) == 0 && getsockname(handle, generic, &size) == 0;
-    close(handle);
-    const int port = bound ? ntohs(address.sin_port) : 0;
-    if (std::ranges::count(given, port) > 0)
-        return freePort();
-    given.push_back(port);
-    return port;
+    static int next = 10'000 + static_cast<int>(getpid()) * 40 % 20'000;
+    for (;; next += 4) {
+        if (isFree(SOCK_STREAM, next) && isFree(SOCK_DGRAM, next)) {
+            next += 4;
+            return next - 4;
+        }
+    }
 }
 
 void awaitListener(int port)

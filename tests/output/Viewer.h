@@ -9,12 +9,12 @@
 
 namespace tavlo::test {
 
-/// The `ffmpeg` command, looking at a stream of the programme. The sound has to be there, too.
+/// The `ffmpeg` command, looking at a stream of the programme, and listening to it.
 class Viewer
 {
 public:
     /// \param input  options of the input and its address
-    explicit Viewer(const QStringList& input);
+    explicit Viewer(const QStringList& input, bool hasSound = true);
     ~Viewer();
 
     /// Waits a moment for pictures and reads them. False when the command has given up; then it has told why.
@@ -31,9 +31,10 @@ private:
 
 /// Commits pictures from `number` on until the viewer has seen `count` of them that were committed when he saw already,
 /// and never runs far ahead of him. Each of those has to be there, in order.
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, const char* what);
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count);
 
-/// A port of the loopback address that nobody uses, and nobody who asked here before.
+/// A port that nobody uses on the loopback address, the three behind it free for this process, too. It is even, and
+/// below those that the kernel gives to connections.
 int freePort();
 
 /// Somebody who asks the server at a port of the loopback address for a path.
