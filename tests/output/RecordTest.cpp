@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mount.h>
+
 #include <atomic>
 #include <random>
 #include <thread>
@@ -209,9 +211,76 @@ TEST(Record, GoesOnWhenItsFolderComesBack)
     EXPECT_EQ(decoded.numbers.back(), (first + 29) & 0xfff);
 }
 
+/// A file system of its own, so small that it can be filled.
+class SmallDisk
+{
+public:
+    SmallDisk() { _mounted = mount("tmpfs", path().constData(), "tmpfs", 0, "size=16m") == 0; }
+    ~SmallDisk()
+    {
+        if (_mounted)
+            umount(path().constData());
+    }
+
+    bool isThere() const { return _mounted; }
+    QByteArray path() const { return _folder.path().toUtf8(); }
+
+    /// Leaves no room at all. \return whether it came to that
+    bool fill()
+    {
+        QFile ballast(ballastPath());
+        const QByteArray block(4096, 'x');
+        if (!ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            return false;
+        while (ballast.write(block) > 0) {
+        }
+        return ballast.size() > 0;
+    }
+    void empty() { QFile::remove(ballastPath()); }
+
+private:
+    QString ballastPath() const { return _folder.filePath(QStringLiteral("ballast")); }
+
+    const QTemporaryDir _folder;
+    bool _mounted = false;
+};
+
+TEST(Record, GoesOnInANewFileWhenAFullDiskHasRoomAgain)
+{
+    SmallDisk disk;
+    if (!disk.isThere())
+        GTEST_SKIP() << "mounting a small file system is the administrator's";
+    LogCapture log;
+    Stage stage(Way::Pictures);
+    stage.start(record, Stage::param(QString::fromUtf8(disk.path())));
+    int number = 50;
+    stage.commit(0, number);
+    ASSERT_TRUE(disk.fill());
+    while (stage.statistics().recordState != tagTavloOutputStatistics::Waiting)
+        stage.commit(number++, 1);
+    EXPECT_EQ(log.count("cannot record, and tries again"), 1);
+    disk.empty();
+    while (stage.statistics().recordState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    stage.commit(number, 30);
+    stage.stop(record);
+    const tagTavloOutputStatistics statistics = stage.statistics();
+    EXPECT_EQ(statistics.recordWritten + statistics.recordDropped, statistics.codedPictures);
+    EXPECT_EQ(statistics.droppedPictures + statistics.encoderDropped, 0U);
+
+    const QStringList files = filesIn(QString::fromUtf8(disk.path()));
+    ASSERT_EQ(files.size(), 2);
+    const Decoded before = decode(files[0]), behind = decode(files[1]);
+    EXPECT_GE(before.numbers.size(), 50U - Programme::fps);
+    EXPECT_EQ(before.numbers, numbersFrom(0, static_cast<int>(before.numbers.size())));
+    ASSERT_GE(behind.numbers.size(), 30U);
+    EXPECT_EQ(behind.numbers, numbersFrom(behind.numbers.front(), static_cast<int>(behind.numbers.size())));
+    EXPECT_EQ(behind.numbers.back(), number + 29);
+}
+
 TEST(Record, KilledAtAnyMomentItPlaysUpToItsLastSecond)
 {
-    std::minstd_rand random(20261);
+    std::random_device random; // any moment will do
     for (const quint32 mode : {0U, 1U, 2U, 2U}) {
         const QTemporaryDir folder;
         QProcess recorder;
@@ -225,6 +294,7 @@ TEST(Record, KilledAtAnyMomentItPlaysUpToItsLastSecond)
         recorder.kill();
         recorder.waitForFinished();
         ASSERT_GE(committed, last);
+        SCOPED_TRACE("killed behind picture " + std::to_string(committed));
 
         const QStringList files = filesIn(folder.path());
         ASSERT_EQ(files.size(), 1);
