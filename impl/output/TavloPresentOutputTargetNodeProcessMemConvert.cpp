@@ -320,7 +320,6 @@ void Node::preparePool()
                 giveBack(_poolLock, _freePictures, std::move(picture));
     }
     _targetPicture = newPicture(_videoInfo.chroma, _videoInfo);
-    _convertPicture = newPicture(_videoInfo.chroma, _videoInfo);
     for (int i = 0; i < blockCount; ++i)
         if (BlockPtr block{block_Alloc(blockBytes)})
             giveBack(_poolLock, _freeBlocks, std::move(block));
@@ -348,6 +347,5 @@ void Node::onThreadEnd()
     }
     _handlePayloadPicture.reset();
     _targetPicture.reset();
-    _convertPicture.reset();
     _poolMade = false;
 }

@@ -80,7 +80,6 @@ protected:
 
     /// A picture in `_videoInfo.chroma`, for the subclass's use; null when there was no memory. Node's thread.
     picture_t* targetPicture() const { return _targetPicture.get(); }
-    picture_t* convertPicture() const { return _convertPicture.get(); }
 
     // node's thread
     tavlo::PictureConverter _converter; ///< from what comes to `_videoInfo.chroma`; closed when these are the same
@@ -108,7 +107,6 @@ private:
     // node's thread
     bool _poolMade = false;
     tavlo::PicturePtr _handlePayloadPicture; ///< has no memory of its own: stands for a mapped texture
-    tavlo::PicturePtr _convertPicture;
     tavlo::PicturePtr _targetPicture;
 
     // guarded by _poolLock

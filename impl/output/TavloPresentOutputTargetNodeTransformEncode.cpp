@@ -274,18 +274,14 @@ void Node::onHandle_video(picture_t* picture, bool flip)
     if (!_videoEncoder)
         return countLate();
     const bool sameChroma = picture->format.i_chroma == _videoInfo.chroma;
-    if (!targetPicture() || !convertPicture() || (!sameChroma && !_converter.isOpen()))
+    if (!targetPicture() || (!sameChroma && !_converter.isOpen()))
         return countDropped();
     picture_t* const acquired = _videoEncoder->acquirePicture(0, acquireMilliseconds);
     picture_t* const target = acquired ? acquired : targetPicture();
-    if (sameChroma) {
+    if (sameChroma)
         TavloUtil::picture_CopyPixels(target, picture, flip);
-    } else if (flip) {
-        _converter.convert(picture, convertPicture());
-        TavloUtil::picture_CopyPixels(target, convertPicture(), flip);
-    } else {
-        _converter.convert(picture, target);
-    }
+    else
+        _converter.convert(picture, target, flip);
     target->date = picture->date;
     if (acquired)
         _videoEncoder->submitPicture(acquired);
