@@ -1,8 +1,11 @@
 #include "output/PictureConverter.h"
 
 #include "output/ChromaTable.h"
+#include "output/Nv12Rows.h"
 
 #include "shared/VlcTypes.h"
+
+#include <tavlo/records/MediaFormat.h>
 
 #include <QDebug>
 
@@ -26,14 +29,15 @@ struct Planes
     std::array<int, planeLimit> pitch{};
 };
 
-Planes planesOf(const picture_t* picture, bool swapped)
+Planes planesOf(const picture_t* picture, bool swapped, bool flip = false)
 {
     Planes planes;
     const int count = std::min(picture->i_planes, planeLimit);
     for (int i = 0; i < count; ++i) {
         const plane_t& plane = picture->p[swapped && i > 0 ? 3 - i : i];
-        planes.data[static_cast<size_t>(i)] = plane.p_pixels;
-        planes.pitch[static_cast<size_t>(i)] = plane.i_pitch;
+        planes.data[static_cast<size_t>(i)] =
+            plane.p_pixels + (flip ? ptrdiff_t{plane.i_visible_lines - 1} * plane.i_pitch : 0);
+        planes.pitch[static_cast<size_t>(i)] = flip ? -plane.i_pitch : plane.i_pitch;
     }
     return planes;
 }
@@ -62,11 +66,17 @@ PictureConverter::~PictureConverter() = default;
 bool PictureConverter::open(quint32 sourceChroma, quint32 targetChroma, int width, int height)
 {
     close();
+    _width = width;
+    _height = height;
+    _blueFirst = sourceChroma == tavloFourcc("BGRA");
+    _toNv12 = targetChroma == tavloFourcc("NV12") && (_blueFirst || sourceChroma == tavloFourcc("RGBA"));
+    if (_toNv12)
+        return true;
     const AVPixelFormat from = pixelFormatOfChroma(sourceChroma);
     const AVPixelFormat to = pixelFormatOfChroma(targetChroma);
     if (from != AV_PIX_FMT_NONE && to != AV_PIX_FMT_NONE && sws_isSupportedInput(from) && sws_isSupportedOutput(to))
-        _context.reset(sws_getContext(width, height, from, width, height, to, SWS_FAST_BILINEAR | SWS_ACCURATE_RND,
-                                      nullptr, nullptr, nullptr));
+        _context.reset(sws_getContext(width, height, from, width, height, to, SWS_BILINEAR | SWS_ACCURATE_RND, nullptr,
+                                      nullptr, nullptr)); // "fast" would move pictures to the side
     if (!_context) {
         qDebug() << "PictureConverter::open: no way from chroma" << Qt::hex << sourceChroma << "to" << targetChroma
                  << Qt::dec << "at" << width << "x" << height;
@@ -76,25 +86,24 @@ bool PictureConverter::open(quint32 sourceChroma, quint32 targetChroma, int widt
         setMatrix(_context.get());
     _swapSource = hasSwappedPlanes(sourceChroma);
     _swapTarget = hasSwappedPlanes(targetChroma);
-    _height = height;
     return true;
 }
 
-void PictureConverter::close() { _context.reset(); }
-
-void PictureConverter::convert(const picture_t* source, picture_t* target)
+void PictureConverter::close()
 {
-    const Planes from = planesOf(source, _swapSource);
-    const Planes to = planesOf(target, _swapTarget);
-    sws_scale(_context.get(), from.data.data(), from.pitch.data(), 0, _height, to.data.data(), to.pitch.data());
+    _context.reset();
+    _toNv12 = false;
 }
 
-void PictureConverter::convert(const picture_t* source, quint8* target, int pitch)
+void PictureConverter::convert(const picture_t* source, picture_t* target, bool flip)
 {
-    const Planes from = planesOf(source, _swapSource);
-    Planes to;
-    to.data[0] = target;
-    to.pitch[0] = pitch;
+    const Planes from = planesOf(source, _swapSource, flip);
+    const Planes to = planesOf(target, _swapTarget);
+    if (_toNv12) {
+        convertToNv12({from.data[0], from.pitch[0], _blueFirst}, _width, _height, to.data[0], to.pitch[0], to.data[1],
+                      to.pitch[1]);
+        return;
+    }
     sws_scale(_context.get(), from.data.data(), from.pitch.data(), 0, _height, to.data.data(), to.pitch.data());
 }
 

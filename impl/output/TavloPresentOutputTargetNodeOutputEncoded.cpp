@@ -46,8 +46,7 @@ bool TavloPresentOutputTargetNodeOutputEncoded::create(int index, const QString&
 void TavloPresentOutputTargetNodeOutputEncoded::destroy()
 {
     if (worker())
-        worker()->stop();
-    _workerHelper.destroy();
+        worker()->stop(); // its figures can be asked for as long as the leaf lives
     TavloPresentOutputTargetNodeBase::destroy();
 }
 

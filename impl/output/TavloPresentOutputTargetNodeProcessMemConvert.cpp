@@ -135,6 +135,7 @@ void Node::commitVideoData(picture_t* picture)
 {
     if (!needVideo())
         return;
+    _committedPictures.fetch_add(1, std::memory_order_relaxed);
     OutputEvent event;
     event.id = OutputEventId::Picture;
     event.picture = takeFree(_poolLock, _freePictures);
@@ -152,6 +153,7 @@ bool Node::commitVideoData(const TexturePtr& texture, qint64 timestamp)
 {
     if (!needVideo())
         return true;
+    _committedPictures.fetch_add(1, std::memory_order_relaxed);
     OutputEvent event;
     event.id = OutputEventId::Texture;
     event.texture = takeFree(_poolLock, _freeTextures);
@@ -161,7 +163,7 @@ bool Node::commitVideoData(const TexturePtr& texture, qint64 timestamp)
         return false;
     }
     if (!copyToStaging(*event.texture, texture)) {
-        _droppedPictures.fetch_add(1, std::memory_order_relaxed);
+        countDropped();
         giveBack(_poolLock, _freeTextures, std::move(event.texture));
         return false;
     }
@@ -220,6 +222,8 @@ void Node::post(OutputEvent event, bool wait)
 
 void Node::getStatistics(tagTavloOutputStatistics* statistics)
 {
+    statistics->committedPictures += _committedPictures.load(std::memory_order_relaxed);
+    statistics->latePictures += _latePictures.load(std::memory_order_relaxed);
     statistics->droppedPictures += _droppedPictures.load(std::memory_order_relaxed);
     statistics->droppedBlocks += _droppedBlocks.load(std::memory_order_relaxed);
 }
@@ -277,7 +281,7 @@ void Node::handleTexture(OutputEvent& event)
     const std::optional<Mapped> mapped = event.texture->mapRead();
     if (!mapped) {
         tell("onThreadEvent", "failed to Map ");
-        _droppedPictures.fetch_add(1, std::memory_order_relaxed);
+        countDropped();
         return;
     }
     picture_t* const picture = _handlePayloadPicture.get();
@@ -285,6 +289,8 @@ void Node::handleTexture(OutputEvent& event)
                                                    static_cast<int>(mapped->rowPitch))) {
         picture->date = event.timestamp;
         onHandle_video(picture, !_nv12Pass && _conversion.rows == Rows::BottomFirst);
+    } else {
+        countDropped();
     }
     event.texture->unmapRead();
 }
@@ -314,7 +320,6 @@ void Node::preparePool()
                 giveBack(_poolLock, _freePictures, std::move(picture));
     }
     _targetPicture = newPicture(_videoInfo.chroma, _videoInfo);
-    _convertPicture = newPicture(_videoInfo.chroma, _videoInfo);
     for (int i = 0; i < blockCount; ++i)
         if (BlockPtr block{block_Alloc(blockBytes)})
             giveBack(_poolLock, _freeBlocks, std::move(block));
@@ -342,6 +347,5 @@ void Node::onThreadEnd()
     }
     _handlePayloadPicture.reset();
     _targetPicture.reset();
-    _convertPicture.reset();
     _poolMade = false;
 }

@@ -71,12 +71,15 @@ protected:
     virtual bool needVideo() const = 0;
     virtual bool needAudio() const = 0;
 
+    /// Of a picture that was committed and goes nowhere: nothing could be done with it, or nobody wants it any more.
+    void countDropped() { _droppedPictures.fetch_add(1, std::memory_order_relaxed); }
+    void countLate() { _latePictures.fetch_add(1, std::memory_order_relaxed); }
+
     /// Makes the pool, if it is not there yet. Node's thread, before the first picture is wanted.
     void preparePool();
 
     /// A picture in `_videoInfo.chroma`, for the subclass's use; null when there was no memory. Node's thread.
     picture_t* targetPicture() const { return _targetPicture.get(); }
-    picture_t* convertPicture() const { return _convertPicture.get(); }
 
     // node's thread
     tavlo::PictureConverter _converter; ///< from what comes to `_videoInfo.chroma`; closed when these are the same
@@ -104,7 +107,6 @@ private:
     // node's thread
     bool _poolMade = false;
     tavlo::PicturePtr _handlePayloadPicture; ///< has no memory of its own: stands for a mapped texture
-    tavlo::PicturePtr _convertPicture;
     tavlo::PicturePtr _targetPicture;
 
     // guarded by _poolLock
@@ -120,6 +122,8 @@ private:
     bool _running = false;
 
     // any thread
+    std::atomic<quint64> _committedPictures{0};
     std::atomic<quint64> _droppedPictures{0};
+    std::atomic<quint64> _latePictures{0};
     std::atomic<quint64> _droppedBlocks{0};
 };

@@ -105,26 +105,21 @@ void Node::onHandle_video(picture_t* picture, bool flip)
     int stride = 0;
     const quint8* const data = asUyvy(picture, flip, stride);
     if (!data)
-        return;
+        return countDropped();
     for (Leaf* leaf : _rawNodes)
         leaf->onVideo(nullptr, data, stride, picture->date);
 }
 
 const quint8* Node::asUyvy(picture_t* picture, bool flip, int& stride)
 {
-    const picture_t* result = picture;
-    if (picture->format.i_chroma != uyvy) {
-        if (!_converter.isOpen() || !convertPicture())
-            return nullptr;
-        _converter.convert(picture, convertPicture());
-        result = convertPicture();
-    }
-    if (flip) {
-        if (!targetPicture())
-            return nullptr;
-        TavloUtil::picture_CopyPixels(targetPicture(), result, true);
-        result = targetPicture();
-    }
+    const bool isUyvy = picture->format.i_chroma == uyvy;
+    const picture_t* const result = isUyvy && !flip ? picture : targetPicture();
+    if (!result || (!isUyvy && !_converter.isOpen()))
+        return nullptr;
+    if (!isUyvy)
+        _converter.convert(picture, targetPicture(), flip);
+    else if (flip)
+        TavloUtil::picture_CopyPixels(targetPicture(), picture, true);
     stride = result->p[0].i_pitch;
     return result->p[0].p_pixels;
 }

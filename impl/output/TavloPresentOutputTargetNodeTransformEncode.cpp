@@ -30,7 +30,7 @@ tagTavloPresentOutputParam recordOnly(tagTavloPresentOutputParam param)
     param.recordEnabled = 1;
     param.httpEnabled = param.multicastEnabled = param.hlsEnabled = 0;
     param.rtmp1Enabled = param.rtmp2Enabled = param.pushEnabled = param.push2Enabled = 0;
-    param.rtspEnabled = param.peerEnabled = param.ndiEnabled = param.sdpEnabled = 0;
+    param.rtspEnabled = param.peerEnabled = param.ndiEnabled = param.sdpEnabled = param.relayEnabled = 0;
     return param;
 }
 
@@ -61,6 +61,18 @@ char frameTypeOf(quint32 flags)
                               Row{BLOCK_FLAG_TYPE_PB, 'C'}};
     const auto* found = std::ranges::find_if(rows, [flags](const Row& row) { return (flags & row.flag) != 0; });
     return found != rows.end() ? found->type : '\0';
+}
+
+/// Adds the losses and gains that parts which have ended had counted.
+void addCounts(tagTavloOutputStatistics& sum, const tagTavloOutputStatistics& ended)
+{
+    using Statistics = tagTavloOutputStatistics;
+    for (quint64 Statistics::*count :
+         {&Statistics::encoderDropped, &Statistics::repeatedPictures, &Statistics::skippedPictures,
+          &Statistics::silentSamples, &Statistics::skippedSamples, &Statistics::recordDropped, &Statistics::netDropped,
+          &Statistics::recordFiles, &Statistics::netReconnects, &Statistics::recordWritten, &Statistics::netWritten,
+          &Statistics::viewerDropped})
+        sum.*count += ended.*count;
 }
 
 } // namespace
@@ -154,8 +166,20 @@ void Node::removeLeaf(int type)
         leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
         std::erase(_nodes, leaf.get());
     }
-    if (leaf)
-        leaf->destroy();
+    if (!leaf)
+        return;
+    leaf->destroy();
+    keepCounts(*leaf);
+}
+
+/// Of a part that has ended, so that its figures outlive it.
+template <class Part>
+void Node::keepCounts(Part& part)
+{
+    tagTavloOutputStatistics ended;
+    part.getStatistics(&ended);
+    const std::unique_lock guard(_nodesLock);
+    addCounts(_ended, ended);
 }
 
 void Node::startEncode()
@@ -233,6 +257,10 @@ void Node::stopEncode()
         videoEncoder = std::move(_videoEncoder);
         _audioEncoder = nullptr;
     }
+    if (videoEncoder)
+        keepCounts(*videoEncoder);
+    if (_audioHelper.isReady())
+        keepCounts(*_audioHelper.get());
     videoEncoder.reset();
     _audioHelper.destroy();
     _graphicsContext.reset();
@@ -244,22 +272,16 @@ void Node::stopEncode()
 void Node::onHandle_video(picture_t* picture, bool flip)
 {
     if (!_videoEncoder)
-        return;
+        return countLate();
     const bool sameChroma = picture->format.i_chroma == _videoInfo.chroma;
-    if (!sameChroma && !_converter.isOpen())
-        return;
+    if (!targetPicture() || (!sameChroma && !_converter.isOpen()))
+        return countDropped();
     picture_t* const acquired = _videoEncoder->acquirePicture(0, acquireMilliseconds);
     picture_t* const target = acquired ? acquired : targetPicture();
-    if (!target || !convertPicture())
-        return;
-    if (sameChroma) {
+    if (sameChroma)
         TavloUtil::picture_CopyPixels(target, picture, flip);
-    } else if (flip) {
-        _converter.convert(picture, convertPicture());
-        TavloUtil::picture_CopyPixels(target, convertPicture(), flip);
-    } else {
-        _converter.convert(picture, target);
-    }
+    else
+        _converter.convert(picture, target, flip);
     target->date = picture->date;
     if (acquired)
         _videoEncoder->submitPicture(acquired);
@@ -316,6 +338,7 @@ void Node::getStatistics(tagTavloOutputStatistics* statistics)
             _videoEncoder->getStatistics(statistics);
         if (_audioEncoder)
             _audioEncoder->getStatistics(statistics);
+        addCounts(*statistics, _ended);
     }
     statistics->codedPictures += _codedPictures.load(std::memory_order_relaxed);
     const std::lock_guard guard(_frameTypesLock);

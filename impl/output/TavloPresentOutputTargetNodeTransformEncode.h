@@ -54,6 +54,8 @@ private:
     void onHandle_stopOutput(int index, int type);
     std::unique_ptr<Leaf> makeLeaf(int type, tagTavloPresentOutputParam param) const;
     void removeLeaf(int type);
+    template <class Part>
+    void keepCounts(Part& part);
     void startEncode();
     void startVideo();
     void startAudio();
@@ -84,6 +86,8 @@ private:
     ITavloMpegAudioEncoder* _audioEncoder = nullptr;                             ///< the helper's, while it codes
     std::array<std::unique_ptr<Leaf>, TavloPresentOutputTypeCount> _outputNodes; ///< by type; two of them are used
     std::vector<Leaf*> _nodes;                                                   ///< those of them that take blocks
+
+    tagTavloOutputStatistics _ended; ///< counts of the encoders and leaves that are gone
 
     // guarded by _frameTypesLock
     std::mutex _frameTypesLock;

@@ -8,7 +8,13 @@
 /// What an output has done so far. Each part of it writes its own figures and leaves the others as they are, so the
 /// caller begins with zeros. The layout is fixed, since the record crosses the edges of modules.
 ///
-/// "Fps" are pictures (or blocks' bytes) a second, "Kbps" thousands of bits a second. Counts begin with the output.
+/// "Fps" are pictures (or blocks' bytes) a second, "Kbps" thousands of bits a second. Counts begin with the target and
+/// outlive its outputs. Behind an output's end each picture that was committed stands in one account:
+///
+///     committedPictures = droppedPictures + latePictures + encoderDropped + skippedPictures
+///                       + (codedPictures - repeatedPictures)
+///
+/// and each coded one, where only one target took it, in `recordWritten` or `recordDropped` (`net...` for a stream).
 struct tagTavloOutputStatistics
 {
     /// How a recording or one of the stream's targets stands.
@@ -50,7 +56,15 @@ struct tagTavloOutputStatistics
     quint64 recordFiles = 0;      ///< files begun
     quint64 netReconnects = 0;    ///< connections begun after the first
     quint64 codedPictures = 0;    ///< that came out of the encoder
-    std::array<std::byte, 1068> reserved6{};
+
+    // Where the pictures went.
+    quint64 committedPictures = 0; ///< while an output wanted them
+    quint64 latePictures = 0;      ///< of those, the ones that came behind the output's end
+    quint64 recordWritten = 0;     ///< coded pictures that a recording has written
+    quint64 netWritten = 0;        ///< the same, all targets of the stream together
+    quint64 netViewers = 0;        ///< who are being served now
+    quint64 viewerDropped = 0;     ///< pictures that slow viewers lost, all viewers together
+    std::array<std::byte, 1020> reserved6{};
 
     float transferRatePair1 = 0; ///< kilobits a second
     quint32 reserved7 = 0;

@@ -280,8 +280,10 @@ void FfmpegVideoEncoder::codeSlot(Slot* slot)
 void FfmpegVideoEncoder::send(const AVFrame& picture, qint64 index)
 {
     av_frame_unref(_sent.get());
-    if (av_frame_ref(_sent.get(), _planar ? planar(picture) : &picture) < 0)
+    if (av_frame_ref(_sent.get(), _planar ? planar(picture) : &picture) < 0) {
+        _dropped.fetch_add(1, std::memory_order_relaxed);
         return;
+    }
     _sent->pts = index;
     _sent->pict_type = AV_PICTURE_TYPE_NONE;
     _sentAt[static_cast<size_t>(index) % _sentAt.size()] = now();
@@ -322,8 +324,10 @@ void FfmpegVideoEncoder::deliver(const AVPacket& packet)
     const qint64 taken = now() - _sentAt[static_cast<size_t>(packet.pts) % _sentAt.size()];
     _delay.store(static_cast<float>(taken) / 1000, std::memory_order_relaxed);
     block_t* const block = block_Alloc(static_cast<size_t>(packet.size));
-    if (!block)
+    if (!block) {
+        _dropped.fetch_add(1, std::memory_order_relaxed);
         return;
+    }
     std::memcpy(block->p_buffer, packet.data, static_cast<size_t>(packet.size));
     block->i_pts = _grid.timeOf(packet.pts);
     block->i_dts = _grid.timeOf(packet.dts);

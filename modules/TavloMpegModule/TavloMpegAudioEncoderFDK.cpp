@@ -64,6 +64,7 @@ bool TavloMpegAudioEncoderFDK::open(const tagTavloAudioInfo& audioInfo, const ta
     _silence.assign(static_cast<size_t>(silenceChunk * _sampleBytes), audioInfo.bitsPerSample == 8 ? 0x80 : 0);
     _filled = 0;
     _sent = 0;
+    _coded.reset();
     _lastPts = std::numeric_limits<qint64>::min();
     return true;
 }
@@ -112,6 +113,8 @@ void TavloMpegAudioEncoderFDK::close()
             sendFrame(_filled);
         avcodec_send_frame(_codec.get(), nullptr);
         receive();
+        if (_coded)
+            _sink->onEncoded(static_cast<ITavloMpegAudioEncoder*>(this), _coded.release());
     }
     _converter.reset();
     _codec.reset();
@@ -174,17 +177,29 @@ void TavloMpegAudioEncoderFDK::sendFrame(int samples)
 void TavloMpegAudioEncoderFDK::receive()
 {
     while (avcodec_receive_packet(_codec.get(), _packet.get()) == 0) {
-        const AVPacket& packet = *_packet;
-        if (block_t* const block = block_Alloc(static_cast<size_t>(packet.size))) {
-            std::memcpy(block->p_buffer, packet.data, static_cast<size_t>(packet.size));
-            _lastPts = std::max(_timeline.timeOf(packet.pts), _lastPts + 1); // led back, the times still rise
+        if (tavlo::BlockPtr block{block_Alloc(static_cast<size_t>(_packet->size))}) {
+            std::memcpy(block->p_buffer, _packet->data, static_cast<size_t>(_packet->size));
+            _lastPts = std::max(_timeline.timeOf(_packet->pts), _lastPts + 1); // led back, the times still rise
             block->i_pts = block->i_dts = _lastPts;
-            block->i_length = packet.duration * 1'000'000 / _codec->sample_rate;
-            block->i_nb_samples = static_cast<unsigned>(packet.duration);
-            _sink->onEncoded(static_cast<ITavloMpegAudioEncoder*>(this), block);
+            block->i_length = _packet->duration * 1'000'000 / _codec->sample_rate;
+            block->i_nb_samples = static_cast<unsigned>(_packet->duration);
+            deliver(std::move(block));
         }
         av_packet_unref(_packet.get());
     }
+}
+
+/// The block before this one goes, since only now it is known how long it lasts: times that are led back would have it
+/// reach into this one, and containers refuse that.
+void TavloMpegAudioEncoderFDK::deliver(tavlo::BlockPtr block)
+{
+    if (_coded) {
+        const qint64 distance = block->i_pts - _coded->i_pts;
+        if (distance < 2 * _coded->i_length) // else the times have jumped
+            _coded->i_length = distance;
+        _sink->onEncoded(static_cast<ITavloMpegAudioEncoder*>(this), _coded.release());
+    }
+    _coded = std::move(block);
 }
 
 void TavloMpegAudioEncoderFDK::getStatistics(tagTavloOutputStatistics* statistics)

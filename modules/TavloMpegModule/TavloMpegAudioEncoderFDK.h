@@ -2,6 +2,7 @@
 
 #include "TavloMpegModule/ITavloMpegAudioEncoder.h"
 #include "TavloMpegModule/SampleTimeline.h"
+#include "shared/VlcPointers.h"
 
 #include <tavlo/InterfacePtr.h>
 #include <tavlo/records/MediaFormat.h>
@@ -45,6 +46,7 @@ private:
     void takeSilence(qint64 samples);
     void sendFrame(int samples);
     void receive();
+    void deliver(tavlo::BlockPtr block);
 
     // fixed from open to close
     ITavloMpegAudioEncoderSink* _sink = nullptr;
@@ -59,6 +61,7 @@ private:
     int _filled = 0;
     qint64 _sent = 0; ///< samples that went to the codec
     qint64 _lastPts = 0;
+    tavlo::BlockPtr _coded; ///< waits for the one behind it
     std::vector<quint8> _silence;
 
     // any thread

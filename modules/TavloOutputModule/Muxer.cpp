@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/opt.h>
 }
 
 #include <array>
@@ -65,8 +66,12 @@ void describeAudio(AVStream& stream, const StreamFormat& format)
 
 void Muxer::FreeContext::operator()(AVFormatContext* context) const
 {
-    if (context->pb && !(context->oformat->flags & AVFMT_NOFILE))
+    if (context->pb && (context->flags & AVFMT_FLAG_CUSTOM_IO)) {
+        av_freep(&context->pb->buffer);
+        avio_context_free(&context->pb);
+    } else if (context->pb && !(context->oformat->flags & AVFMT_NOFILE)) {
         avio_closep(&context->pb);
+    }
     avformat_free_context(context);
 }
 
@@ -115,13 +120,33 @@ bool Muxer::openOutput(const Target& target, std::string& error)
     for (const auto& [name, value] : target.options)
         av_dict_set(&options, name.c_str(), value.c_str(), 0);
     int result = 0;
-    if (!(context.oformat->flags & AVFMT_NOFILE))
+    if (target.bytes)
+        result = openBytes(target.bytes) ? 0 : AVERROR(ENOMEM);
+    else if (!(context.oformat->flags & AVFMT_NOFILE))
         result = avio_open2(&context.pb, target.url.c_str(), AVIO_FLAG_WRITE, &context.interrupt_callback, &options);
     if (result >= 0)
         result = avformat_write_header(&context, &options);
     av_dict_free(&options);
     _begun = result >= 0;
+    _repeatsHeaders = target.format == "mpegts";
     return succeeded(result, error);
+}
+
+bool Muxer::openBytes(QByteArray* bytes)
+{
+    constexpr int bufferSize = 65'536;
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
+    if (!buffer)
+        return false;
+    const auto append = [](void* to, quint8* data, int size) {
+        static_cast<QByteArray*>(to)->append(reinterpret_cast<const char*>(data), size);
+        return size;
+    };
+    _context->pb = avio_alloc_context(buffer, bufferSize, 1, bytes, nullptr, append, nullptr);
+    if (!_context->pb)
+        av_free(buffer);
+    _context->flags |= AVFMT_FLAG_CUSTOM_IO;
+    return _context->pb != nullptr;
 }
 
 bool Muxer::isOverdue() const
@@ -144,20 +169,33 @@ bool Muxer::write(const CodedPacket& packet, qint64 origin, std::string& error)
     const int index = packet.video ? _videoIndex : _audioIndex;
     if (index < 0)
         return true;
-    constexpr AVRational microseconds{1, 1'000'000};
-    const AVStream& stream = *_context->streams[index];
+    const auto inStream = [&](qint64 microseconds) {
+        return av_rescale_q(microseconds - origin, {1, 1'000'000}, _context->streams[index]->time_base);
+    };
     AVPacket out{};
     out.stream_index = index;
     out.data = packet.block->p_buffer;
     out.size = static_cast<int>(packet.block->i_buffer);
-    out.pts = av_rescale_q(packet.pts() - origin, microseconds, stream.time_base);
-    out.dts = av_rescale_q(packet.dts() - origin, microseconds, stream.time_base);
-    out.duration = av_rescale_q(packet.block->i_length, microseconds, stream.time_base);
+    out.pts = inStream(packet.pts());
+    out.dts = inStream(packet.dts());
+    out.duration = inStream(packet.dts() + packet.block->i_length) - out.dts; // up to the next one, to the tick
     out.pos = -1;
     if (packet.key || !packet.video)
         out.flags = AV_PKT_FLAG_KEY;
+    if (packet.key && _repeatsHeaders)
+        av_opt_set(_context->priv_data, "mpegts_flags", "+resend_headers", 0);
     beginCall();
     return succeeded(av_write_frame(_context.get(), &out), error);
+}
+
+std::string Muxer::sessionDescription(const std::vector<std::unique_ptr<Muxer>>& muxers)
+{
+    std::vector<AVFormatContext*> contexts;
+    for (const auto& muxer : muxers)
+        contexts.push_back(muxer->_context.get());
+    std::array<char, 8192> text{};
+    av_sdp_create(contexts.data(), static_cast<int>(contexts.size()), text.data(), static_cast<int>(text.size()));
+    return text.data();
 }
 
 bool Muxer::finish(std::string& error)

@@ -24,6 +24,7 @@ public:
         std::string format; ///< libavformat's name
         std::string url;    ///< or a path
         std::vector<std::pair<std::string, std::string>> options;
+        QByteArray* bytes = nullptr;                ///< what is written is appended here and goes nowhere else; lent
         std::chrono::milliseconds patience{10'000}; ///< for one call that makes no headway
         bool waitsForPeer = false; ///< nobody may be there for long: no failure, and no pause before the next attempt
     };
@@ -45,6 +46,9 @@ public:
     /// \return false, the reason in `error`, when the file or connection is lost
     bool write(const CodedPacket& packet, qint64 origin, std::string& error);
 
+    /// How the streams of RTP that these write can be received (SDP).
+    static std::string sessionDescription(const std::vector<std::unique_ptr<Muxer>>& muxers);
+
     /// Writes what belongs to the end. False when that could not be written.
     bool finish(std::string& error);
 
@@ -58,6 +62,7 @@ private:
 
     bool addStreams(const StreamFormat& format);
     bool openOutput(const Target& target, std::string& error);
+    bool openBytes(QByteArray* bytes);
     bool isOverdue() const;
     void beginCall() { _callEnds = std::chrono::steady_clock::now() + _patience; }
     bool succeeded(int result, std::string& error) const;
@@ -67,6 +72,7 @@ private:
     Time _callEnds{};
     std::unique_ptr<AVFormatContext, FreeContext> _context;
     int _videoIndex = -1, _audioIndex = -1;
+    bool _repeatsHeaders = false; ///< so that decoding can begin with every key picture
     bool _begun = false;
 };
 

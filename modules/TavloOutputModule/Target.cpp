@@ -34,11 +34,21 @@ void Target::run()
 void Target::countWritten(const CodedPacket& packet)
 {
     (packet.video ? videoRate : audioRate).add(packet.block->i_buffer);
+    if (packet.video || !_format.hasVideo())
+        _written.fetch_add(1, std::memory_order_relaxed);
 }
 
 void Target::tell(const std::string& text) const
 {
     qDebug().noquote() << "output worker:" << _name.c_str() << text.c_str();
+}
+
+void Target::pause(const std::string& failure)
+{
+    const std::chrono::milliseconds length = _backoff.next();
+    _retryAt = std::chrono::steady_clock::now() + length;
+    setState(State::Waiting);
+    tell(failure + "; tries again in " + std::to_string(length.count()) + " ms");
 }
 
 } // namespace tavlo

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TavloOutputModule/Backoff.h"
 #include "TavloOutputModule/ByteMeter.h"
 #include "TavloOutputModule/Muxer.h"
 #include "TavloOutputModule/PacketQueue.h"
@@ -37,7 +38,10 @@ public:
     // Figures. Any thread.
     State state() const { return _state.load(std::memory_order_relaxed); }
     quint64 dropped() const { return _queue.dropped(); }
+    quint64 written() const { return _written.load(std::memory_order_relaxed); }   ///< pictures, or blocks as `dropped`
     quint64 openings() const { return _openings.load(std::memory_order_relaxed); } ///< files or connections
+    virtual quint64 viewers() const { return 0; }                                  ///< who are being served
+    virtual quint64 viewerDropped() const { return 0; } ///< pictures that slow ones lost, all together
     ByteMeter videoRate, audioRate;
 
 protected:
@@ -52,6 +56,11 @@ protected:
     void countWritten(const CodedPacket& packet);
     void tell(const std::string& text) const;
 
+    /// What failed, and that it will be tried again: when `isPausing` has ended, after ever longer times.
+    void pause(const std::string& failure);
+    bool isPausing() const { return std::chrono::steady_clock::now() < _retryAt; }
+    void beginPausesAnew() { _backoff.reset(); }
+
     const std::string _name;
     const StreamFormat _format;
     Muxer::Limits _limits;
@@ -59,9 +68,14 @@ protected:
 private:
     void run();
 
+    // target's thread
+    Backoff _backoff;
+    std::chrono::steady_clock::time_point _retryAt{};
+
+    // any thread
     PacketQueue _queue;
     std::atomic<State> _state{State::Opening};
-    std::atomic<quint64> _openings{0};
+    std::atomic<quint64> _openings{0}, _written{0};
     std::thread _thread; ///< owner's
 };
 

@@ -1,7 +1,11 @@
 #include "TavloOutputModule/TargetList.h"
 
+#include "TavloOutputModule/LiveTarget.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/RecordTarget.h"
+#include "TavloOutputModule/RelayTarget.h"
+#include "TavloOutputModule/RtpTarget.h"
+#include "TavloOutputModule/RtspTarget.h"
 #include "TavloOutputModule/UrlTarget.h"
 
 #include <QDebug>
@@ -42,10 +46,12 @@ Muxer::Target peer(const Param& param)
 {
     const bool listens = param.peerMode == 0;
     const QString host = param.peerAddress.isEmpty() && listens ? QStringLiteral("127.0.0.1") : param.peerAddress;
-    const QString url = QStringLiteral("srt://%1:%2?mode=%3&pkt_size=1316&streamid=%4")
-                            .arg(host)
-                            .arg(param.peerPort)
-                            .arg(listens ? QLatin1String("listener") : QLatin1String("caller"), param.peerPath);
+    QString url = QStringLiteral("srt://%1:%2?mode=%3&pkt_size=1316&streamid=%4")
+                      .arg(host)
+                      .arg(param.peerPort)
+                      .arg(listens ? QLatin1String("listener") : QLatin1String("caller"), param.peerPath);
+    if (!param.peerOption.isEmpty())
+        url += QLatin1Char('&') + param.peerOption;
     Muxer::Target target{"mpegts", url.toStdString(), {}};
     target.waitsForPeer = listens;
     return target;
@@ -76,19 +82,83 @@ constexpr UrlRow urlRows[] = {
     {"push", &Param::pushEnabled, push},
 };
 
-/// What the settings know and no target does yet.
-struct MissingRow
+/// Servers listen for this machine alone, unless `outputFlag` opens them to all.
+std::string serverAddress(const Param& param) { return param.outputFlag & 1 ? "0.0.0.0" : "127.0.0.1"; }
+
+/// A path as servers know it: with a slash in front and none at its end.
+std::string serverPath(const QString& path)
 {
-    const char* name;
-    quint8 Param::*enabled;
+    return (QLatin1Char('/') + path.split(QLatin1Char('/'), Qt::SkipEmptyParts).join(QLatin1Char('/'))).toStdString();
+}
+
+HttpAddress httpAddress(const Param& param, const QString& path)
+{
+    return {serverAddress(param), param.httpPort, serverPath(path)};
+}
+
+/// At an address and port of its own where the settings give one.
+HttpAddress relayAddress(const Param& param)
+{
+    HttpAddress address =
+        httpAddress(param, param.relayOption.isEmpty() ? QStringLiteral("/relay") : param.relayOption);
+    const QStringList parts = param.relayAddress.split(QLatin1Char(':'));
+    if (!parts[0].isEmpty())
+        address.address = parts[0].toStdString();
+    if (const ushort port = parts.value(1).toUShort(); port > 0)
+        address.port = port;
+    return address;
+}
+
+std::unique_ptr<Target> makeRelay(const Param& param, const StreamFormat& format)
+{
+    return std::make_unique<RelayTarget>("relay", format, relayAddress(param), static_cast<int>(param.relayWidth),
+                                         param.relayBufferCount);
+}
+
+std::unique_ptr<Target> makeRtp(const Param& param, const StreamFormat& format)
+{
+    const std::string address = param.sdpOption.isEmpty() ? "127.0.0.1" : param.sdpOption.toStdString();
+    return std::make_unique<RtpTarget>("sdp", format,
+                                       RtpTarget::Destination{address, param.sdpPort, param.multicastTtl},
+                                       httpAddress(param, param.sdpPath));
+}
+
+void addHttp(TargetList& targets, const Param& param, const StreamFormat& format)
+{
+    for (const QString& path : param.httpPaths)
+        if (!path.isEmpty())
+            targets.net.push_back(std::make_unique<LiveTarget>("http", format, httpAddress(param, path)));
+}
+
+/// Gives the files of a playlist, and nothing else of its folder.
+class PlaylistFolder final : public HttpResource
+{
+public:
+    explicit PlaylistFolder(std::string folder) : _folder(std::move(folder)) {}
+
+    HttpReply get(const std::string& step) override
+    {
+        const bool isList = step.ends_with(".m3u8");
+        if (step.starts_with('.') || (!isList && !step.ends_with(".ts")))
+            return {};
+        return {isList ? "application/vnd.apple.mpegurl" : "video/mp2t", {}, _folder + '/' + step, {}};
+    }
+
+private:
+    const std::string _folder;
 };
 
-constexpr MissingRow missingRows[] = {
-    {"http", &Param::httpEnabled},
-    {"rtsp", &Param::rtspEnabled},
-    {"sdp", &Param::sdpEnabled},
-    {"relay", &Param::relayEnabled},
-};
+/// Without it the files are there all the same.
+void serveHls(TargetList& targets, const Param& param)
+{
+    const HttpAddress address = httpAddress(param, param.hlsPath);
+    std::string error;
+    auto folder = std::make_shared<PlaylistFolder>(resolvedFolder(param.hlsDir).toStdString());
+    if (targets.hlsPlace.take(address.address, address.port, address.path, std::move(folder), error))
+        qDebug() << "output worker: hls serves" << (address.text() + "/index.m3u8").c_str();
+    else
+        qDebug() << "output worker: hls cannot serve" << address.text().c_str() << ":" << error.c_str();
+}
 
 void addUrl(TargetList& targets, const char* name, const StreamFormat& format, Muxer::Target target)
 {
@@ -129,13 +199,21 @@ TargetList makeTargets(const Param& param, const StreamFormat& format)
     for (const UrlRow& row : urlRows)
         if (param.*row.enabled)
             addUrl(targets, row.name, format, row.target(param));
+    if (param.hlsEnabled && !param.hlsPath.isEmpty())
+        serveHls(targets, param);
+    if (param.httpEnabled)
+        addHttp(targets, param, format);
+    if (param.relayEnabled && format.hasVideo())
+        targets.net.push_back(makeRelay(param, format));
+    if (param.sdpEnabled)
+        targets.net.push_back(makeRtp(param, format));
+    if (param.rtspEnabled)
+        targets.net.push_back(std::make_unique<RtspTarget>(
+            "rtsp", format, serverAddress(param), static_cast<quint16>(param.rtspPort), serverPath(param.rtspPath)));
     if (param.push2Enabled)
         for (const QString& path : param.push2Paths)
             if (!path.isEmpty())
                 addUrl(targets, "push2", format, {"mpegts", path.toStdString(), {}});
-    for (const MissingRow& row : missingRows)
-        if (param.*row.enabled)
-            qDebug() << "output worker:" << row.name << "refuses: this release has no such target";
     return targets;
 }
 

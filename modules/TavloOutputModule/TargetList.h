@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TavloOutputModule/HttpServer.h"
 #include "TavloOutputModule/Target.h"
 
 #include <tavlo/records/OutputRecords.h>
@@ -13,6 +14,7 @@ struct TargetList
 {
     std::unique_ptr<Target> record;
     std::vector<std::unique_ptr<Target>> net; ///< and the recording in segments
+    HttpPlace hlsPlace;                       ///< where the playlist in its folder is served
 
     bool isEmpty() const { return !record && net.empty(); }
 };

@@ -80,7 +80,7 @@ void TavloOutputWorker::stop()
         _interleaver.reset();
     }
     forEachTarget([](Target& target) { target.stop(); });
-    _targets = {};
+    _targets.hlsPlace.leave();
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)
@@ -126,6 +126,7 @@ void TavloOutputWorker::getStatistics(tagTavloOutputStatistics* statistics, quin
         statistics->recordRatePair2 = record.audioRate.kilobits();
         statistics->recordState = record.state();
         statistics->recordDropped += record.dropped();
+        statistics->recordWritten += record.written();
         statistics->recordFiles += record.openings();
     }
     if (selector != netSelector) { // what a recording has besides its files are segments
@@ -138,6 +139,9 @@ void TavloOutputWorker::getStatistics(tagTavloOutputStatistics* statistics, quin
         statistics->netRatePair2 += target->audioRate.kilobits();
         statistics->netState = std::max<quint32>(statistics->netState, target->state());
         statistics->netDropped += target->dropped();
+        statistics->netWritten += target->written();
+        statistics->netViewers += target->viewers();
+        statistics->viewerDropped += target->viewerDropped();
         statistics->netReconnects += std::max<quint64>(target->openings(), 1) - 1;
     }
     statistics->transferRatePair1 = statistics->netRatePair1;

@@ -33,7 +33,7 @@ private:
     template <class Function>
     void forEachTarget(Function function);
 
-    // fixed from start to stop
+    // fixed from start to the next start
     StreamFormat _format;
     TargetList _targets;
 

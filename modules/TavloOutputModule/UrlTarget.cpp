@@ -48,14 +48,13 @@ void UrlTarget::take(const CodedPacketPtr& packet)
     countDropped(*packet);
     _muxer.reset();
     if (std::chrono::steady_clock::now() - _connectedAt > steadyTime)
-        _backoff.reset();
-    fail("lost " + shownUrl(_target.url) + ": " + error);
+        beginPausesAnew();
+    pause("lost " + shownUrl(_target.url) + ": " + error);
 }
 
 bool UrlTarget::connect(const CodedPacket& packet)
 {
-    const auto now = std::chrono::steady_clock::now();
-    if (!_format.canBegin(packet) || now < _retryAt || now > _limits.endBy.load())
+    if (!_format.canBegin(packet) || isPausing() || std::chrono::steady_clock::now() > _limits.endBy.load())
         return false;
     std::string error;
     _muxer = Muxer::open(_target, _format, _limits, error);
@@ -64,7 +63,7 @@ bool UrlTarget::connect(const CodedPacket& packet)
         return false;
     }
     if (!_muxer) {
-        fail("cannot open " + shownUrl(_target.url) + ": " + error);
+        pause("cannot open " + shownUrl(_target.url) + ": " + error);
         return false;
     }
     _origin = packet.dts();
@@ -81,14 +80,6 @@ void UrlTarget::close()
     if (_muxer)
         _muxer->finish(error);
     _muxer.reset();
-}
-
-void UrlTarget::fail(const std::string& text)
-{
-    const std::chrono::milliseconds pause = _backoff.next();
-    _retryAt = std::chrono::steady_clock::now() + pause;
-    setState(State::Waiting);
-    tell(text + "; tries again in " + std::to_string(pause.count()) + " ms");
 }
 
 } // namespace tavlo

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "TavloOutputModule/Backoff.h"
 #include "TavloOutputModule/Target.h"
 
 namespace tavlo {
@@ -21,15 +20,12 @@ private:
     std::chrono::milliseconds patience() const override { return std::chrono::seconds(2); }
 
     bool connect(const CodedPacket& packet);
-    void fail(const std::string& text);
 
     const Muxer::Target _target;
 
     // target's thread
     std::unique_ptr<Muxer> _muxer;
     qint64 _origin = 0; ///< dts of the connection's first packet
-    Backoff _backoff;
-    std::chrono::steady_clock::time_point _retryAt{};
     std::chrono::steady_clock::time_point _connectedAt{};
 };
 

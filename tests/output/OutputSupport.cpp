@@ -36,18 +36,6 @@ using Owned = std::unique_ptr<Object, Free>;
 
 int lumaAt(const AVFrame& frame, int x, int y) { return frame.data[0][y * frame.linesize[0] + x]; }
 
-int shownNumber(const AVFrame& frame)
-{
-    int number = 0;
-    for (int bit = 0; bit < bits; ++bit) {
-        const int luma = lumaAt(frame, (2 * bit + 1) * frame.width / (2 * bits), frame.height / 4);
-        if (luma > 90 && luma < 160)
-            return -1;
-        number = 2 * number + (luma >= 160 ? 1 : 0);
-    }
-    return number;
-}
-
 /// The middle of a field of colour, by the matrix of BT.709, limited range.
 std::array<double, 3> colorAt(const AVFrame& frame, int field)
 {
@@ -123,7 +111,7 @@ private:
         if (_result.numbers.empty())
             for (int field = 0; field < fields; ++field)
                 _result.colors.push_back(colorAt(frame, field));
-        _result.numbers.push_back(shownNumber(frame));
+        _result.numbers.push_back(shownNumber(frame.data[0], frame.linesize[0], frame.width, frame.height));
         _result.times.push_back(time);
     }
 
@@ -148,6 +136,18 @@ private:
 };
 
 } // namespace
+
+int shownNumber(const quint8* luma, int pitch, int width, int height)
+{
+    int number = 0;
+    for (int bit = 0; bit < bits; ++bit) {
+        const quint8 value = luma[height / 4 * pitch + (2 * bit + 1) * width / (2 * bits)];
+        if (value > 90 && value < 160)
+            return -1;
+        number = 2 * number + (value >= 160 ? 1 : 0);
+    }
+    return number;
+}
 
 std::array<quint8, 3> Programme::fieldColor(int field)
 {
@@ -268,6 +268,15 @@ tagTavloOutputStatistics Stage::statistics(int index)
     tagTavloOutputStatistics statistics;
     target.getStatistics(index, &statistics);
     return statistics;
+}
+
+void Stage::awaitWritten()
+{
+    const auto isWritten = [](const tagTavloOutputStatistics& now) {
+        return now.netWritten + now.netDropped + inFlight >= now.codedPictures;
+    };
+    while (!isWritten(statistics()))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 Decoded decode(const QString& url, const std::vector<std::pair<QByteArray, QByteArray>>& options)

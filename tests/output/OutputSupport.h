@@ -27,6 +27,9 @@ struct Programme
     static std::vector<qint16> sound(int number);       ///< two channels, the time of that picture
 };
 
+/// The number that a picture shows; -1 when it shows none. \param pitch  bytes from row to row
+int shownNumber(const quint8* luma, int pitch, int width, int height);
+
 /// A target in one of three ways, into which a programme is committed no faster than it is coded.
 class Stage
 {
@@ -51,6 +54,9 @@ public:
     /// \param awaitCoded  false: commits and looks at nothing
     void commit(int first, int count, bool awaitCoded = true);
     tagTavloOutputStatistics statistics(int index = 0);
+
+    /// Returns when the stream's target has written or lost all but what waits for its sound.
+    void awaitWritten();
 
     TavloPresentOutputTarget target;
 

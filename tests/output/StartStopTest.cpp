@@ -1,5 +1,6 @@
 #include "OutputSupport.h"
 #include "TavloCodecAggregationModule/ITavloVideoEncoder.h"
+#include "Viewer.h"
 #include "output/ITavloHDMIOutputObject.h"
 #include "output/TavloCodecAggregationUtil.h"
 #include "shared/VlcPointers.h"
@@ -12,7 +13,9 @@
 #include <atomic>
 #include <random>
 #include <semaphore>
+#include <shared_mutex>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -76,6 +79,83 @@ TEST(OutputThreads, AStalledEncoderHoldsUpNoCommit)
     EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
 }
 
+/// The encoder as it is, but for a gate in front of it.
+class GatedEncoder final : public tavlo::Implements<GatedEncoder, ITavloVideoEncoder>
+{
+public:
+    explicit GatedEncoder(std::shared_mutex& gate) : _gate(gate) {}
+
+    void init(quint32, ITavloVideoEncoderSink* sink, ITavloGraphicsContext* context) override
+    {
+        _encoder->init(0, sink, context);
+    }
+    bool open(const tagTavloVideoInfo& info, const tagTavloPresentOutputParam& param, quint32) override
+    {
+        return _encoder->open(info, param, 0);
+    }
+    void close() override { _encoder->close(); }
+    void getExtraData(const quint8** data, int* size) override { _encoder->getExtraData(data, size); }
+    bool encode(const picture_t* picture, int flag, qint64 pts, qint64 dts) override
+    {
+        return _encoder->encode(picture, flag, pts, dts);
+    }
+    picture_t* acquirePicture(quint32, int milliseconds) override
+    {
+        const std::shared_lock waiting(_gate);
+        return _encoder->acquirePicture(0, milliseconds);
+    }
+    void submitPicture(picture_t* picture) override { _encoder->submitPicture(picture); }
+    void getStatistics(tagTavloOutputStatistics* statistics) override { _encoder->getStatistics(statistics); }
+
+private:
+    std::shared_mutex& _gate;
+    const tavlo::InterfacePtr<ITavloVideoEncoder> _encoder =
+        TavloCodecAggregationUtil::createEncoder(TavloVideoEncodeImplSoftware);
+};
+
+class Gated final : public tavlo::Implements<Gated, ITavloCodecAggregation>
+{
+public:
+    Gated() : _encoder(new GatedEncoder(gate)) { TavloCodecAggregationUtil::replace(this); }
+    ~Gated() { TavloCodecAggregationUtil::replace(nullptr); }
+    void destroy() override {}
+    ITavloGraphicsContext* createGraphicsContext(TavloVideoEncodeImpl) override { return nullptr; }
+    ITavloVideoEncoder* createEncoder(TavloVideoEncodeImpl) override { return std::exchange(_encoder, nullptr); }
+
+    std::shared_mutex gate;
+
+private:
+    GatedEncoder* _encoder;
+};
+
+TEST(OutputThreads, WhatAStalledEncoderMissedIsFilledAndAllGoesOn)
+{
+    const QTemporaryDir folder;
+    Gated aggregation;
+    Stage stage(Stage::Way::Pictures);
+    stage.start(record, Stage::param(folder.path()));
+    stage.commit(0, 20);
+    aggregation.gate.lock();
+    stage.commit(20, 75, false); // three seconds
+    EXPECT_GE(stage.statistics().droppedPictures, 75U - 5);
+    aggregation.gate.unlock();
+    const quint64 dropped = stage.statistics().droppedPictures;
+    stage.stop(TavloPresentOutputTypeNet); // comes behind what waited
+    stage.commit(95, 35);
+    stage.stop(record);
+    const tagTavloOutputStatistics statistics = stage.statistics();
+    EXPECT_EQ(statistics.droppedPictures, dropped);
+    EXPECT_EQ(statistics.encoderDropped, 0U);
+    EXPECT_EQ(statistics.repeatedPictures, dropped);
+    EXPECT_EQ(statistics.codedPictures, 130U);
+
+    const std::vector<int> numbers = decode(folder.filePath(QStringLiteral("show.mp4"))).numbers;
+    ASSERT_EQ(numbers.size(), 130U);
+    EXPECT_TRUE(std::ranges::is_sorted(numbers));
+    EXPECT_EQ(numbers[19], 19);
+    EXPECT_EQ(numbers.back(), 129);
+}
+
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
 {
     constexpr std::array types{0, 1, 2, 3, 5, 8};
@@ -85,6 +165,10 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     param.push2Enabled = 1;
     param.push2Paths[3] = QStringLiteral("tcp://127.0.0.1:9"); // nobody is there
     param.hdmi[0].enable = 1;
+    param.httpEnabled = param.hlsEnabled = param.relayEnabled = 1; // the second output finds the places taken
+    param.httpPort = static_cast<quint16>(freePort());
+    param.httpPaths[1] = QStringLiteral("/live.flv");
+    param.hlsDir = folder.path();
     std::atomic<bool> done{false};
     std::thread committing([&] {
         for (int number = 0; !done; ++number) {
@@ -98,7 +182,7 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
                 stage.statistics(index);
     });
     std::minstd_rand random(7);
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 100; ++i) {
         const int type = types[random() % types.size()];
         const auto index = static_cast<int>(random() % 2);
         if (random() % 2)

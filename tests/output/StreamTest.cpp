@@ -1,15 +1,13 @@
 #include "OutputSupport.h"
+#include "Viewer.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-
-#include <netinet/in.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <optional>
 #include <thread>
 
 namespace {
@@ -17,35 +15,6 @@ namespace {
 using namespace tavlo::test;
 
 constexpr int net = TavloPresentOutputTypeNet;
-
-/// A port of the loopback address that nobody uses.
-int freePort()
-{
-    const int handle = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    const bool bound = bind(handle, generic, size) == 0 && getsockname(handle, generic, &size) == 0;
-    close(handle);
-    return bound ? ntohs(address.sin_port) : 0;
-}
-
-/// Returns when somebody listens on the port.
-void awaitListener(int port)
-{
-    const QByteArray wanted = QByteArray(":") + QByteArray::number(port, 16).rightJustified(4, '0').toUpper();
-    for (;;) {
-        QFile table(QStringLiteral("/proc/net/tcp"));
-        ASSERT_TRUE(table.open(QIODevice::ReadOnly));
-        for (const QByteArray& line : table.readAll().split('\n'))
-            if (const QByteArrayList words = line.simplified().split(' ');
-                words.size() > 3 && words[1].endsWith(wanted) && words[3] == "0A")
-                return;
-        std::this_thread::yield();
-    }
-}
 
 struct Peer
 {
@@ -96,6 +65,7 @@ TEST(StreamNet, APeerSeesEveryPictureOnceItIsConnected)
             while (stage.statistics().netState != tagTavloOutputStatistics::Running)
                 stage.commit(number++, 1);
             stage.commit(number, 40);
+            stage.awaitWritten(); // an end would not wait for a machine that is slow
             stage.stop(net);
             viewer.join();
             ASSERT_GE(decoded.numbers.size(), 40U) << peer.name;
@@ -119,6 +89,210 @@ TEST(StreamNet, WritesAPlaylistAndKeepsItsSegments)
     stage.commit(0, 60);
     stage.stop(net);
     EXPECT_EQ(decode(folder.filePath(QStringLiteral("index.m3u8"))).numbers, numbersFrom(0, 60));
+}
+
+/// A stream that a viewer comes to, at any time.
+struct Served
+{
+    const char* name;
+    QStringList input; ///< %1 is a port
+    void (*enable)(tagTavloPresentOutputParam& param, quint16 port);
+    bool hasSound = true;
+    enum
+    {
+        WhenServed,
+        WhenBound,
+        First
+    } comes = WhenServed;
+};
+
+const std::vector<Served> streams{
+    {"HttpMpegTs",
+     {"-i", "http://127.0.0.1:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.httpEnabled = 1;
+         param.httpPort = port;
+     }},
+    {"HttpFlv",
+     {"-i", "http://127.0.0.1:%1/show.flv"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.httpEnabled = 1;
+         param.httpPort = port;
+         param.httpPaths[2] = QStringLiteral("show.flv");
+     }},
+    {"Relay",
+     {"-f", "mpjpeg", "-i", "http://127.0.0.1:%1/relay"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.relayEnabled = 1;
+         param.relayAddress = QStringLiteral("127.0.0.1:%1").arg(port);
+         param.relayWidth = 96;
+         param.relayBufferCount = 1000;
+     },
+     false},
+    {"Sdp",
+     {"-protocol_whitelist", "http,tcp,udp,rtp", "-i", "http://127.0.0.1:%1/live/0.sdp"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.sdpEnabled = 1;
+         param.sdpPort = static_cast<quint16>(freePort());
+         param.httpPort = port;
+     }},
+    {"Rtsp",
+     {"-rtsp_transport", "tcp", "-i", "rtsp://127.0.0.1:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.rtspEnabled = 1;
+         param.rtspPort = port;
+     }},
+    {"Multicast",
+     {"-i", "udp://234.0.0.1:%1?localaddr=127.0.0.1"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.multicastEnabled = 1;
+         param.multicastPort = port;
+         param.multicastInterface = QStringLiteral("127.0.0.1");
+     }},
+    {"PeerWhoCalls",
+     {"-i", "srt://127.0.0.1:%1?mode=caller&tlpktdrop=0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.peerEnabled = 1;
+         param.peerMode = 0;
+         param.peerAddress.clear();
+         param.peerPort = port;
+         param.peerOption = QStringLiteral("tlpktdrop=0"); // a slow machine's packets are late
+     },
+     true,
+     Served::WhenBound},
+    {"PeerWhoIsCalled",
+     {"-i", "srt://127.0.0.1:%1?mode=listener&tlpktdrop=0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.peerEnabled = 1;
+         param.peerAddress = QStringLiteral("127.0.0.1");
+         param.peerPort = port;
+         param.peerOption = QStringLiteral("tlpktdrop=0");
+     },
+     true,
+     Served::First},
+};
+
+class ServedNet : public testing::TestWithParam<Served>
+{};
+
+TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
+{
+    const Served& stream = GetParam();
+    const int port = freePort();
+    QStringList input = stream.input;
+    input.replaceInStrings(QStringLiteral("%1"), QString::number(port));
+    std::optional<Viewer> viewer;
+    if (stream.comes == Served::First) {
+        viewer.emplace(input, stream.hasSound);
+        awaitListener(port);
+    }
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    stream.enable(param, static_cast<quint16>(port));
+    stage.start(net, param);
+    int number = 4;
+    stage.commit(0, number); // the first pictures wait for their sound
+    if (stream.comes == Served::WhenBound)
+        awaitListener(port);
+    while (stream.comes == Served::WhenServed && stage.statistics().netState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    if (!viewer)
+        viewer.emplace(input, stream.hasSound);
+    expectToFollow(stage, *viewer, number, 50);
+}
+
+INSTANTIATE_TEST_SUITE_P(Streams, ServedNet, testing::ValuesIn(streams),
+                         [](const auto& served) { return std::string(served.param.name); });
+
+TEST(StreamNet, APeerWhoWasKilledAndIsBackFollowsAgain)
+{
+    const int port = freePort();
+    const QString url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.rtmp1Enabled = 1;
+    param.rtmp1Url = url;
+    int number = 0;
+    for (int life = 0; life < 2; ++life) {
+        Viewer viewer({"-listen", "1", "-i", url});
+        awaitListener(port);
+        if (life == 0)
+            stage.start(net, param);
+        expectToFollow(stage, viewer, number, 30);
+    }
+    EXPECT_EQ(stage.statistics().netReconnects, 1U);
+    const quint64 lost = stage.statistics().netDropped;
+    EXPECT_GT(lost, 0U);
+    while (stage.statistics().netState != tagTavloOutputStatistics::Waiting)
+        stage.commit(number++, 1);
+    EXPECT_GT(stage.statistics().netDropped, lost);
+}
+
+TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
+{
+    const QTemporaryDir folder;
+    const int port = freePort();
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.hlsEnabled = 1;
+    param.hlsDir = folder.path();
+    param.hlsSegmentSeconds = 1;
+    param.httpPort = static_cast<quint16>(port);
+    stage.start(net, param);
+    stage.commit(0, 90);
+    stage.awaitWritten();
+    Viewer viewer({"-live_start_index", "0", "-i", QStringLiteral("http://127.0.0.1:%1/hls/0/index.m3u8").arg(port)});
+    while (viewer.numbers().size() < 60)
+        ASSERT_TRUE(viewer.look());
+    EXPECT_EQ(std::vector(viewer.numbers().begin(), viewer.numbers().begin() + 60), numbersFrom(0, 60));
+
+    QFile secret(folder.filePath(QStringLiteral("secret.txt")));
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+    QFile::link(QStringLiteral("/etc/passwd"), folder.filePath(QStringLiteral("link.ts")));
+    const QByteArray up = "/hls/0/..%2f..%2f" + QFileInfo(folder.path()).fileName().toUtf8() + "/index0.ts";
+    for (const QByteArray& path : {QByteArray("/hls/0/secret.txt"), QByteArray("/hls/0/link.ts"), up,
+                                   QByteArray("/hls/0/"), QByteArray("/hls/0/index9.ts"), QByteArray("/hls")})
+        EXPECT_TRUE(HttpReader(port, path).readAll().left(20).contains(" 404 ")) << path.constData();
+    EXPECT_TRUE(HttpReader(port, "/hls/0/index0.ts").readAll().contains("200 OK"));
+}
+
+TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)
+{
+    const int port = freePort();
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.httpEnabled = 1;
+    param.httpPort = static_cast<quint16>(port);
+    param.videoSettings[2] = 1;
+    param.videoSettings[3] = 2; // large pictures fill the kernel's buffers soon
+    stage.start(net, param);
+    int number = 0;
+    while (stage.statistics().netState != tagTavloOutputStatistics::Running)
+        stage.commit(number++, 1);
+    HttpReader slow(port, "/live/0", 4096);
+    while (stage.statistics().viewerDropped == 0)
+        stage.commit(number++, 1);
+    {
+        Viewer viewer({"-i", QStringLiteral("http://127.0.0.1:%1/live/0").arg(port)});
+        expectToFollow(stage, viewer, number, 50);
+    }
+    QByteArray seen;
+    std::thread reading([&] { seen = slow.readAll(); });
+    stage.commit(number, 30);
+    stage.awaitWritten();
+    stage.stop(net);
+    reading.join();
+
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("seen.ts")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(seen.mid(seen.indexOf("\r\n\r\n") + 4));
+    file.close();
+    const std::vector<int> numbers = decode(file.fileName()).numbers;
+    ASSERT_FALSE(numbers.empty());
+    EXPECT_EQ(numbers.back(), number + 29);
+    EXPECT_TRUE(std::ranges::is_sorted(numbers));
+    EXPECT_LT(numbers.size(), static_cast<size_t>(number) + 30 - static_cast<size_t>(numbers.front()));
 }
 
 } // namespace

@@ -1,0 +1,136 @@
+#include "Viewer.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <thread>
+
+namespace tavlo::test {
+
+namespace {
+
+constexpr int pictureBytes = Programme::width * Programme::height;
+sockaddr_in loopback(int port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<quint16>(port));
+    return address;
+}
+
+bool isFree(int kind, int port)
+{
+    const int handle = socket(AF_INET, kind, 0);
+    const sockaddr_in address = loopback(port);
+    const bool bound = bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(handle);
+    return bound;
+}
+
+constexpr int ahead = 60; // pictures; fewer than any target lets wait, more than any container holds back
+
+} // namespace
+
+Viewer::Viewer(const QStringList& input, bool hasSound)
+{
+    const QStringList sound{"-map", "0:a", "-f", "null", "-"}; // fails where there is none
+    const QString size = QStringLiteral("%1x%2").arg(Programme::width).arg(Programme::height);
+    _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    _process.start(QStringLiteral("ffmpeg"),
+                   QStringList{QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-nostdin"),
+                               QStringLiteral("-threads"), QStringLiteral("1")} +
+                       input +
+                       QStringList{"-map", "0:v", "-fps_mode", "passthrough", "-s", size, "-f", "rawvideo", "-pix_fmt",
+                                   "gray", "-"} +
+                       (hasSound ? sound : QStringList()),
+                   QIODevice::ReadOnly);
+}
+
+Viewer::~Viewer()
+{
+    _process.kill();
+    _process.waitForFinished();
+}
+
+bool Viewer::look()
+{
+    _process.waitForReadyRead(10);
+    _bytes += _process.readAllStandardOutput();
+    for (; _bytes.size() >= pictureBytes; _bytes.remove(0, pictureBytes))
+        _numbers.push_back(shownNumber(reinterpret_cast<const quint8*>(_bytes.constData()), Programme::width,
+                                       Programme::width, Programme::height));
+    return _process.state() != QProcess::NotRunning;
+}
+
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count)
+{
+    while (viewer.numbers().empty()) {
+        stage.commit(number++, 1);
+        ASSERT_TRUE(viewer.look());
+    }
+    const int first = number;
+    while (viewer.last() < first + count - 1) {
+        if (number < viewer.last() + ahead)
+            stage.commit(number++, 1);
+        ASSERT_TRUE(viewer.look());
+    }
+    const auto begin = std::ranges::find_if(viewer.numbers(), [first](int seen) { return seen >= first; });
+    const auto seen = static_cast<int>(viewer.numbers().end() - begin);
+    EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen));
+}
+
+HttpReader::HttpReader(int port, const QByteArray& path, int receiveBuffer) : _socket(socket(AF_INET, SOCK_STREAM, 0))
+{
+    if (receiveBuffer > 0)
+        setsockopt(_socket, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
+    const sockaddr_in address = loopback(port);
+    EXPECT_EQ(connect(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    const QByteArray request = "GET " + path + " HTTP/1.0\r\n\r\n"; // no chunks: what comes is the content
+    EXPECT_EQ(send(_socket, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
+}
+
+HttpReader::~HttpReader() { close(_socket); }
+
+QByteArray HttpReader::readAll()
+{
+    QByteArray bytes;
+    std::array<char, 65'536> part{};
+    for (ssize_t count = 0; (count = recv(_socket, part.data(), part.size(), 0)) > 0;)
+        bytes.append(part.data(), count);
+    return bytes;
+}
+
+int freePort()
+{
+    static int next = 10'000 + static_cast<int>(getpid()) * 40 % 20'000;
+    for (;; next += 4) {
+        if (isFree(SOCK_STREAM, next) && isFree(SOCK_DGRAM, next)) {
+            next += 4;
+            return next - 4;
+        }
+    }
+}
+
+void awaitListener(int port)
+{
+    const QByteArray wanted = QByteArray(":") + QByteArray::number(port, 16).rightJustified(4, '0').toUpper();
+    const auto isListed = [&](const char* path, const char* state) {
+        QFile table(QString::fromLatin1(path));
+        EXPECT_TRUE(table.open(QIODevice::ReadOnly));
+        return std::ranges::any_of(table.readAll().split('\n'), [&](const QByteArray& line) {
+            const QByteArrayList words = line.simplified().split(' ');
+            return words.size() > 3 && words[1].endsWith(wanted) && words[3] == state;
+        });
+    };
+    while (!isListed("/proc/net/tcp", "0A") && !isListed("/proc/net/udp", "07"))
+        std::this_thread::yield();
+}
+
+} // namespace tavlo::test
