@@ -2,7 +2,6 @@
 
 #include "TavloCommonModule/player/AudioLine.h"
 #include "TavloCommonModule/player/Demuxer.h"
-#include "TavloCommonModule/player/MonotonicClock.h"
 #include "TavloCommonModule/player/VideoLine.h"
 
 #include <pthread.h>
@@ -68,13 +67,14 @@ void PlaySession::stop()
         if (reader.wait_until(deadline) == std::future_status::timeout)
             qDebug() << "player: an input doesn't let go, its reading thread ends later";
     }
+    _context->clock.useSystemTime();
 }
 
 void PlaySession::setPaused(bool paused)
 {
     if (_context->paused.exchange(paused) == paused)
         return;
-    const qint64 now = monotonicNow();
+    const qint64 now = _context->clock.now();
     _context->clock.setPaused(paused);
     if (paused)
         _context->sink->OnMediaSourcePlayerDoAudioPause(now);
