@@ -101,6 +101,7 @@ TEST(PlayerBadInput, MutantsNeitherCrashNorHang)
 TEST(PlayerBadInput, WhatIsNoClipIsRefused)
 {
     const QString pipe = clipFolderFile(QStringLiteral("pipe.mp4"));
+    QFile::remove(pipe); // of a round before
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     const QStringList paths{
         written(QStringLiteral("empty.mp4"), {}),
