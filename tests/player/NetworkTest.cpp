@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QThread>
 
 #include <arpa/inet.h>
@@ -17,6 +16,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace tavlo::test {
 namespace {
@@ -78,27 +78,15 @@ public:
         ClipForm form;
         form.firstNumber = _sent++ * 1000; // another clip each time
         form.options = QString("-c:v libx264 -preset ultrafast -tune zerolatency -g 10 -c:a aac").split(u' ');
-        _process.setProcessChannelMode(QProcess::ForwardedChannels);
-        _process.start(QStringLiteral("ffmpeg"), QStringList{QStringLiteral("-v"), QStringLiteral("fatal"),
-                                                             QStringLiteral("-nostdin"), QStringLiteral("-y")} +
-                                                     clipArguments(form, true, true) + target);
-        EXPECT_TRUE(_process.waitForStarted());
+        _command.reset();
+        _command = std::make_unique<FfmpegCommand>(clipArguments(form, true, true) + target);
+        EXPECT_TRUE(_command->isRunning());
     }
 
-    void kill()
-    {
-        _process.kill();
-        _process.waitForFinished();
-    }
-
-    ~Sender()
-    {
-        if (_process.state() != QProcess::NotRunning)
-            kill();
-    }
+    void kill() { _command.reset(); }
 
 private:
-    QProcess _process;
+    std::unique_ptr<FfmpegCommand> _command;
     int _sent = 0;
 };
 
