@@ -1,6 +1,7 @@
 #include "TavloCommonModule/player/PlaySession.h"
 
 #include "TavloCommonModule/player/AudioLine.h"
+#include "TavloCommonModule/player/CameraControl.h"
 #include "TavloCommonModule/player/Demuxer.h"
 #include "TavloCommonModule/player/VideoLine.h"
 
@@ -29,6 +30,8 @@ PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlaye
     }
     _video = std::make_unique<VideoLine>(*_context);
     _audio = std::make_unique<AudioLine>(*_context);
+    if (info.kind == TavloSourcePlayerKindHikvision)
+        _camera = std::make_unique<CameraControl>(info);
     _video->start("tavlo-picture");
     _audio->start("tavlo-sound");
     startReader(false, before);
@@ -57,6 +60,8 @@ void PlaySession::stop()
     _context->pictures.close();
     _context->sound.close();
     _context->wakeAll();
+    if (_camera)
+        _camera->end();
     if (_video)
         _video->join();
     if (_audio)
@@ -69,6 +74,8 @@ void PlaySession::stop()
     }
     _context->clock.useSystemTime();
 }
+
+CameraControl* PlaySession::camera() const { return _context->aborted ? nullptr : _camera.get(); }
 
 void PlaySession::setPaused(bool paused)
 {
