@@ -95,6 +95,8 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma,
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
 {
     _picturePool.reset();
+    if (const quint64 unwanted = std::exchange(_unwanted, 0); unwanted > 0)
+        qDebug() << "source: pictures that no frame had room for:" << unwanted;
     if (_site.deferredContext)
         _site.deferredContext->detach(); // another run may come on another thread
     const QWriteLocker locker(&_mediaLock);
@@ -132,15 +134,19 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSample(quint32, pictu
         qDebug() << "picture->p_sys == nullptr ??";
         return;
     }
-    if (!pooled->mapped)
-        return; // it went into plain memory: nobody wanted it
+    if (!pooled->mapped) { // it went into plain memory
+        ++_unwanted;
+        return;
+    }
     _site.deferredContext->unmap(pooled->texture);
     pooled->mapped = false;
     graphics::CommandListPtr commandList = _site.deferredContext->finishCommandList();
 
     const std::lock_guard guard(_pictureMutex);
-    if (_waitingCount == waitingLimit || !_channel.load())
+    if (_waitingCount == waitingLimit || !_channel.load()) {
+        ++_unwanted;
         return;
+    }
     _waiting[_waitingCount++] = {picture_Hold(picture), std::move(commandList)};
 }
 

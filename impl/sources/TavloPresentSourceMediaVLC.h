@@ -91,6 +91,7 @@ private:
     // player's video thread
     tavlo::PicturePool _picturePool;
     video_format_t _videoFormat{};
+    quint64 _unwanted = 0; ///< pictures that came while others still waited for a frame
 
     // guarded by _pictureMutex
     std::mutex _pictureMutex;

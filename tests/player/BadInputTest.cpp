@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QThread>
 
 #include <sys/stat.h>
 
@@ -85,14 +86,14 @@ TEST(PlayerBadInput, MutantsNeitherCrashNorHang)
         for (int i = 0; i < mutantsPerFormat; ++i)
             paths << written(QStringLiteral("mutant%1.%2").arg(i).arg(form.suffix), mutated(whole, random));
         auto stage = std::make_unique<PlayerStage>();
-        stage->player->setRate(4);
+        stage->holdTime(0, 0);
         stage->play(paths);
         stages.push_back(std::move(stage));
     }
     for (const auto& stage : stages) {
         EXPECT_TRUE(stage->sink.waitForState({TavloSourcePlayerStateEnded, mutantsPerFormat - 1}))
             << "stands at " << stage->player->itemIndex() << " of " << stage->info.pathList.back().toStdString()
-            << " time " << stage->time() << " of " << stage->length();
+            << " time " << stage->place() << " of " << stage->length();
         stage->player->stop();
     }
 }
@@ -100,6 +101,7 @@ TEST(PlayerBadInput, MutantsNeitherCrashNorHang)
 TEST(PlayerBadInput, WhatIsNoClipIsRefused)
 {
     const QString pipe = clipFolderFile(QStringLiteral("pipe.mp4"));
+    QFile::remove(pipe); // of a round before
     ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     const QStringList paths{
         written(QStringLiteral("empty.mp4"), {}),
@@ -110,6 +112,7 @@ TEST(PlayerBadInput, WhatIsNoClipIsRefused)
     };
     const LogCapture log;
     PlayerStage stage;
+    stage.holdTime(0, 0);
     stage.play(paths);
     ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, static_cast<int>(paths.size()) - 1}))
         << stage.player->itemIndex() << log.lines().join(u'\n').toStdString();
@@ -133,6 +136,18 @@ Holdings holdings()
         static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size())};
 }
 
+/// Threads that end by themselves may take a while.
+bool comesBackTo(const Holdings& before)
+{
+    for (int i = 0; i < 1000; ++i) {
+        const Holdings now = holdings();
+        if (now.threads <= before.threads && now.files <= before.files)
+            return true;
+        QThread::msleep(10);
+    }
+    return false;
+}
+
 TEST(PlayerBadInput, OpenedAndClosedManyTimesNothingIsLeft)
 {
     ClipForm form;
@@ -152,14 +167,12 @@ TEST(PlayerBadInput, OpenedAndClosedManyTimesNothingIsLeft)
     PlayerStage again; // and one player many times
     for (int round = 0; round < 50; ++round) {
         again.play({clip, QString::number(round)});
-        ASSERT_TRUE(again.sink.waitForPictures(again.sink.pictures.size() + 1));
+        ASSERT_TRUE(again.sink.waitForPictures(again.sink.pictureCount() + 1));
         if (round % 2)
             again.player->stop();
     }
     again.player->stop();
-    const Holdings after = holdings();
-    EXPECT_LE(after.threads, before.threads + 1);
-    EXPECT_LE(after.files, before.files + 1);
+    EXPECT_TRUE(comesBackTo(before));
     EXPECT_EQ(again.sink.videoStarts, again.sink.videoStops);
     EXPECT_EQ(again.sink.audioStarts, again.sink.audioStops);
 }

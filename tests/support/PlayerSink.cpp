@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace tavlo::test {
@@ -94,7 +95,7 @@ std::vector<quint8> contentOf(const picture_t& picture)
 bool PlayerSink::waitFor(const std::function<bool()>& condition)
 {
     std::unique_lock lock(_lock);
-    return _changed.wait_for(lock, std::chrono::seconds(30), condition);
+    return _changed.wait_for(lock, std::chrono::seconds(100), condition);
 }
 
 bool PlayerSink::waitForPictures(size_t count)
@@ -110,6 +111,18 @@ bool PlayerSink::waitForState(State state, size_t from)
     });
 }
 
+size_t PlayerSink::pictureCount()
+{
+    const std::scoped_lock lock(_lock);
+    return pictures.size();
+}
+
+size_t PlayerSink::stateCount()
+{
+    const std::scoped_lock lock(_lock);
+    return states.size();
+}
+
 std::vector<int> PlayerSink::numbers() const
 {
     std::vector<int> all;
@@ -117,6 +130,15 @@ std::vector<int> PlayerSink::numbers() const
         all.push_back(picture.number);
     return all;
 }
+
+IUnknownEx* PlayerSink::queryInterface(const TavloInterfaceId& id, quint32 version)
+{
+    if (id == ITavloSourcePlayerTime::interfaceId)
+        return heldTime;
+    return Implements::queryInterface(id, version);
+}
+
+qint64 PlayerSink::now() const { return heldTime ? heldTime->now() : monotonicMicroseconds(); }
 
 void PlayerSink::note(int& counter)
 {
@@ -178,6 +200,10 @@ void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
         lastPicture = contentOf(*picture);
         pictures.push_back({number, picture->date, soundFrames - queuedFrames()});
     }
+    if (heldTime)
+        heldTime->takePicture();
+    if (onPicture)
+        onPicture(number);
     _changed.notify_all();
 }
 
@@ -189,12 +215,14 @@ block_t* PlayerSink::OnMediaSourcePlayerDoAudioSample(quint32, block_t* block, t
     {
         const std::scoped_lock lock(_lock);
         blocks.push_back({block->i_pts, frames, second});
-        const qint64 now = monotonicMicroseconds();
+        const qint64 at = now();
         const qint64 queued = queuedFrames();
-        _queuedAt = queued == 0 ? now + deviceLatency : std::max(now, _queuedAt);
+        _queuedAt = queued == 0 ? at + deviceLatency : std::max(at, _queuedAt);
         _queued = static_cast<double>(queued + frames);
         soundFrames += frames;
     }
+    if (heldTime)
+        heldTime->takeSound(block->i_length);
     _changed.notify_all();
     return block;
 }
@@ -234,7 +262,7 @@ void PlayerSink::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32)
 /// Under the lock.
 qint64 PlayerSink::queuedFrames()
 {
-    const auto since = static_cast<double>(std::max<qint64>(monotonicMicroseconds() - _queuedAt, 0));
+    const auto since = static_cast<double>(std::max<qint64>(now() - _queuedAt, 0));
     const double played = since * deviceSpeed * _audioInfo.sampleRate / 1e6;
     return static_cast<qint64>(std::max(_queued - played, 0.0));
 }
@@ -257,6 +285,12 @@ PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
 
 PlayerStage::~PlayerStage() = default;
 
+void PlayerStage::holdTime(int pictures, double soundSeconds)
+{
+    time.expect(pictures, std::llround(soundSeconds * 1e6));
+    sink.heldTime = &time;
+}
+
 void PlayerStage::play(const QStringList& paths, bool loop)
 {
     info.pathList = paths;
@@ -264,7 +298,7 @@ void PlayerStage::play(const QStringList& paths, bool loop)
     player->play(&info, &wanted, 0);
 }
 
-qint64 PlayerStage::time() const
+qint64 PlayerStage::place() const
 {
     qint64 value = 0;
     player->time(&value);

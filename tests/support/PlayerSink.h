@@ -2,6 +2,8 @@
 
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
 
+#include "support/HeldTime.h"
+
 #include <tavlo/InterfacePtr.h>
 
 #include <condition_variable>
@@ -15,14 +17,14 @@ struct picture_pool_t;
 namespace tavlo::test {
 
 /// Takes what a player makes, as a source does it: a pool of pictures whose planes lie one behind the other in memory of
-/// just the size of a texture, and a sound device that plays what it is given in real time.
+/// just the size of a texture, and a sound device that plays what it is given.
 class PlayerSink final : public Implements<PlayerSink, ITavloSourcePlayerSink>
 {
 public:
     struct Picture
     {
         int number;   ///< -1 when it shows none
-        qint64 date;  ///< monotonic microseconds
+        qint64 date;  ///< microseconds
         qint64 heard; ///< sound frames that had been heard when it came
     };
     struct Block
@@ -42,14 +44,16 @@ public:
     ~PlayerSink() = default;
 
     // Set before playing.
+    HeldTime* heldTime = nullptr;  ///< that it is played on, rather than the system's
     bool hasDevice = false;        ///< tells when sound is heard
     qint64 deviceLatency = 60'000; ///< microseconds that it holds back
     double deviceSpeed = 1.0;      ///< of its clock
     std::vector<quint32> layouts;  ///< that it takes; all when empty, else NV12 in place of others
     bool hasPool = true;
-    bool readsPictures = true; ///< their numbers and content
+    bool readsPictures = true;                 ///< their numbers and content
+    std::function<void(int number)> onPicture; ///< on the player's thread
 
-    /// Waits until the condition holds, which is looked at after each call of the player. False after half a minute.
+    /// Waits until the condition holds, which is looked at after each call of the player. False after so long that something must hang.
     bool waitFor(const std::function<bool()>& condition);
 
     /// Waits for so many pictures in all.
@@ -57,6 +61,10 @@ public:
 
     /// Waits for a state report, at or after the place of the reports.
     bool waitForState(State state, size_t from = 0);
+
+    /// So far, while it plays.
+    size_t pictureCount();
+    size_t stateCount();
 
     // Read inside a condition of `waitFor`, or after the player was stopped.
     std::vector<Picture> pictures;
@@ -68,6 +76,8 @@ public:
     std::vector<quint8> lastPicture; ///< plane by plane, rows without padding
 
     std::vector<int> numbers() const;
+
+    IUnknownEx* queryInterface(const TavloInterfaceId& id, quint32 version) override;
 
     // ITavloSourcePlayerSink
     void OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& videoInfo) override;
@@ -84,6 +94,7 @@ public:
     void OnMediaSourcePlayerState(qint32 state, qint32 index, qint32 count) override;
 
 private:
+    qint64 now() const;
     qint64 queuedFrames();
     void note(int& counter);
 
@@ -91,7 +102,7 @@ private:
     std::condition_variable _changed;
     tagTavloAudioInfo _audioInfo;
     double _queued = 0.0; ///< frames that the device has not played
-    qint64 _queuedAt = 0; ///< monotonic microseconds
+    qint64 _queuedAt = 0; ///< microseconds
 };
 
 /// A player with a sink, made by the module.
@@ -103,14 +114,19 @@ public:
 
     explicit operator bool() const { return player != nullptr; }
 
+    /// Has time wait for so many pictures and so many seconds of sound, and hurry where nothing is to be done.
+    void holdTime(int pictures = INT_MAX, double soundSeconds = 1e9);
+
     /// Plays files or addresses.
     void play(const QStringList& paths, bool loop = false);
 
-    qint64 time() const;
+    /// Milliseconds of the entry.
+    qint64 place() const;
     qint64 length() const;
 
     tagTavloSourcePlayerInfo info;
     tagTavloMediaFormatInfo wanted; ///< sizes and layouts as the input has them, unless changed
+    HeldTime time;                  ///< once `holdTime` was called
     PlayerSink sink;
     ITavloSourcePlayer* player = nullptr;
 

@@ -2,7 +2,6 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -10,6 +9,14 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <csignal>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tavlo::test {
 namespace {
@@ -91,15 +98,34 @@ QString clipFile(const ClipForm& form)
     return path;
 }
 
-bool runFfmpeg(const QStringList& arguments)
+FfmpegCommand::FfmpegCommand(const QStringList& arguments)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(QStringLiteral("ffmpeg"), QStringList{QStringLiteral("-v"), QStringLiteral("error"),
-                                                        QStringLiteral("-nostdin"), QStringLiteral("-y")} +
-                                                arguments);
-    return process.waitForFinished(60'000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    std::vector<std::string> words{"ffmpeg", "-v", "error", "-nostdin", "-y"};
+    for (const QString& argument : arguments)
+        words.push_back(argument.toStdString());
+    std::vector<char*> pointers;
+    for (std::string& word : words)
+        pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    if (posix_spawnp(&_process, pointers.front(), nullptr, nullptr, pointers.data(), environ) != 0)
+        _process = -1;
 }
+
+bool FfmpegCommand::finish()
+{
+    int status = -1;
+    const pid_t process = std::exchange(_process, -1);
+    return process > 0 && waitpid(process, &status, 0) == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void FfmpegCommand::kill()
+{
+    if (_process > 0)
+        ::kill(_process, SIGKILL);
+    finish();
+}
+
+bool runFfmpeg(const QStringList& arguments) { return FfmpegCommand(arguments).finish(); }
 
 QString clipFolderFile(const QString& name) { return folder().filePath(name); }
 

@@ -6,6 +6,8 @@
 
 #include <QtGlobal>
 
+#include <sys/types.h>
+
 namespace tavlo::test {
 
 /// A clip of which each picture says which one it is, and each second of sound which one that is.
@@ -34,6 +36,27 @@ QString clipFile(const ClipForm& form);
 
 /// The arguments that make `ffmpeg` send such a clip: sources and codecs, without the target.
 QStringList clipArguments(const ClipForm& form, bool endless, bool inRealTime);
+
+/// An `ffmpeg` that runs beside the test, ended with the object. The thread sanitizer takes the way in which QProcess
+/// starts a child for a fork, and stops looking at the thread that did it.
+class FfmpegCommand
+{
+public:
+    explicit FfmpegCommand(const QStringList& arguments);
+    ~FfmpegCommand() { kill(); }
+    FfmpegCommand(const FfmpegCommand&) = delete;
+    FfmpegCommand& operator=(const FfmpegCommand&) = delete;
+
+    bool isRunning() const { return _process > 0; }
+
+    /// Waits for its end. \return whether it was content
+    bool finish();
+
+    void kill();
+
+private:
+    pid_t _process = -1;
+};
 
 /// Runs `ffmpeg` to its end. \return whether it was content
 bool runFfmpeg(const QStringList& arguments);

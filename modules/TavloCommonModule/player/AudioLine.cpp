@@ -106,10 +106,7 @@ void AudioLine::followRate()
     const double rate = _context.clock.rate();
     if (rate == _tempoRate)
         return;
-    std::vector<qint16> rest;
-    _tempo.drain(rest);
-    _ready.insert(_ready.end(), rest.begin(), rest.end());
-    handOver(true);
+    endAll();
     _tempoRate = rate;
     if (rate != 1.0)
         _tempo.open(rate);
@@ -127,6 +124,16 @@ void AudioLine::endSegment()
     _ready.insert(_ready.end(), _decoded.begin(), _decoded.end());
     // What makes no whole block waits for the next entry.
     handOver(false);
+    _context.clock.noteHandedOver(PlayClock::noSound);
+}
+
+void AudioLine::endAll()
+{
+    if (!_placed)
+        return;
+    _tempo.drain(_decoded);
+    _ready.insert(_ready.end(), _decoded.begin(), _decoded.end());
+    handOver(true);
 }
 
 void AudioLine::finish()
@@ -166,6 +173,7 @@ bool AudioLine::handOverBlock(size_t frames)
     }
     _readyBegin += frames * static_cast<size_t>(_channels);
     _readyTimeline += durationOf(static_cast<double>(frames)) * _tempoRate;
+    _context.clock.noteHandedOver(std::llround(_readyTimeline));
     return true;
 }
 

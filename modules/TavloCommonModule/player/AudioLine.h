@@ -25,6 +25,7 @@ private:
     void begin(bool anew) override;
     bool take(AVFrame& frame, qint64 stamp) override;
     void endSegment() override;
+    void endAll() override;
     void finish() override;
 
     void placeAt(qint64 timeline);

@@ -1,7 +1,5 @@
 #include "TavloCommonModule/player/Demuxer.h"
 
-#include "TavloCommonModule/player/MonotonicClock.h"
-
 extern "C" {
 #include <libavutil/time.h>
 }
@@ -131,8 +129,9 @@ bool Demuxer::goOnAfterEnd(bool& newEpoch)
     }
     newEpoch = true;
     _context->progress.finishAt(_timelineEnd);
-    const unsigned epoch = _context->epoch;
-    if (!_hasBegun || _context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); }))
+    for (const Reading& reading : _readings)
+        reading.queue->push({.segment = nullptr, .packet = nullptr, .isLast = true});
+    if (!_hasBegun || waitForEnd())
         _context->progress.advance(_timelineEnd);
     return idle();
 }
@@ -355,7 +354,7 @@ void Demuxer::keepLatency(qint64 newest)
     PlayContext& context = *_context;
     if (newest == AV_NOPTS_VALUE || !context.clock.isStarted() || context.paused)
         return;
-    const qint64 now = monotonicNow();
+    const qint64 now = context.clock.now();
     const qint64 latency = newest - context.clock.position();
     if (_latencySince == 0) {
         _latencySince = now;
@@ -390,6 +389,24 @@ bool Demuxer::waitForRoom()
     }
     const std::scoped_lock lock(_context->readerLock);
     return !_context->aborted && !_context->seek;
+}
+
+/// Waits for the end of the time line, and until all that was read has been seen and heard, which can be later. False
+/// when playing ends or goes elsewhere.
+bool Demuxer::waitForEnd()
+{
+    while (!_context->pictures.isDrained() || !_context->sound.isDrained()) {
+        if (!_context->pause(std::chrono::milliseconds(10)))
+            return false;
+    }
+    unsigned epoch = 0;
+    {
+        const std::scoped_lock lock(_context->readerLock);
+        if (_context->seek)
+            return false;
+        epoch = _context->epoch;
+    }
+    return _context->clock.waitForPicture(_timelineEnd, [&] { return _context->isOver(epoch); });
 }
 
 /// Where the segment's last picture ends; where its sound does when that is longer for good.

@@ -69,6 +69,7 @@ private:
     void continueAfterJump(const AVPacket& packet);
     void keepLatency(qint64 newest);
     bool waitForRoom();
+    bool waitForEnd();
     qint64 segmentEnd() const;
 
     Reading& readingOf(const AVPacket& packet) { return _readings[_input.isVideo(packet) ? 0 : 1]; }
@@ -88,7 +89,7 @@ private:
     qint64 _timelineEnd = 0;
     qint64 _deviceBase = 0;   ///< wall clock at which the time line of devices is at 0, microseconds
     qint64 _leastLatency = 0; ///< microseconds, in the current window
-    qint64 _latencySince = 0; ///< monotonic
+    qint64 _latencySince = 0; ///< of the clock's time
     qint64 _packetsOfSegment = 0;
     bool _hasBegun = false; ///< some segment: its lines start the clock, even when nothing comes out of it
 };

@@ -45,4 +45,7 @@ inline constexpr AVRational microsecondBase{1, 1'000'000};
 /// FFmpeg's words for one of its error codes.
 QString ffmpegError(int code);
 
+/// Before anything is opened. Any thread.
+void prepareFfmpeg();
+
 } // namespace tavlo

@@ -6,6 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <condition_variable>
+#include <mutex>
+
 class ICloudTourControl;
 struct block_t;
 struct picture_pool_t;
@@ -107,6 +110,27 @@ public:
 
 protected:
     ~ITavloSourcePlayerSink() = default;
+};
+
+/// The time that a player runs on, where it is not the system's: whoever composes pictures faster or slower than they are
+/// seen answers for this interface in its sink's `queryInterface`, and has nothing left out however long it takes.
+///
+/// Any thread. It is not called after `stop`.
+class ITavloSourcePlayerTime : public IUnknownEx
+{
+public:
+    static constexpr TavloInterfaceId interfaceId{0x91b04f6a, 0x3d5e, 0x4b1c, 0xa7, 0x08, 0x5e,
+                                                  0xc2,       0x17,   0x9f,   0x64, 0x03};
+
+    /// Microseconds, never less than before. Dates of pictures and blocks are told in it.
+    virtual qint64 now() = 0;
+
+    /// Waits on the condition until it is notified or that time has come; may return early.
+    /// \param lock  of the condition, held
+    virtual void wait(std::condition_variable& changed, std::unique_lock<std::mutex>& lock, qint64 until) = 0;
+
+protected:
+    ~ITavloSourcePlayerTime() = default;
 };
 
 /// Plays files, streams and devices into a sink. Made by `CreateTavloSourcePlayer` of `TavloCommonModule`.

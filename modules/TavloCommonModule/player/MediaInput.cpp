@@ -29,6 +29,8 @@ private:
     AVDictionary* _dictionary = nullptr;
 };
 
+} // namespace
+
 void prepareFfmpeg()
 {
     static std::once_flag once;
@@ -38,8 +40,6 @@ void prepareFfmpeg()
         avdevice_register_all();
     });
 }
-
-} // namespace
 
 bool MediaInput::open(const InputLocation& location, bool pictures, bool sound)
 {

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QtGlobal>
+#include "TavloCommonModule/player/ITavloSourcePlayer.h"
+
+#include <tavlo/InterfacePtr.h>
 
 #include <chrono>
 
@@ -13,9 +15,22 @@ inline qint64 monotonicNow()
         .count();
 }
 
-inline std::chrono::steady_clock::time_point monotonicPoint(qint64 microseconds)
+/// The system's monotonic clock as the time to play on. Any thread.
+class MonotonicTime final : public Implements<MonotonicTime, ITavloSourcePlayerTime>
 {
-    return std::chrono::steady_clock::time_point(std::chrono::microseconds(microseconds));
-}
+public:
+    static MonotonicTime& instance()
+    {
+        static MonotonicTime time;
+        return time;
+    }
+
+    void destroy() override {}
+    qint64 now() override { return monotonicNow(); }
+    void wait(std::condition_variable& changed, std::unique_lock<std::mutex>& lock, qint64 until) override
+    {
+        changed.wait_until(lock, std::chrono::steady_clock::time_point(std::chrono::microseconds(until)));
+    }
+};
 
 } // namespace tavlo

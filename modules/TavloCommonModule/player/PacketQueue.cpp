@@ -24,7 +24,9 @@ void PacketQueue::push(QueueEntry entry)
 bool PacketQueue::pop(QueueEntry& entry)
 {
     std::unique_lock lock(_lock);
+    _idle = true;
     _filled.wait(lock, [this] { return _closed || !_entries.empty(); });
+    _idle = false;
     if (_closed)
         return false;
     entry = std::move(_entries.front());
@@ -53,6 +55,12 @@ void PacketQueue::close()
     }
     _filled.notify_all();
     clear();
+}
+
+bool PacketQueue::isDrained() const
+{
+    const std::scoped_lock lock(_lock);
+    return _closed || (_idle && _entries.empty());
 }
 
 qint64 PacketQueue::fill() const

@@ -6,10 +6,10 @@
 
 namespace tavlo {
 
-void PictureOutput::show(const AVFrame& frame, AVRational frameRate, qint64 date)
+PictureOutput::Outcome PictureOutput::show(const AVFrame& frame, AVRational frameRate, qint64 date)
 {
     if (frame.width <= 0 || frame.height <= 0)
-        return;
+        return Outcome::Unfit;
     const FrameFormat format{frame.width, frame.height, frame.format, frame.color_range};
     if (!_announced || format != _format) {
         close();
@@ -17,16 +17,17 @@ void PictureOutput::show(const AVFrame& frame, AVRational frameRate, qint64 date
         open(frame, frameRate);
     }
     if (!_pool)
-        return;
+        return Outcome::Unfit;
     const std::unique_ptr<picture_t, ReleasePicture> picture(picture_pool_Get(_pool.get()));
-    if (!picture) // all are still held: this one is not shown
-        return;
+    if (!picture)
+        return Outcome::NoPicture;
     if (!_writer.write(frame, *picture))
-        return;
+        return Outcome::Unfit;
     picture->date = date;
     picture->b_progressive = !frame.interlaced_frame;
     picture->b_top_field_first = frame.top_field_first != 0;
     _sink.OnMediaSourcePlayerDoVideoSample(0, picture.get());
+    return Outcome::Shown;
 }
 
 void PictureOutput::close()

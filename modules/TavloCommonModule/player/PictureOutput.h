@@ -20,10 +20,18 @@ public:
     PictureOutput(const PictureOutput&) = delete;
     PictureOutput& operator=(const PictureOutput&) = delete;
 
+    /// What became of a frame.
+    enum class Outcome
+    {
+        Shown,
+        NoPicture, ///< all of the pool's are still held
+        Unfit      ///< no picture can be made of it
+    };
+
     /// Hands a frame on as a picture.
     /// \param frameRate  of the stream, for the announcement; 0/1 when unknown
-    /// \param date       monotonic microseconds at which it is due
-    void show(const AVFrame& frame, AVRational frameRate, qint64 date);
+    /// \param date       microseconds of the clock's time at which it is due
+    Outcome show(const AVFrame& frame, AVRational frameRate, qint64 date);
 
     void close();
 

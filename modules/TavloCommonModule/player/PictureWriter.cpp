@@ -1,6 +1,6 @@
 #include "TavloCommonModule/player/PictureWriter.h"
 
-#include <tavlo/records/MediaFormat.h>
+#include "shared/ChromaFormats.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -14,26 +14,10 @@ extern "C" {
 namespace tavlo {
 namespace {
 
-struct Layout
-{
-    quint32 chroma;
-    AVPixelFormat format;
-};
-
 /// What can be written; of two with one format the first is what a frame of that format is.
-constexpr std::array layouts{
-    Layout{tavloFourcc("I420"), AV_PIX_FMT_YUV420P}, Layout{tavloFourcc("YV12"), AV_PIX_FMT_YUV420P},
-    Layout{tavloFourcc("NV12"), AV_PIX_FMT_NV12},    Layout{tavloFourcc("NV21"), AV_PIX_FMT_NV21},
-    Layout{tavloFourcc("YUY2"), AV_PIX_FMT_YUYV422}, Layout{tavloFourcc("YVYU"), AV_PIX_FMT_YVYU422},
-    Layout{tavloFourcc("UYVY"), AV_PIX_FMT_UYVY422}, Layout{tavloFourcc("RGBA"), AV_PIX_FMT_RGBA},
-    Layout{tavloFourcc("BGRA"), AV_PIX_FMT_BGRA},    Layout{tavloFourcc("RV32"), AV_PIX_FMT_BGR0},
-};
-
-const Layout* layoutOf(quint32 chroma)
-{
-    const auto found = std::ranges::find(layouts, chroma, &Layout::chroma);
-    return found != layouts.end() ? &*found : nullptr;
-}
+constexpr std::array writable{tavloFourcc("I420"), tavloFourcc("YV12"), tavloFourcc("NV12"), tavloFourcc("NV21"),
+                              tavloFourcc("YUY2"), tavloFourcc("YVYU"), tavloFourcc("UYVY"), tavloFourcc("RGBA"),
+                              tavloFourcc("BGRA"), tavloFourcc("RV32")};
 
 AVPixelFormat formatOf(const AVFrame& frame) { return static_cast<AVPixelFormat>(frame.format); }
 
@@ -96,17 +80,17 @@ int matrixOf(const AVFrame& frame)
 quint32 PictureWriter::naturalChroma(const AVFrame& frame)
 {
     const AVPixelFormat format = formatOf(frame);
-    const auto found = std::ranges::find(layouts, format, &Layout::format);
-    if (found != layouts.end() && (isColours(format) || !isFullRange(frame)))
-        return found->chroma;
+    const auto* const found = std::ranges::find(writable, format, &pixelFormatOfChroma);
+    if (found != writable.end() && (isColours(format) || !isFullRange(frame)))
+        return *found;
     return isColours(format) || hasAlpha(format) ? tavloFourcc("RGBA") : tavloFourcc("NV12");
 }
 
-bool PictureWriter::canWrite(quint32 chroma) { return layoutOf(chroma) != nullptr; }
+bool PictureWriter::canWrite(quint32 chroma) { return std::ranges::find(writable, chroma) != writable.end(); }
 
 bool PictureWriter::write(const AVFrame& frame, picture_t& picture)
 {
-    const AVPixelFormat wanted = layoutOf(_chroma)->format;
+    const AVPixelFormat wanted = pixelFormatOfChroma(_chroma);
     const bool fits = formatOf(frame) == wanted && (isColours(wanted) || !isFullRange(frame));
     if (!fits && !convert(frame, wanted))
         return false;
@@ -142,7 +126,7 @@ bool PictureWriter::convert(const AVFrame& frame, AVPixelFormat format)
 /// whatever they say of their own height.
 void PictureWriter::copy(const AVFrame& frame, picture_t& picture) const
 {
-    const bool swapped = _chroma == tavloFourcc("YV12");
+    const bool swapped = hasSwappedPlanes(_chroma);
     for (int i = 0; i < picture.i_planes; ++i) {
         const int from = swapped && i > 0 ? 3 - i : i;
         const plane_t& plane = picture.p[i];

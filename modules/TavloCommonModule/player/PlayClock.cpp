@@ -1,7 +1,5 @@
 #include "TavloCommonModule/player/PlayClock.h"
 
-#include "TavloCommonModule/player/MonotonicClock.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -17,12 +15,25 @@ constexpr double driftFollowed = 100.0;   ///< microseconds a measure, half a pe
 
 } // namespace
 
+qint64 PlayClock::now() const
+{
+    const std::scoped_lock lock(_lock);
+    return _time->now();
+}
+
+void PlayClock::useSystemTime()
+{
+    const std::scoped_lock lock(_lock);
+    _time = &MonotonicTime::instance();
+}
+
 void PlayClock::reset(qint64 position)
 {
     {
         const std::scoped_lock lock(_lock);
         _started = false;
         _anchorPosition = position;
+        _soundEnd = noSound;
         _offset = _settledOffset = 0.0;
         _measures = _strayed = 0;
     }
@@ -34,7 +45,7 @@ void PlayClock::start()
     {
         const std::scoped_lock lock(_lock);
         _started = true;
-        _anchorTime = monotonicNow();
+        _anchorTime = _time->now();
     }
     _changed.notify_all();
 }
@@ -49,7 +60,7 @@ void PlayClock::setPaused(bool paused)
 {
     {
         const std::scoped_lock lock(_lock);
-        anchor(monotonicNow());
+        anchor(_time->now());
         _paused = paused;
     }
     _changed.notify_all();
@@ -59,7 +70,7 @@ void PlayClock::setRate(double rate)
 {
     {
         const std::scoped_lock lock(_lock);
-        anchor(monotonicNow());
+        anchor(_time->now());
         _offset *= rate / _rate; // it is a time of the sink's
         _settledOffset *= rate / _rate;
         _rate = rate;
@@ -85,21 +96,34 @@ void PlayClock::shift(qint64 microseconds)
 qint64 PlayClock::position() const
 {
     const std::scoped_lock lock(_lock);
-    return positionAt(monotonicNow());
+    return positionAt(_time->now());
 }
 
 qint64 PlayClock::pictureTime() const
 {
     const std::scoped_lock lock(_lock);
-    return positionAt(monotonicNow()) + std::llround(_offset);
+    return positionAt(_time->now()) + std::llround(_offset);
 }
 
 qint64 PlayClock::dateOf(qint64 timeline) const
 {
     const std::scoped_lock lock(_lock);
-    const qint64 now = monotonicNow();
+    const qint64 now = _time->now();
     const double ahead = static_cast<double>(timeline - positionAt(now)) - _offset;
     return now + std::llround(ahead / _rate);
+}
+
+void PlayClock::noteHandedOver(qint64 timeline)
+{
+    const std::scoped_lock lock(_lock);
+    _soundEnd = timeline;
+}
+
+qint64 PlayClock::lateness(qint64 timeline) const
+{
+    const std::scoped_lock lock(_lock);
+    const qint64 reached = std::min(positionAt(_time->now()) + std::llround(_offset), _soundEnd);
+    return std::llround(static_cast<double>(reached - timeline) / _rate);
 }
 
 void PlayClock::noteHeard(qint64 timeline)
@@ -107,7 +131,7 @@ void PlayClock::noteHeard(qint64 timeline)
     const std::scoped_lock lock(_lock);
     if (!runs())
         return;
-    const double measured = static_cast<double>(timeline - positionAt(monotonicNow()));
+    const double measured = static_cast<double>(timeline - positionAt(_time->now()));
     const bool strays = std::abs(measured - _offset) > strayLimit * std::max(_rate, 1.0);
     _strayed = strays ? _strayed + 1 : 0;
     if (_measures == 0 || _strayed >= straysBelieved)
@@ -142,13 +166,13 @@ bool PlayClock::wait(qint64 timeline, bool picture, const Cancelled& cancelled)
             _changed.wait(lock);
             continue;
         }
-        const qint64 now = monotonicNow();
+        const qint64 now = _time->now();
         const double ahead = static_cast<double>(timeline - positionAt(now)) - (picture ? _offset : 0.0);
         if (ahead <= 0)
             return true;
         // No longer than the offset may be trusted.
         const qint64 left = std::min<qint64>(std::llround(std::ceil(ahead / _rate)), 100'000);
-        _changed.wait_until(lock, monotonicPoint(now + left));
+        _time->wait(_changed, lock, now + left);
     }
     return false;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include "TavloCommonModule/player/MonotonicClock.h"
 
 #include <condition_variable>
 #include <functional>
@@ -10,7 +10,7 @@ namespace tavlo {
 
 /// Where on the time line a player is.
 ///
-/// The clock runs on the monotonic clock, at the player's rate, and paces the hand-over of sound. Pictures follow what
+/// The clock runs on the system's monotonic clock, or on the sink's time, at the player's rate, and paces the hand-over of sound. Pictures follow what
 /// is heard: `noteHeard` tells where the sound really is, and the picture's clock goes with it, smoothed. A sink whose
 /// own clock drifts without end takes the whole clock along, so that what waits to be heard neither runs dry nor piles
 /// up. Without sound both are one. Any thread.
@@ -18,6 +18,14 @@ class PlayClock
 {
 public:
     using Cancelled = std::function<bool()>;
+
+    explicit PlayClock(ITavloSourcePlayerTime& time) : _time(&time) {}
+
+    /// Microseconds of the time that it runs on.
+    qint64 now() const;
+
+    /// The sink goes: whoever still asks gets the system's time.
+    void useSystemTime();
 
     /// Stands at that place until `start`.
     void reset(qint64 position);
@@ -39,8 +47,16 @@ public:
     /// Where the picture is.
     qint64 pictureTime() const;
 
-    /// The monotonic time at which that place is seen and heard.
+    /// The time at which that place is seen and heard.
     qint64 dateOf(qint64 timeline) const;
+
+    /// How far sound has been handed over; `noSound` where there is none to come just now.
+    void noteHandedOver(qint64 timeline);
+    static constexpr qint64 noSound = INT64_MAX;
+
+    /// By how much a picture is late, microseconds at rate 1. Where sound is behind as well, all that is late waits for
+    /// it, so only what sound has passed counts.
+    qint64 lateness(qint64 timeline) const;
 
     /// What can be heard at this moment.
     void noteHeard(qint64 timeline);
@@ -63,13 +79,15 @@ private:
     std::condition_variable _changed;
 
     // guarded by _lock
+    ITavloSourcePlayerTime* _time;
     qint64 _anchorPosition = 0; ///< of the time line, at `_anchorTime`
-    qint64 _anchorTime = 0;     ///< monotonic
+    qint64 _anchorTime = 0;     ///< of `_time`
     bool _started = false;
     bool _paused = false;
     double _rate = 1.0;
     double _offset = 0.0;        ///< of what is heard from `position`, smoothed, microseconds
     double _settledOffset = 0.0; ///< what it was soon after the start
+    qint64 _soundEnd = noSound;  ///< of the time line
     int _measures = 0;           ///< since the start
     int _strayed = 0;            ///< measures in a row that are far off
 };

@@ -16,9 +16,16 @@ struct PlayContext
 {
     PlayContext(ITavloSourcePlayerSink* target, const tagTavloSourcePlayerInfo& record,
                 const tagTavloMediaFormatInfo& format, InputPlan inputs)
-        : sink(target), info(record), wanted(format), plan(std::move(inputs)),
+        : sink(target), info(record), wanted(format), plan(std::move(inputs)), clock(timeOf(target)),
           progress(target, static_cast<int>(plan.entries.size()))
     {}
+
+    /// The sink's own time where it has one.
+    static ITavloSourcePlayerTime& timeOf(ITavloSourcePlayerSink* sink)
+    {
+        auto* const own = query<ITavloSourcePlayerTime>(sink);
+        return own ? *own : MonotonicTime::instance();
+    }
 
     /// A place to go to.
     struct Seek

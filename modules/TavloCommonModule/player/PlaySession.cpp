@@ -1,8 +1,8 @@
 #include "TavloCommonModule/player/PlaySession.h"
 
 #include "TavloCommonModule/player/AudioLine.h"
+#include "TavloCommonModule/player/CameraControl.h"
 #include "TavloCommonModule/player/Demuxer.h"
-#include "TavloCommonModule/player/MonotonicClock.h"
 #include "TavloCommonModule/player/VideoLine.h"
 
 #include <pthread.h>
@@ -30,6 +30,8 @@ PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlaye
     }
     _video = std::make_unique<VideoLine>(*_context);
     _audio = std::make_unique<AudioLine>(*_context);
+    if (info.kind == TavloSourcePlayerKindHikvision)
+        _camera = std::make_unique<CameraControl>(info);
     _video->start("tavlo-picture");
     _audio->start("tavlo-sound");
     startReader(false, before);
@@ -58,6 +60,8 @@ void PlaySession::stop()
     _context->pictures.close();
     _context->sound.close();
     _context->wakeAll();
+    if (_camera)
+        _camera->end();
     if (_video)
         _video->join();
     if (_audio)
@@ -68,13 +72,16 @@ void PlaySession::stop()
         if (reader.wait_until(deadline) == std::future_status::timeout)
             qDebug() << "player: an input doesn't let go, its reading thread ends later";
     }
+    _context->clock.useSystemTime();
 }
+
+CameraControl* PlaySession::camera() const { return _context->aborted ? nullptr : _camera.get(); }
 
 void PlaySession::setPaused(bool paused)
 {
     if (_context->paused.exchange(paused) == paused)
         return;
-    const qint64 now = monotonicNow();
+    const qint64 now = _context->clock.now();
     _context->clock.setPaused(paused);
     if (paused)
         _context->sink->OnMediaSourcePlayerDoAudioPause(now);

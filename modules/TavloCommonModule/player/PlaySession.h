@@ -11,6 +11,7 @@
 namespace tavlo {
 
 class AudioLine;
+class CameraControl;
 class VideoLine;
 
 /// One play, from `play` to `stop`: its reading threads and the threads of its streams. Any thread; `stop` once.
@@ -41,6 +42,9 @@ public:
     qint64 time() const;
     void setTime(qint64 milliseconds);
 
+    /// Null where nothing can be moved, and after `stop`.
+    CameraControl* camera() const;
+
     bool isLive() const;
     TavloSourcePlayerState state() const { return _context->progress.state(); }
     int itemCount() const { return static_cast<int>(_context->plan.entries.size()); }
@@ -52,6 +56,7 @@ private:
     const std::shared_ptr<PlayContext> _context;
     std::unique_ptr<VideoLine> _video;
     std::unique_ptr<AudioLine> _audio;
+    std::unique_ptr<CameraControl> _camera;
     QList<std::shared_future<void>> _readers;
     std::atomic<qint64> _soughtTime{0}; ///< milliseconds, until the place is reached
 };

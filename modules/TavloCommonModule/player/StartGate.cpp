@@ -1,7 +1,5 @@
 #include "TavloCommonModule/player/StartGate.h"
 
-#include "TavloCommonModule/player/MonotonicClock.h"
-
 namespace tavlo {
 
 void StartGate::arm(unsigned epoch, unsigned lines, qint64 bufferedAfter)
@@ -10,7 +8,7 @@ void StartGate::arm(unsigned epoch, unsigned lines, qint64 bufferedAfter)
         const std::scoped_lock lock(_lock);
         _epoch = epoch;
         _missing = lines;
-        _notBefore = monotonicNow() + bufferedAfter;
+        _notBefore = _clock.now() + bufferedAfter;
         _firstReady = 0;
     }
     _changed.notify_all();
@@ -23,12 +21,12 @@ bool StartGate::pass(Line line, unsigned epoch, const PlayClock::Cancelled& canc
     if (epoch == _epoch) { // else the clock of a device, which waits for nobody
         _missing &= ~static_cast<unsigned>(line);
         if (_firstReady == 0)
-            _firstReady = monotonicNow();
+            _firstReady = _clock.now();
     }
     while (!cancelled()) {
         if (_clock.isStarted())
             return true;
-        const qint64 now = monotonicNow();
+        const qint64 now = _clock.now();
         const bool ready = _missing == 0 || now - _firstReady >= patience;
         if (ready && (now >= _notBefore || isFilled())) {
             _clock.start();

@@ -43,7 +43,7 @@ private:
     // guarded by _lock
     unsigned _epoch = 0;
     unsigned _missing = 0; ///< lines
-    qint64 _notBefore = 0; ///< monotonic microseconds
+    qint64 _notBefore = 0; ///< microseconds of the clock's time
     qint64 _firstReady = 0;
 };
 

@@ -37,7 +37,9 @@ void StreamLine::handle(QueueEntry& entry)
     }
     if (!_segment || isOver())
         return;
-    if (!entry.packet)
+    if (entry.isLast)
+        endAll();
+    else if (!entry.packet)
         drain();
     else if (_decodes)
         _decoder.decode(entry.packet.get(), [this](AVFrame& frame) { return takeFrame(frame); });

@@ -39,6 +39,9 @@ protected:
     /// The segment's last frame was taken.
     virtual void endSegment() = 0;
 
+    /// No segment follows: what was kept for it comes out.
+    virtual void endAll() {}
+
     /// The play is over.
     virtual void finish() = 0;
 

@@ -1,5 +1,7 @@
 #include "TavloCommonModule/player/TavloSourcePlayer.h"
 
+#include "TavloCommonModule/player/CameraControl.h"
+
 #include "shared/ModuleFactory.h"
 
 #include <tavlo/Export.h>
@@ -129,6 +131,12 @@ qint32 TavloSourcePlayer::itemIndex()
 {
     const SessionPtr running = session();
     return running ? running->itemIndex() : 0;
+}
+
+ICloudTourControl* TavloSourcePlayer::cloudTourControl()
+{
+    const SessionPtr running = session();
+    return running ? running->camera() : nullptr;
 }
 
 TavloSourcePlayer::SessionPtr TavloSourcePlayer::session() const

@@ -33,7 +33,7 @@ public:
     qint32 itemIndex() override;
     void reservedA() override {}
     void reservedB() override {}
-    ICloudTourControl* cloudTourControl() override { return nullptr; }
+    ICloudTourControl* cloudTourControl() override;
 
 private:
     using SessionPtr = std::shared_ptr<tavlo::PlaySession>;

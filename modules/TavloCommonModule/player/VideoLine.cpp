@@ -1,7 +1,5 @@
 #include "TavloCommonModule/player/VideoLine.h"
 
-#include "TavloCommonModule/player/MonotonicClock.h"
-
 #include <QDebug>
 
 #include <algorithm>
@@ -60,12 +58,21 @@ bool VideoLine::present(AVFrame& frame, qint64 timeline)
     if (!first && !_context.clock.waitForPicture(timeline, [this] { return isOver(); }))
         return false;
     if (!first && isLate(timeline)) {
-        ++_leftOut;
+        ++_late;
         return true;
     }
-    _lastShown = monotonicNow();
+    _lastShown = _context.clock.now();
     _context.progress.advance(timeline);
-    _output.show(frame, _segment->video->frameRate, _context.clock.dateOf(timeline));
+    switch (_output.show(frame, _segment->video->frameRate, _context.clock.dateOf(timeline))) {
+    case PictureOutput::Outcome::Shown:
+        break;
+    case PictureOutput::Outcome::NoPicture:
+        ++_withoutPicture;
+        break;
+    case PictureOutput::Outcome::Unfit:
+        ++_unfit;
+        break;
+    }
     return true;
 }
 
@@ -73,9 +80,7 @@ bool VideoLine::isLate(qint64 timeline)
 {
     if (_segment->video->isPicture)
         return false;
-    const qint64 late =
-        static_cast<qint64>(static_cast<double>(_context.clock.pictureTime() - timeline) / _context.clock.rate());
-    return late > lateLimit && monotonicNow() - _lastShown < longestGap;
+    return _context.clock.lateness(timeline) > lateLimit && _context.clock.now() - _lastShown < longestGap;
 }
 
 void VideoLine::endSegment()
@@ -87,8 +92,9 @@ void VideoLine::endSegment()
 void VideoLine::finish()
 {
     _output.close();
-    if (_leftOut > 0)
-        qDebug() << "player: pictures that came too late and were left out:" << _leftOut;
+    if (_late + _withoutPicture + _unfit > 0)
+        qDebug().nospace() << "player: pictures left out: too late " << _late << ", all pictures held "
+                           << _withoutPicture << ", not to be converted " << _unfit;
 }
 
 } // namespace tavlo
