@@ -31,6 +31,8 @@ public:
     /// Called a few times a second while the show waits or rolls; ends it when it returns false. Before `run`.
     std::function<bool(ShowEngine::Phase, const LiveFigures&)> onTick;
 
+    ShowEngine& engine() { return _engine; }
+
     /// Makes the engine, opens, rolls and ends. \return an ExitStatus: Done also when something was lost
     int run();
 

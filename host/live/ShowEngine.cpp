@@ -1,6 +1,7 @@
 #include "live/ShowEngine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace tavlo::host {
@@ -119,7 +120,11 @@ bool ShowEngine::arePicturesThere()
 
 bool ShowEngine::onThreadStep(const quint64& time, const quint64& frameId, const quint64& clockMicroseconds)
 {
+    const auto begun = std::chrono::steady_clock::now();
     const bool result = TavloPresentEngine::onThreadStep(time, frameId, clockMicroseconds);
+    const std::chrono::duration<float, std::milli> taken = std::chrono::steady_clock::now() - begun;
+    if (_stepTimes && _phase == Phase::Rolling && _stepTimes->size() < _stepTimes->capacity())
+        _stepTimes->push_back(taken.count());
     const double fps = _show.framesPerSecond();
     if (_phase == Phase::Waiting) {
         ++_waited;

@@ -50,6 +50,10 @@ public:
     /// Picture of the multi-view, saved as the show ends. Before `start`.
     void setSnapshot(const QString& path) { _snapshot = path; }
 
+    /// Keeps how long each step of the show takes, milliseconds, as far as the vector's capacity goes. Lent; before
+    /// `start`, to be read when the show is over.
+    void keepStepTimes(std::vector<float>& times) { _stepTimes = &times; }
+
     ITavloPresentThreadSink* hostSink();
 
 protected:
@@ -68,6 +72,7 @@ private:
 
     const Show _show;
     QString _snapshot;
+    std::vector<float>* _stepTimes = nullptr;
     const std::unique_ptr<Sink> _sink;
 
     // any thread

@@ -8,6 +8,7 @@
 #include <QDebug>
 
 #include <cstring>
+#include <pthread.h>
 #include <utility>
 
 using namespace tavlo;
@@ -84,7 +85,10 @@ bool Node::create(int index, const QString& name, const tagTavloVideoInfo& video
     _freeBlocks.reserve(blockCount);
     _eventQueue.reserve(queueReserve);
     _running = true;
-    _thread = std::thread([this] { run(); });
+    _thread = std::thread([this] {
+        pthread_setname_np(pthread_self(), "tavlo-convert");
+        run();
+    });
     return true;
 }
 

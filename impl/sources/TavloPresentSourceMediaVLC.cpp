@@ -95,8 +95,9 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma,
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
 {
     _picturePool.reset();
-    if (const quint64 unwanted = std::exchange(_unwanted, 0); unwanted > 0)
-        qDebug() << "source: pictures that no frame had room for:" << unwanted;
+    const quint64 unwanted = _unwanted;
+    if (const quint64 more = unwanted - std::exchange(_unwantedTold, unwanted); more > 0)
+        qDebug() << "source: pictures that no frame had room for:" << more;
     if (_site.deferredContext)
         _site.deferredContext->detach(); // another run may come on another thread
     const QWriteLocker locker(&_mediaLock);
@@ -276,6 +277,17 @@ void TavloPresentSourceMediaVLC::setPosition(qint64 position)
 }
 
 quint32 TavloPresentSourceMediaVLC::getState() { return player() ? static_cast<quint32>(player()->state()) : 0; }
+
+tagTavloPresentSourceStatisticsItem* TavloPresentSourceMediaVLC::getStatistics()
+{
+    tagTavloPresentSourceStatisticsItem* const statistics = TavloPresentSourceMedia::getStatistics();
+    statistics->droppedPictures = _unwanted;
+    if (quint64 dropped = 0; player()) {
+        player()->losses(&statistics->latePictures, &dropped);
+        statistics->droppedPictures += dropped;
+    }
+    return statistics;
+}
 
 quint32 TavloPresentSourceMediaVLC::getItemCount()
 {

@@ -6,6 +6,7 @@
 #include "sources/TavloPresentSourceMedia.h"
 
 #include <array>
+#include <atomic>
 #include <mutex>
 
 using CTavloSourcePlayerHelper = CTempldateHelper<ITavloSourcePlayer>;
@@ -46,6 +47,7 @@ public:
     void getPosition(qint64& position) override;
     void setPosition(qint64 position) override;
     quint32 getState() override;
+    tagTavloPresentSourceStatisticsItem* getStatistics() override;
     quint32 getItemCount() override;
     quint32 getItemIndex() override;
     ICloudTourControl* getCloudTourControl() override;
@@ -91,7 +93,8 @@ private:
     // player's video thread
     tavlo::PicturePool _picturePool;
     video_format_t _videoFormat{};
-    quint64 _unwanted = 0; ///< pictures that came while others still waited for a frame
+    quint64 _unwantedTold = 0;
+    std::atomic<quint64> _unwanted = 0; ///< pictures that came while others still waited for a frame
 
     // guarded by _pictureMutex
     std::mutex _pictureMutex;

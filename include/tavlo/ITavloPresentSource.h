@@ -21,8 +21,8 @@ struct tagTavloPresentSourceStatisticsItem
     quint32 width = 0;      ///< of the picture in hand, pixels; 0 while there is none
     quint32 height = 0;
     quint32 audioSampleRate = 0; ///< Hz, as the source delivers it
-    quint64 latePictures = 0;    ///< since it was opened: left out by the player, since their time had passed
-    quint64 droppedPictures = 0; ///< since it was opened: left out because no frame took those before them in time
+    quint64 latePictures = 0;    ///< left out since it plays: their time had passed, decoding is too slow
+    quint64 droppedPictures = 0; ///< left out since it plays: no frame took those before them in time
 };
 
 /// What a source's player is doing.

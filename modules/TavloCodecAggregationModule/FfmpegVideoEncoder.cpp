@@ -11,8 +11,10 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstring>
+#include <pthread.h>
 #include <utility>
 
 namespace tavlo {
@@ -83,6 +85,23 @@ quint32 flagsOf(const AVPacket& packet)
     return type == AV_PICTURE_TYPE_P || type == AV_PICTURE_TYPE_I ? BLOCK_FLAG_TYPE_P : BLOCK_FLAG_TYPE_PB;
 }
 
+/// The calling thread's name for a while: the codec's own threads take over that of the thread that opens it.
+class ThreadName
+{
+public:
+    explicit ThreadName(const char* name)
+    {
+        pthread_getname_np(pthread_self(), _before.data(), _before.size());
+        pthread_setname_np(pthread_self(), name);
+    }
+    ~ThreadName() { pthread_setname_np(pthread_self(), _before.data()); }
+    ThreadName(const ThreadName&) = delete;
+    ThreadName& operator=(const ThreadName&) = delete;
+
+private:
+    std::array<char, 16> _before{};
+};
+
 } // namespace
 
 void FfmpegVideoEncoder::FreeFfmpeg::operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
@@ -114,7 +133,10 @@ bool FfmpegVideoEncoder::open(const tagTavloVideoInfo& videoInfo, const tagTavlo
     _sent.reset(av_frame_alloc());
     _packet.reset(av_packet_alloc());
     _ending = false;
-    _thread = std::thread([this] { run(); });
+    _thread = std::thread([this] {
+        pthread_setname_np(pthread_self(), "tavlo-encode");
+        run();
+    });
     return true;
 }
 
@@ -129,6 +151,7 @@ FfmpegVideoEncoder::CodecPtr FfmpegVideoEncoder::openCodec(const char* name, con
     context->codec_id = codecIdOf(param.videoCodec);
     context->pix_fmt = takesInterleavedChroma(*codec) ? AV_PIX_FMT_NV12 : AV_PIX_FMT_YUV420P;
     applySettings(*context, videoInfo, param);
+    const ThreadName codecName("tavlo-encode");
     if (avcodec_open2(context.get(), codec, nullptr) < 0)
         return nullptr;
     _planar.reset(context->pix_fmt == AV_PIX_FMT_NV12

@@ -2,6 +2,7 @@
 
 #include <QDebug>
 
+#include <pthread.h>
 #include <utility>
 
 namespace tavlo {
@@ -12,7 +13,10 @@ Target::Target(std::string name, const StreamFormat& format, qint64 limit)
 
 void Target::start()
 {
-    _thread = std::thread([this] { run(); });
+    _thread = std::thread([this] {
+        pthread_setname_np(pthread_self(), "tavlo-target");
+        run();
+    });
 }
 
 void Target::stop()

@@ -124,7 +124,10 @@ bool GLAudioDeviceContext::createGLAudioDevice(int mixes)
         return false;
     }
     _isStopping = false;
-    _thread = std::thread([this] { run(); });
+    _thread = std::thread([this] {
+        pthread_setname_np(pthread_self(), "tavlo-mix");
+        run();
+    });
     return true;
 }
 

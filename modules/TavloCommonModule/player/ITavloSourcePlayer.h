@@ -194,6 +194,10 @@ public:
     virtual void reservedA() = 0;
     virtual void reservedB() = 0;
 
+    /// Pictures that were left out since `play`: because their time had passed, and because the pool had none free or
+    /// none could be made of them.
+    virtual void losses(quint64* late, quint64* dropped) = 0;
+
     /// Null unless what plays is a camera that can be moved. Lent until the next `play` or `stop`.
     virtual ICloudTourControl* cloudTourControl() = 0;
 

@@ -45,6 +45,9 @@ struct PlayContext
     std::atomic<unsigned> epoch{0}; ///< what belongs to an earlier one is void
     std::atomic<bool> paused{false};
     std::atomic<bool> deviceClockRuns{false};
+    std::atomic<quint64> latePictures{0};        ///< left out
+    std::atomic<quint64> picturesWithoutPool{0}; ///< left out: all of the pool's were still held
+    std::atomic<quint64> unfitPictures{0};       ///< left out: no picture can be made of them
 
     // safe by themselves
     PlayClock clock;

@@ -42,6 +42,9 @@ public:
     qint64 time() const;
     void setTime(qint64 milliseconds);
 
+    quint64 latePictures() const { return _context->latePictures; }
+    quint64 droppedPictures() const { return _context->picturesWithoutPool + _context->unfitPictures; }
+
     /// Null where nothing can be moved, and after `stop`.
     CameraControl* camera() const;
 

@@ -88,6 +88,13 @@ void TavloSourcePlayer::setRate(float rate)
         running->setRate(rate);
 }
 
+void TavloSourcePlayer::losses(quint64* late, quint64* dropped)
+{
+    const SessionPtr running = session();
+    *late = running ? running->latePictures() : 0;
+    *dropped = running ? running->droppedPictures() : 0;
+}
+
 void TavloSourcePlayer::length(qint64* milliseconds)
 {
     const SessionPtr running = session();

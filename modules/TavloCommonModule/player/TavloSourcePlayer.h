@@ -33,6 +33,7 @@ public:
     qint32 itemIndex() override;
     void reservedA() override {}
     void reservedB() override {}
+    void losses(quint64* late, quint64* dropped) override;
     ICloudTourControl* cloudTourControl() override;
 
 private:

@@ -58,7 +58,7 @@ bool VideoLine::present(AVFrame& frame, qint64 timeline)
     if (!first && !_context.clock.waitForPicture(timeline, [this] { return isOver(); }))
         return false;
     if (!first && isLate(timeline)) {
-        ++_late;
+        ++_context.latePictures;
         return true;
     }
     _lastShown = _context.clock.now();
@@ -67,10 +67,10 @@ bool VideoLine::present(AVFrame& frame, qint64 timeline)
     case PictureOutput::Outcome::Shown:
         break;
     case PictureOutput::Outcome::NoPicture:
-        ++_withoutPicture;
+        ++_context.picturesWithoutPool;
         break;
     case PictureOutput::Outcome::Unfit:
-        ++_unfit;
+        ++_context.unfitPictures;
         break;
     }
     return true;
@@ -92,9 +92,10 @@ void VideoLine::endSegment()
 void VideoLine::finish()
 {
     _output.close();
-    if (_late + _withoutPicture + _unfit > 0)
-        qDebug().nospace() << "player: pictures left out: too late " << _late << ", all pictures held "
-                           << _withoutPicture << ", not to be converted " << _unfit;
+    const quint64 late = _context.latePictures, held = _context.picturesWithoutPool, unfit = _context.unfitPictures;
+    if (late + held + unfit > 0)
+        qDebug().nospace() << "player: pictures left out: too late " << late << ", all pictures held " << held
+                           << ", not to be converted " << unfit;
 }
 
 } // namespace tavlo

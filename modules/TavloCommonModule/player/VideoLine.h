@@ -36,11 +36,6 @@ private:
     qint64 _heldTimeline = 0;
     bool _firstOfEpoch = false;
     qint64 _lastShown = 0; ///< of the clock's time
-
-    // pictures that were not shown, by cause
-    quint64 _late = 0;
-    quint64 _withoutPicture = 0; ///< of the pool's, all were still held
-    quint64 _unfit = 0;          ///< no picture can be made of them
 };
 
 } // namespace tavlo
