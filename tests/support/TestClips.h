@@ -30,6 +30,12 @@ struct ClipForm
     QString suffix = QStringLiteral("mp4");
 };
 
+/// `ffmpeg`'s options, separated by blanks.
+QStringList optionsOf(const QString& text);
+
+/// A clip of that coding, otherwise as it is usual.
+ClipForm codedClip(const char* suffix, const QString& options, int frames = 50);
+
 /// The clip's file, made by the `ffmpeg` command the first time it is asked for and kept to the end of the program.
 /// Empty, with a failure of the running test, when it cannot be made.
 QString clipFile(const ClipForm& form);
