@@ -79,14 +79,15 @@ public:
         form.firstNumber = _sent++ * 1000; // another clip each time
         form.options = QString("-c:v libx264 -preset ultrafast -tune zerolatency -g 10 -c:a aac").split(u' ');
         _command.reset();
-        _command = std::make_unique<FfmpegCommand>(clipArguments(form, true, true) + target);
+        _command =
+            std::make_unique<Command>(QStringLiteral("ffmpeg"), quietFfmpeg(clipArguments(form, true, true) + target));
         EXPECT_TRUE(_command->isRunning());
     }
 
     void kill() { _command.reset(); }
 
 private:
-    std::unique_ptr<FfmpegCommand> _command;
+    std::unique_ptr<Command> _command;
     int _sent = 0;
 };
 

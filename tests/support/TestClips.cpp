@@ -109,9 +109,9 @@ QString clipFile(const ClipForm& form)
     return path;
 }
 
-FfmpegCommand::FfmpegCommand(const QStringList& arguments)
+Command::Command(const QString& program, const QStringList& arguments)
 {
-    std::vector<std::string> words{"ffmpeg", "-v", "error", "-nostdin", "-y"};
+    std::vector<std::string> words{program.toStdString()};
     for (const QString& argument : arguments)
         words.push_back(argument.toStdString());
     std::vector<char*> pointers;
@@ -122,21 +122,36 @@ FfmpegCommand::FfmpegCommand(const QStringList& arguments)
         _process = -1;
 }
 
-bool FfmpegCommand::finish()
+bool Command::finish()
 {
     int status = -1;
     const pid_t process = std::exchange(_process, -1);
     return process > 0 && waitpid(process, &status, 0) == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-void FfmpegCommand::kill()
+void Command::kill()
 {
     if (_process > 0)
         ::kill(_process, SIGKILL);
     finish();
 }
 
-bool runFfmpeg(const QStringList& arguments) { return FfmpegCommand(arguments).finish(); }
+void Command::terminate()
+{
+    if (_process > 0)
+        ::kill(_process, SIGTERM);
+    finish();
+}
+
+QStringList quietFfmpeg(const QStringList& arguments)
+{
+    return optionsOf(QStringLiteral("-v error -nostdin -y")) + arguments;
+}
+
+bool runFfmpeg(const QStringList& arguments)
+{
+    return Command(QStringLiteral("ffmpeg"), quietFfmpeg(arguments)).finish();
+}
 
 QString clipFolderFile(const QString& name) { return folder().filePath(name); }
 
