@@ -162,10 +162,10 @@ TEST(PlayerBadInput, OpenedAndClosedManyTimesNothingIsLeft)
     };
     openPlayClose(clip, 1);
     const Holdings before = holdings();
-    for (int round = 0; round < 200; ++round)
+    for (int round = 0; round < 80; ++round)
         openPlayClose(clip, round);
     PlayerStage again; // and one player many times
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 20; ++round) {
         again.play({clip, QString::number(round)});
         ASSERT_TRUE(again.sink.waitForPictures(again.sink.pictureCount() + 1));
         if (round % 2)

@@ -2,7 +2,7 @@
 #include "support/PlayerSink.h"
 #include "support/TestClips.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <numeric>
@@ -30,28 +30,17 @@ void expectEvenDates(const std::vector<PlayerSink::Picture>& pictures, double in
         ASSERT_NEAR(static_cast<double>(pictures[i].date - pictures[i - 1].date), interval, 1000) << i;
 }
 
-ClipForm coded(const char* suffix, QStringList options, int frames = 50)
-{
-    ClipForm form;
-    form.frames = frames;
-    form.suffix = QString::fromLatin1(suffix);
-    form.options = std::move(options);
-    return form;
-}
-
-QStringList words(const char* text) { return QString::fromLatin1(text).split(u' '); }
-
 TEST(PlayerFiles, ShowsEachPictureOnceWhateverTheFormat)
 {
     const std::vector<ClipForm> forms{
         ClipForm{},
-        coded("ts", words("-c:v mpeg2video -b:v 2M -g 12 -bf 2 -c:a mp2")),
-        coded("mkv", words("-c:v mpeg4 -q:v 3 -c:a libopus")),
-        coded("avi", words("-c:v mjpeg -q:v 3 -c:a pcm_s16le")),
-        coded("mov", words("-c:v prores_ks -c:a pcm_s24le")),
-        coded("flv", words("-c:v flv -q:v 3 -c:a libmp3lame -ar 44100")),
-        coded("webm", words("-c:v libvpx -deadline realtime -b:v 2M -c:a libvorbis")),
-        coded("mxf", words("-c:v mpeg2video -b:v 5M -c:a pcm_s16le -ar 48000")),
+        codedClip("ts", "-c:v mpeg2video -b:v 2M -g 12 -bf 2 -c:a mp2"),
+        codedClip("mkv", "-c:v mpeg4 -q:v 3 -c:a libopus"),
+        codedClip("avi", "-c:v mjpeg -q:v 3 -c:a pcm_s16le"),
+        codedClip("mov", "-c:v prores_ks -c:a pcm_s24le"),
+        codedClip("flv", "-c:v flv -q:v 3 -c:a libmp3lame -ar 44100"),
+        codedClip("webm", "-c:v libvpx -deadline realtime -b:v 2M -c:a libvorbis"),
+        codedClip("mxf", "-c:v mpeg2video -b:v 5M -c:a pcm_s16le -ar 48000"),
     };
     for (const ClipForm& form : forms) {
         SCOPED_TRACE(form.suffix.toStdString());
@@ -104,8 +93,8 @@ TEST(PlayerFiles, ListAndLoopHaveNoSeam)
 
 TEST(PlayerFiles, GoesToTheExactPicture)
 {
-    for (const ClipForm& form : {ClipForm{}, coded("ts", words("-c:v mpeg2video -b:v 2M -g 12 -bf 2 -c:a mp2")),
-                                 coded("mkv", words("-c:v libx264 -preset ultrafast -g 250 -c:a aac"))}) {
+    for (const ClipForm& form : {ClipForm{}, codedClip("ts", "-c:v mpeg2video -b:v 2M -g 12 -bf 2 -c:a mp2"),
+                                 codedClip("mkv", "-c:v libx264 -preset ultrafast -g 250 -c:a aac")}) {
         SCOPED_TRACE(form.suffix.toStdString());
         PlayerStage stage;
         stage.holdTime();
@@ -221,6 +210,57 @@ TEST(PlayerFiles, PicturesFollowWhatIsHeard)
     }
 }
 
+/// Each second of sound begins with its picture, to the end of five minutes, on a device whose clock is its own.
+TEST(PlayerFiles, FiveMinutesStayTogether)
+{
+    constexpr int fps = 10, seconds = 300, clipSeconds = 60;
+    ClipForm form;
+    form.width = 96;
+    form.height = 64;
+    form.fps = fps;
+    form.frames = clipSeconds * fps;
+    form.options = optionsOf("-c:v libx264 -preset ultrafast -c:a pcm_s16le");
+    form.suffix = QStringLiteral("mkv");
+    PlayerStage stage;
+    stage.holdTime();
+    stage.sink.hasDevice = true;
+    stage.sink.deviceSpeed = 0.9995;
+    stage.play({clipFile(form)}, true);
+    ASSERT_TRUE(stage.sink.waitForPictures(seconds * fps));
+    stage.player->stop();
+    const size_t count = stage.sink.pictures.size();
+    ASSERT_EQ(stage.sink.numbers(), run(0, count, form.frames));
+    size_t second = 0; // that is heard
+    double farthest = 0;
+    for (const PlayerSink::Block& block : stage.sink.blocks) {
+        const size_t next = second + 1;
+        if (block.second != static_cast<int>(next % clipSeconds % 8) || next * fps >= count)
+            continue;
+        second = next;
+        const qint64 picture = stage.sink.pictures[second * fps].date;
+        farthest = std::max(farthest, std::abs(static_cast<double>(block.date - picture)));
+    }
+    EXPECT_GE(second, seconds - 1U);
+    EXPECT_LE(farthest, 30'000) << "a block, and half of one";
+}
+
+TEST(PlayerFiles, KeepsTheRateOfPictures)
+{
+    for (const int fps : {10, 24, 30, 60}) {
+        SCOPED_TRACE(fps);
+        ClipForm form;
+        form.fps = form.frames = fps;
+        PlayerStage stage;
+        stage.holdTime(fps, 1.0);
+        stage.play({clipFile(form)});
+        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
+        stage.player->stop();
+        EXPECT_EQ(stage.sink.numbers(), run(0, form.frames, fps));
+        EXPECT_EQ(stage.sink.videoInfo.fpsNum, fps * stage.sink.videoInfo.fpsDen);
+        expectEvenDates(stage.sink.pictures, 1e6 / fps);
+    }
+}
+
 TEST(PlayerFiles, PausesAndGoesOn)
 {
     PlayerStage stage;
@@ -245,12 +285,12 @@ TEST(PlayerFiles, PlaysWhatIsThere)
     ClipForm soundOnly;
     soundOnly.pictures = false;
     soundOnly.suffix = QStringLiteral("mp3");
-    soundOnly.options = words("-c:a libmp3lame");
+    soundOnly.options = optionsOf("-c:a libmp3lame");
     soundOnly.frames = 10;
     ClipForm picturesOnly;
     picturesOnly.sound = false;
     picturesOnly.frames = 10;
-    picturesOnly.options = words("-c:v libx264 -preset ultrafast");
+    picturesOnly.options = optionsOf("-c:v libx264 -preset ultrafast");
     ClipForm both;
     both.frames = 10;
     {
@@ -276,108 +316,10 @@ TEST(PlayerFiles, PlaysWhatIsThere)
     }
 }
 
-TEST(PlayerFiles, HandsOnEachLayout)
-{
-    struct Case
-    {
-        const char* format;
-        const char* suffix;
-        const char* codec;
-        quint32 chroma;
-    };
-    const std::vector<Case> cases{
-        {"yuv420p", "avi", "rawvideo", tavloFourcc("I420")}, {"nv12", "nut", "rawvideo", tavloFourcc("NV12")},
-        {"nv21", "nut", "rawvideo", tavloFourcc("NV21")},    {"yuyv422", "avi", "rawvideo", tavloFourcc("YUY2")},
-        {"uyvy422", "avi", "rawvideo", tavloFourcc("UYVY")}, {"rgba", "nut", "rawvideo", tavloFourcc("RGBA")},
-        {"bgra", "nut", "rawvideo", tavloFourcc("BGRA")},    {"bgr0", "nut", "rawvideo", tavloFourcc("RV32")},
-        {"rgb24", "nut", "rawvideo", tavloFourcc("RGBA")},   {"yuv422p10le", "nut", "rawvideo", tavloFourcc("NV12")},
-        {"yuvj420p", "avi", "mjpeg", tavloFourcc("NV12")},   {"yuva420p", "nut", "rawvideo", tavloFourcc("RGBA")},
-    };
-    for (const bool odd : {false, true}) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.format);
-            ClipForm form = coded(c.suffix, {"-c:v", c.codec, "-pix_fmt", c.format}, 4);
-            form.sound = false;
-            form.width = odd ? 193 : 192;
-            form.height = odd ? 107 : 108;
-            if (odd && (c.chroma == tavloFourcc("YUY2") || c.chroma == tavloFourcc("UYVY")))
-                continue; // there is no half pair of pixels
-            PlayerStage stage;
-            stage.holdTime(4, 0);
-            stage.play({clipFile(form)});
-            ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-            stage.player->stop();
-            EXPECT_EQ(stage.sink.videoInfo.chroma, c.chroma);
-            EXPECT_EQ(stage.sink.videoInfo.sourceWidth, form.width);
-            EXPECT_EQ(stage.sink.numbers(), run(0, 4, 4));
-        }
-    }
-    PlayerStage stage; // the sink has the last word
-    stage.holdTime(4, 0.16);
-    stage.sink.layouts = {tavloFourcc("NV12")};
-    stage.play({clipFile(coded("nut", {"-c:v", "rawvideo", "-pix_fmt", "rgba"}, 4))});
-    ASSERT_TRUE(stage.sink.waitForPictures(1));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.videoInfo.chroma, tavloFourcc("NV12"));
-    EXPECT_EQ(stage.sink.pictures.front().number, 0);
-}
-
-/// Brightness of the last picture, which has to be planar or NV12.
-int lumaAt(const PlayerSink& sink, int x, int y)
-{
-    return sink.lastPicture[static_cast<size_t>(y * sink.videoInfo.sourceWidth + x)];
-}
-
-TEST(PlayerFiles, TurnsDeinterlacesAndStands)
-{
-    const QString plain = clipFile(coded("mp4", words("-c:v libx264 -preset ultrafast -an"), 5));
-    const QString turned = clipFolderFile(QStringLiteral("turned.mp4"));
-    ASSERT_TRUE(runFfmpeg({"-i", plain, "-c", "copy", "-metadata:s:v", "rotate=90", turned}));
-    {
-        PlayerStage stage;
-        stage.holdTime(5, 0);
-        stage.play({turned});
-        ASSERT_TRUE(stage.sink.waitForPictures(5));
-        stage.player->stop();
-        EXPECT_EQ(stage.sink.videoInfo.sourceWidth, 108);
-        EXPECT_EQ(stage.sink.videoInfo.sourceHeight, 192);
-        // The upper half, black but for the lowest bits, has become one side.
-        const int left = lumaAt(stage.sink, 20, 20), right = lumaAt(stage.sink, 85, 20);
-        EXPECT_TRUE((left < 40) != (right < 40)) << left << ' ' << right;
-    }
-    const QString fields = clipFolderFile(QStringLiteral("fields.ts"));
-    ASSERT_TRUE(runFfmpeg({"-f", "lavfi", "-i",
-                           "color=black:s=64x64:r=50,drawbox=x=0:y=0:w=64:h=64:t=fill:c=white:enable='not(mod(n,3))'",
-                           "-vf", "interlace=lowpass=off", "-frames:v", "10", "-c:v", "mpeg2video", "-q:v", "2",
-                           "-flags", "+ildct+ilme", fields}));
-    for (const int mode : {0, 1, 2}) {
-        PlayerStage stage;
-        stage.holdTime(9, 0);
-        stage.info.deinterlaceMode = mode;
-        stage.play({fields});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-        stage.player->stop();
-        EXPECT_GE(stage.sink.pictures.size(), 9U);
-        const int step = std::abs(lumaAt(stage.sink, 32, 32) - lumaAt(stage.sink, 32, 33));
-        EXPECT_EQ(step > 150, mode == 0) << mode; // a comb of the two fields, or not
-    }
-    const QString still = clipFolderFile(QStringLiteral("still 100%d.png"));
-    ASSERT_TRUE(runFfmpeg({"-i", plain, "-frames:v", "1", "-update", "1", still}));
-    PlayerStage stage;
-    stage.holdTime(1, 0);
-    stage.play({still});
-    ASSERT_TRUE(stage.sink.waitForPictures(1));
-    EXPECT_EQ(stage.length(), 5000);
-    stage.player->setRate(4);
-    ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.numbers(), std::vector<int>{0});
-}
-
 TEST(PlayerFiles, KeepsUnevenTimes)
 {
     const QString uneven = clipFolderFile(QStringLiteral("uneven.mkv"));
-    ASSERT_TRUE(runFfmpeg({"-i", clipFile(coded("mp4", words("-c:v libx264 -preset ultrafast -an"), 20)), "-vf",
+    ASSERT_TRUE(runFfmpeg({"-i", clipFile(codedClip("mp4", "-c:v libx264 -preset ultrafast -an", 20)), "-vf",
                            "select='not(mod(n,3))+eq(n,1)',setpts=PTS", "-vsync", "vfr", "-c:v", "libx264", uneven}));
     PlayerStage stage;
     stage.holdTime(8, 0);
@@ -421,7 +363,7 @@ TEST(PlayerFiles, WhatIsLateIsLeftOutAndCounted)
     ClipForm form;
     form.frames = 50;
     form.sound = false;
-    form.options = words("-c:v libx264 -preset ultrafast");
+    form.options = optionsOf("-c:v libx264 -preset ultrafast");
     {
         const LogCapture log;
         PlayerStage stage;
@@ -451,17 +393,6 @@ TEST(PlayerFiles, WhatIsLateIsLeftOutAndCounted)
     stage.player->stop();
     EXPECT_EQ(stage.sink.numbers(), run(0, 50, 50));
     EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames), rate * 2.0, rate * 0.06);
-}
-
-TEST(PlayerFiles, WithoutAPoolPicturesArePlain)
-{
-    PlayerStage stage;
-    stage.holdTime();
-    stage.sink.hasPool = false;
-    stage.play({clipFile({})});
-    ASSERT_TRUE(stage.sink.waitForPictures(3));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.pictures.front().number, 0);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <arpa/inet.h>
@@ -15,8 +16,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 namespace tavlo::test {
 namespace {
@@ -46,6 +49,17 @@ public:
     {
         pollfd waiting{_socket, POLLIN, 0};
         return poll(&waiting, 1, 10'000) == 1 && (_guests.push_back(accept(_socket, nullptr, nullptr)), true);
+    }
+
+    /// The first guest; -1 when none came before the flag was set.
+    int acceptGuest(const std::atomic<bool>& ends) const
+    {
+        pollfd waiting{_socket, POLLIN, 0};
+        while (!ends && poll(&waiting, 1, 50) != 1) {
+        }
+        if (!ends)
+            _guests.push_back(accept(_socket, nullptr, nullptr));
+        return ends ? -1 : _guests.back();
     }
 
     void close()
@@ -79,14 +93,15 @@ public:
         form.firstNumber = _sent++ * 1000; // another clip each time
         form.options = QString("-c:v libx264 -preset ultrafast -tune zerolatency -g 10 -c:a aac").split(u' ');
         _command.reset();
-        _command = std::make_unique<FfmpegCommand>(clipArguments(form, true, true) + target);
+        _command =
+            std::make_unique<Command>(QStringLiteral("ffmpeg"), quietFfmpeg(clipArguments(form, true, true) + target));
         EXPECT_TRUE(_command->isRunning());
     }
 
     void kill() { _command.reset(); }
 
 private:
-    std::unique_ptr<FfmpegCommand> _command;
+    std::unique_ptr<Command> _command;
     int _sent = 0;
 };
 
@@ -141,6 +156,109 @@ INSTANTIATE_TEST_SUITE_P(
                     Peer{"Srt", "mpegts", "srt://127.0.0.1:%1?mode=listener", "tvmp://127.0.0.1:%1", 9},
                     Peer{"Rtmp", "flv", "-listen 1 rtmp://127.0.0.1:%1/live/a", "irtmp://127.0.0.1:%1/live/a", 8}),
     [](const auto& peer) { return std::string(peer.param.name); });
+
+/// A server of RTSP for one guest: what it gets as RTP on its own port goes on over the guest's connection.
+class RtspServer
+{
+public:
+    RtspServer() : _incoming(socket(AF_INET, SOCK_DGRAM, 0)), _thread([this] { serve(); }) {}
+
+    ~RtspServer()
+    {
+        _ends = true;
+        _thread.join();
+        ::close(_incoming);
+    }
+
+    int port() const { return _server.port(); }
+
+    /// Where RTP is taken.
+    int rtpPort()
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof(address);
+        auto* const generic = reinterpret_cast<sockaddr*>(&address);
+        EXPECT_EQ(bind(_incoming, generic, size), 0);
+        EXPECT_EQ(getsockname(_incoming, generic, &size), 0);
+        return ntohs(address.sin_port);
+    }
+
+private:
+    void serve()
+    {
+        const int guest = _server.acceptGuest(_ends);
+        bool plays = false;
+        std::array<char, 4 + 65'536> packet{};
+        while (guest >= 0 && !_ends) {
+            std::array<pollfd, 2> waiting{pollfd{guest, POLLIN, 0}, pollfd{_incoming, POLLIN, 0}};
+            poll(waiting.data(), waiting.size(), 50);
+            if (waiting[0].revents != 0 && !answer(guest, plays))
+                return;
+            if (!(waiting[1].revents & POLLIN))
+                continue;
+            const ssize_t size = recv(_incoming, packet.data() + 4, packet.size() - 4, 0);
+            if (!plays || size <= 0)
+                continue;
+            packet[0] = '$';
+            packet[1] = 0;
+            packet[2] = static_cast<char>(size >> 8);
+            packet[3] = static_cast<char>(size);
+            if (send(guest, packet.data(), static_cast<size_t>(size) + 4, MSG_NOSIGNAL) < 0)
+                return;
+        }
+    }
+
+    bool answer(int guest, bool& plays)
+    {
+        std::array<char, 4096> text{};
+        const ssize_t size = recv(guest, text.data(), text.size(), 0);
+        if (size <= 0)
+            return false;
+        const QString request = QString::fromUtf8(text.data(), size);
+        if (request.startsWith(u'$')) // a report of the receiver's
+            return true;
+        static const QRegularExpression number(QStringLiteral("CSeq: *(\\d+)"));
+        QString head =
+            QStringLiteral("RTSP/1.0 200 OK\r\nCSeq: %1\r\nSession: 1\r\n").arg(number.match(request).captured(1));
+        QString body;
+        if (request.startsWith(QLatin1String("OPTIONS"))) {
+            head += QStringLiteral("Public: DESCRIBE, SETUP, PLAY, TEARDOWN\r\n");
+        } else if (request.startsWith(QLatin1String("DESCRIBE"))) {
+            body = QStringLiteral(
+                "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=a\r\nt=0 0\r\nm=video 0 RTP/AVP 33\r\na=control:a\r\n");
+            head += QStringLiteral("Content-Type: application/sdp\r\n");
+        } else if (request.startsWith(QLatin1String("SETUP"))) {
+            EXPECT_TRUE(request.contains(QLatin1String("RTP/AVP/TCP"))) << "datagrams are what networks lose";
+            head += QStringLiteral("Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n");
+        }
+        plays = plays || request.startsWith(QLatin1String("PLAY"));
+        const QByteArray all = (head + QStringLiteral("Content-Length: %1\r\n\r\n").arg(body.size()) + body).toUtf8();
+        return send(guest, all.constData(), static_cast<size_t>(all.size()), MSG_NOSIGNAL) == all.size();
+    }
+
+    SilentServer _server;
+    const int _incoming;
+    std::atomic<bool> _ends{false};
+    std::thread _thread;
+};
+
+TEST(PlayerNetwork, PlaysRtspOverItsOwnConnection)
+{
+    RtspServer server;
+    Sender sender;
+    sender.start({"-f", "rtp_mpegts", QStringLiteral("rtp://127.0.0.1:%1").arg(server.rtpPort())});
+    const LogCapture log;
+    PlayerStage stage;
+    stage.info.url = QStringLiteral("rtsp://127.0.0.1:%1/a").arg(server.port());
+    stage.info.caching = 200;
+    stage.play({});
+    EXPECT_TRUE(stage.sink.waitForPictures(15)) << log.lines().join(u'\n').toStdString();
+    EXPECT_TRUE(stage.sink.waitFor([&] { return stage.sink.blocks.size() > 20; }));
+    stage.player->stop();
+    EXPECT_TRUE(std::ranges::is_sorted(stage.sink.numbers())) << testing::PrintToString(stage.sink.numbers());
+}
 
 /// Whether no thread reads any more, soon or a little later.
 bool readersEnd()

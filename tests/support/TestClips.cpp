@@ -67,6 +67,17 @@ QString soundSource(const ClipForm& form, const QString& duration)
 
 } // namespace
 
+QStringList optionsOf(const QString& text) { return text.split(u' '); }
+
+ClipForm codedClip(const char* suffix, const QString& options, int frames)
+{
+    ClipForm form;
+    form.frames = frames;
+    form.suffix = QString::fromLatin1(suffix);
+    form.options = optionsOf(options);
+    return form;
+}
+
 QStringList clipArguments(const ClipForm& form, bool endless, bool inRealTime)
 {
     const QString duration =
@@ -98,9 +109,9 @@ QString clipFile(const ClipForm& form)
     return path;
 }
 
-FfmpegCommand::FfmpegCommand(const QStringList& arguments)
+Command::Command(const QString& program, const QStringList& arguments)
 {
-    std::vector<std::string> words{"ffmpeg", "-v", "error", "-nostdin", "-y"};
+    std::vector<std::string> words{program.toStdString()};
     for (const QString& argument : arguments)
         words.push_back(argument.toStdString());
     std::vector<char*> pointers;
@@ -111,21 +122,36 @@ FfmpegCommand::FfmpegCommand(const QStringList& arguments)
         _process = -1;
 }
 
-bool FfmpegCommand::finish()
+bool Command::finish()
 {
     int status = -1;
     const pid_t process = std::exchange(_process, -1);
     return process > 0 && waitpid(process, &status, 0) == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-void FfmpegCommand::kill()
+void Command::kill()
 {
     if (_process > 0)
         ::kill(_process, SIGKILL);
     finish();
 }
 
-bool runFfmpeg(const QStringList& arguments) { return FfmpegCommand(arguments).finish(); }
+void Command::terminate()
+{
+    if (_process > 0)
+        ::kill(_process, SIGTERM);
+    finish();
+}
+
+QStringList quietFfmpeg(const QStringList& arguments)
+{
+    return optionsOf(QStringLiteral("-v error -nostdin -y")) + arguments;
+}
+
+bool runFfmpeg(const QStringList& arguments)
+{
+    return Command(QStringLiteral("ffmpeg"), quietFfmpeg(arguments)).finish();
+}
 
 QString clipFolderFile(const QString& name) { return folder().filePath(name); }
 
@@ -147,16 +173,16 @@ int toneSecond(const qint16* samples, int frames, int channels, int rate)
     double energy = 0.0;
     std::array<double, tones> share{};
     for (int second = 0; second < tones; ++second) {
-        double sine = 0.0, cosine = 0.0;
+        const double turn = 2 * std::cos(2 * std::numbers::pi * toneOf(second) / rate); // Goertzel's way to a power
+        double last = 0.0, beforeLast = 0.0;
         energy = 0.0;
         for (int i = 0; i < frames; ++i) {
             const double sample = samples[i * channels] / 32768.0;
-            const double phase = 2 * std::numbers::pi * toneOf(second) * i / rate;
-            sine += sample * std::sin(phase);
-            cosine += sample * std::cos(phase);
+            beforeLast = std::exchange(last, sample + turn * last - beforeLast);
             energy += sample * sample;
         }
-        share[static_cast<size_t>(second)] = 2 * (sine * sine + cosine * cosine) / (std::max(energy, 1e-9) * frames);
+        const double power = last * last + beforeLast * beforeLast - turn * last * beforeLast;
+        share[static_cast<size_t>(second)] = 2 * power / (std::max(energy, 1e-9) * frames);
     }
     const auto best = std::max_element(share.begin(), share.end());
     return energy / frames > 1e-3 && *best > 0.8 ? static_cast<int>(best - share.begin()) : -1;

@@ -30,6 +30,12 @@ struct ClipForm
     QString suffix = QStringLiteral("mp4");
 };
 
+/// `ffmpeg`'s options, separated by blanks.
+QStringList optionsOf(const QString& text);
+
+/// A clip of that coding, otherwise as it is usual.
+ClipForm codedClip(const char* suffix, const QString& options, int frames = 50);
+
 /// The clip's file, made by the `ffmpeg` command the first time it is asked for and kept to the end of the program.
 /// Empty, with a failure of the running test, when it cannot be made.
 QString clipFile(const ClipForm& form);
@@ -37,15 +43,15 @@ QString clipFile(const ClipForm& form);
 /// The arguments that make `ffmpeg` send such a clip: sources and codecs, without the target.
 QStringList clipArguments(const ClipForm& form, bool endless, bool inRealTime);
 
-/// An `ffmpeg` that runs beside the test, ended with the object. The thread sanitizer takes the way in which QProcess
+/// A program that runs beside the test, ended with the object. The thread sanitizer takes the way in which QProcess
 /// starts a child for a fork, and stops looking at the thread that did it.
-class FfmpegCommand
+class Command
 {
 public:
-    explicit FfmpegCommand(const QStringList& arguments);
-    ~FfmpegCommand() { kill(); }
-    FfmpegCommand(const FfmpegCommand&) = delete;
-    FfmpegCommand& operator=(const FfmpegCommand&) = delete;
+    Command(const QString& program, const QStringList& arguments);
+    ~Command() { kill(); }
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
 
     bool isRunning() const { return _process > 0; }
 
@@ -54,9 +60,15 @@ public:
 
     void kill();
 
+    /// Asks it to end, and waits until it has.
+    void terminate();
+
 private:
     pid_t _process = -1;
 };
+
+/// What makes `ffmpeg` quiet, in front of its other arguments.
+QStringList quietFfmpeg(const QStringList& arguments);
 
 /// Runs `ffmpeg` to its end. \return whether it was content
 bool runFfmpeg(const QStringList& arguments);

@@ -95,6 +95,8 @@ InputLocation finished(InputLocation location, const QString& name)
     location.name = name;
     location.pace = InputLocation::Pace::Device;
     location.protocols = QStringLiteral("file");
+    location.options[QStringLiteral("fpsprobesize")] =
+        QStringLiteral("0");           // what is measured comes too late to be shown
     location.cachingMilliseconds = 60; // one picture and the unevenness of a device's reports
     return location;
 }

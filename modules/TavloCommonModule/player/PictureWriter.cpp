@@ -21,7 +21,6 @@ constexpr std::array writable{tavloFourcc("I420"), tavloFourcc("YV12"), tavloFou
 
 AVPixelFormat formatOf(const AVFrame& frame) { return static_cast<AVPixelFormat>(frame.format); }
 
-/// The shaders take YUV of limited range.
 bool isFullRange(const AVFrame& frame)
 {
     const AVPixelFormat format = formatOf(frame);
@@ -67,6 +66,10 @@ int matrixOf(const AVFrame& frame)
     case AVCOL_SPC_BT470BG:
     case AVCOL_SPC_SMPTE170M:
         return SWS_CS_ITU601;
+    case AVCOL_SPC_FCC:
+        return SWS_CS_FCC;
+    case AVCOL_SPC_SMPTE240M:
+        return SWS_CS_SMPTE240M;
     case AVCOL_SPC_BT2020_NCL:
     case AVCOL_SPC_BT2020_CL:
         return SWS_CS_BT2020;
@@ -74,6 +77,9 @@ int matrixOf(const AVFrame& frame)
         return frame.height < 720 ? SWS_CS_ITU601 : SWS_CS_ITU709;
     }
 }
+
+/// Whether the shaders see the right colours in a frame of YUV: they take it as BT.709 of limited range.
+bool isShaders(const AVFrame& frame) { return !isFullRange(frame) && matrixOf(frame) == SWS_CS_ITU709; }
 
 } // namespace
 
@@ -91,7 +97,7 @@ bool PictureWriter::canWrite(quint32 chroma) { return std::ranges::find(writable
 bool PictureWriter::write(const AVFrame& frame, picture_t& picture)
 {
     const AVPixelFormat wanted = pixelFormatOfChroma(_chroma);
-    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || !isFullRange(frame));
+    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || isShaders(frame));
     if (!fits && !convert(frame, wanted))
         return false;
     copy(fits ? frame : *_converted, picture);

@@ -1,0 +1,110 @@
+#include "support/LogCapture.h"
+#include "support/PlayerSink.h"
+#include "support/TestClips.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QThread>
+
+#include <algorithm>
+
+#include <unistd.h>
+
+namespace tavlo::test {
+namespace {
+
+/// A display server whose screen is white.
+class WhiteScreen
+{
+public:
+    static constexpr int width = 320, height = 240;
+
+    WhiteScreen()
+        : _number(QString::number(100 + getpid() % 30'000)),
+          _server(QStringLiteral("Xvfb"), {u':' + _number, QStringLiteral("-screen"), QStringLiteral("0"),
+                                           QStringLiteral("%1x%2x24").arg(width).arg(height), QStringLiteral("-wr"),
+                                           QStringLiteral("-nolisten"), QStringLiteral("tcp")})
+    {
+        for (int i = 0; i < 6000 && _server.isRunning() && !isUp(); ++i)
+            QThread::msleep(10);
+        _before = qgetenv("DISPLAY");
+        qputenv("DISPLAY", (u':' + _number).toUtf8());
+    }
+    ~WhiteScreen()
+    {
+        _server.terminate(); // takes its files along
+        _before.isNull() ? qunsetenv("DISPLAY") : qputenv("DISPLAY", _before);
+    }
+
+    bool isUp() const { return QFile::exists(QStringLiteral("/tmp/.X11-unix/X") + _number); }
+
+private:
+    const QString _number;
+    Command _server;
+    QByteArray _before;
+};
+
+TEST(PlayerDevice, TheDesktopAndAPartOfIt)
+{
+    const WhiteScreen screen;
+    if (!screen.isUp())
+        GTEST_SKIP() << "no display server can be started";
+    for (const bool part : {false, true}) {
+        PlayerStage stage;
+        stage.info.kind = TavloSourcePlayerKindCapture;
+        stage.info.deviceName = part ? QStringLiteral("desktop:31,17,65x48") : QStringLiteral("desktop");
+        stage.info.audioDeviceName = QStringLiteral("None");
+        stage.sink.layouts = {tavloFourcc("NV12")};
+        stage.play({});
+        ASSERT_TRUE(stage.sink.waitForPictures(10));
+        EXPECT_EQ(stage.player->state(), TavloSourcePlayerStatePlaying);
+        EXPECT_EQ(stage.length(), 0);
+        stage.player->stop();
+        EXPECT_EQ(stage.sink.videoInfo.sourceWidth, part ? 65 : WhiteScreen::width);
+        EXPECT_EQ(stage.sink.videoInfo.sourceHeight, part ? 48 : WhiteScreen::height);
+        const auto luma = static_cast<std::ptrdiff_t>(stage.sink.videoInfo.sourceWidth) * 40;
+        EXPECT_GE(*std::min_element(stage.sink.lastPicture.begin(), stage.sink.lastPicture.begin() + luma), 230);
+        for (size_t i = 1; i < stage.sink.pictures.size(); ++i)
+            EXPECT_GT(stage.sink.pictures[i].date, stage.sink.pictures[i - 1].date);
+    }
+}
+
+/// What isn't there is told by its name and looked for again; a device may be plugged in later.
+TEST(PlayerDevice, AMissingOneIsToldAndAwaited)
+{
+    struct Case
+    {
+        const char* picture;
+        const char* sound;
+        const char* told;
+    };
+    for (const Case& c :
+         {Case{"/dev/video-none", "None", "/dev/video-none"}, Case{"No Such Camera", "None", "No Such Camera"},
+          Case{"None", "hw:NoSuchCard", "hw:NoSuchCard"}, Case{"../../etc/passwd", "None", "../../etc/passwd"}}) {
+        SCOPED_TRACE(c.told);
+        const LogCapture log;
+        PlayerStage stage;
+        stage.info.kind = TavloSourcePlayerKindCapture;
+        stage.info.deviceName = QString::fromLatin1(c.picture);
+        stage.info.audioDeviceName = QString::fromLatin1(c.sound);
+        stage.play({});
+        for (int i = 0; i < 6000 && log.count("trying again") == 0; ++i)
+            QThread::msleep(10);
+        EXPECT_GE(log.count("failed to open"), 1) << log.lines().join(u'\n').toStdString();
+        EXPECT_GE(log.count(c.told), 2);
+        EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateOpening);
+        stage.player->stop();
+        EXPECT_TRUE(stage.sink.pictures.empty());
+    }
+    const LogCapture log;
+    PlayerStage stage;
+    stage.info.kind = TavloSourcePlayerKindCapture;
+    stage.info.deviceName = stage.info.audioDeviceName = QStringLiteral("None");
+    stage.play({});
+    EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateStopped);
+    EXPECT_EQ(log.count("no capture device is named"), 1);
+}
+
+} // namespace
+} // namespace tavlo::test
