@@ -4,7 +4,6 @@
 #include "DrawRoom.h"
 
 #include "drawing/PictureChroma.h"
-#include "drawing/WarmUp.h"
 
 #include <QCoreApplication>
 
@@ -96,23 +95,18 @@ void cachedStart(benchmark::State& state)
     }
 }
 
-/// A store's programs drawn once, their machine code made.
-void warmUp(benchmark::State& state)
-{
-    for (auto _ : state) {
-        TavloGraphicsRes store;
-        store.create(0, room().device, room().context, room().cache.path() + QLatin1Char('/'));
-        warmUpDrawing(store, room().device, room().context);
-        room().finish();
-    }
-}
-
 double smallest(const std::vector<double>& values) { return *std::ranges::min_element(values); }
 
-/// A busy machine spoils an average: the best of several counts, taken in turns with the others.
+/// From hardly a pixel, where what comes beside the pixels shows. A busy machine spoils an average: with repetitions the
+/// best one counts, taken in turns with the others.
 void pictureSizes(benchmark::internal::Benchmark* bench)
 {
-    bench->Args({1280, 720})->Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMillisecond)->UseRealTime();
+    bench->Args({16, 16})
+        ->Args({1280, 720})
+        ->Args({1920, 1080})
+        ->Args({3840, 2160})
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     bench->ComputeStatistics("best", &smallest);
 }
 
@@ -122,7 +116,6 @@ BENCHMARK_CAPTURE(bareQuad, i420, i420)->Apply(pictureSizes);
 BENCHMARK_CAPTURE(drawPicture, i420, i420)->Apply(pictureSizes);
 BENCHMARK(keyedSource)->DenseRange(0, 3)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(firstStart)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
-BENCHMARK(warmUp)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
 BENCHMARK(cachedStart)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace

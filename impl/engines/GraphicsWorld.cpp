@@ -90,6 +90,7 @@ void GraphicsWorld::destroyView()
         _director->mainLoop();
         _director.reset();
     }
+    _canvasFrames = 0;
     _view.reset();
     _context.reset();
     _device.reset();

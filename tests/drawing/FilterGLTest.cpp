@@ -106,18 +106,6 @@ TEST_F(FilterGL, DrawsMissingPicturesAsNothing)
     EXPECT_EQ(stage().readBack(), nothing);
 }
 
-/// Nothing that the warm-up draws asks an effect for what it does not have, and the context is left as it was.
-TEST_F(FilterGL, WarmsUpWithoutATrace)
-{
-    const test::LogCapture log;
-    stage().warmUp();
-    EXPECT_EQ(log.lines(), QStringList());
-    EXPECT_EQ(stage().context().renderTarget(), nullptr);
-    EXPECT_EQ(stage().context().inputLayout(), nullptr);
-    EXPECT_TRUE(isNear(drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1)),
-                       figure(TavloPresentPictureFilterType_COOL + 1), 1, 4));
-}
-
 /// A picture lower than its target lies in the middle, over the clear colour.
 TEST_F(FilterGL, FitsThePictureIntoAClearedTarget)
 {

@@ -89,20 +89,20 @@ TEST_F(EngineStage, TheCanvasIsDrawnForWhomLooks)
 {
     create(4, 0);
     send(TavloEventSelectChannel, pgm, 99); // no channel has it: no mark
-    const auto marked = [this](int channel) {
+    const auto isMarked = [this](const Shot& canvas, int channel) {
         const scene::Rect& view = inside->channels().source(channel)->viewRect();
-        const Shot canvas = shot(inside->world().canvasPicture());
         const Pixel pixel = canvas.at(static_cast<int>(view.middle().x), 400 - static_cast<int>(view.minY()) - 1);
         return pixel.g > 200 && pixel.r < 60;
     };
     const auto passes = [this] { return inside->world().director()->renderer().statistics().passes; };
     step();
     EXPECT_EQ(passes(), 2U) << "preview and program";
-    for (const int shown : {1, 3, 0}) {
+    for (const int shown : {1, 3}) {
         send(TavloEventSelectChannel, pvm, shown);
         step();
+        const Shot canvas = shot(inside->world().canvasPicture());
         for (int i = 0; i < 4; ++i)
-            EXPECT_EQ(marked(i), i == shown) << i;
+            EXPECT_EQ(isMarked(canvas, i), i == shown) << i;
         step();
         EXPECT_EQ(passes(), 3U);
         step(30);

@@ -3,7 +3,6 @@
 #include "drawing/GraphicsImages.h"
 #include "drawing/PrivateUtil.h"
 #include "drawing/TransitionTable.h"
-#include "drawing/WarmUp.h"
 
 namespace tavlo {
 
@@ -49,8 +48,6 @@ TexturePtr DrawStage::upload(const QImage& picture)
                                        static_cast<int>(picture.bytesPerLine()), 0, picture.height());
     return texture;
 }
-
-void DrawStage::warmUp() { warmUpDrawing(_store, _device, _context); }
 
 effects::Effect* DrawStage::effect(quint32 kind) { return _store.effect(transitionFamily(kind)); }
 

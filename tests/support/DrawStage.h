@@ -73,7 +73,6 @@ public:
     graphics::TexturePtr& texture(int slot) { return _store.images[static_cast<std::size_t>(slot)]; }
 
     graphics::Context& context() { return *_context; }
-    void warmUp();
 
     quint32 randomSeed = 0; ///< of the next draws
 
