@@ -9,9 +9,6 @@ namespace {
 
 std::atomic<tavlo::HdmiOutputFactory> hdmiFactory{nullptr};
 
-unsigned long count(qint64 number) { return static_cast<unsigned long>(number); }
-int length(const block_t* block) { return static_cast<int>(block->i_buffer); }
-
 } // namespace
 
 void tavlo::setHdmiOutputFactory(HdmiOutputFactory factory) { hdmiFactory.store(factory); }
@@ -24,16 +21,36 @@ std::unique_ptr<ITavloHDMIOutputObject> tavlo::makeHdmiOutput()
 
 // Any leaf
 
-/// The figure in kilobits counts the bytes of one row, not of the picture.
-void TavloPresentOutputTargetNodeOutputRaw::onVideo(const picture_t*, const quint8*, int stride, qint64)
+using Raw = TavloPresentOutputTargetNodeOutputRaw;
+
+bool Raw::create(int index, const QString& name, const tagTavloVideoInfo& videoInfo, const tagTavloAudioInfo& audioInfo,
+                 DevicePtr device, ContextPtr context, TexturePtr texture, const TextureDesc& textureDesc)
 {
-    _videoRate.Deliver(count(stride));
+    return TavloPresentOutputTargetNodeBase::create(index, name, videoInfo, audioInfo, std::move(device),
+                                                    std::move(context), std::move(texture), textureDesc) &&
+           open();
 }
 
-void TavloPresentOutputTargetNodeOutputRaw::onAudio(const block_t* block) { _audioRate.Deliver(count(length(block))); }
+void Raw::destroy()
+{
+    close();
+    TavloPresentOutputTargetNodeBase::destroy();
+}
 
-void TavloPresentOutputTargetNodeOutputRaw::writeRates(float& videoFps, float& videoKbps, float& audioFps,
-                                                       float& audioKbps)
+/// The figure in kilobits counts the bytes of one row, not of the picture.
+void Raw::onVideo(const picture_t* picture, const quint8* data, int stride, qint64 date)
+{
+    if (writeVideo({picture, data, stride, stride * _videoInfo.height, date}))
+        _videoRate.Deliver(static_cast<unsigned long>(stride));
+}
+
+void Raw::onAudio(const block_t* block)
+{
+    writeAudio(block->p_buffer, static_cast<int>(block->i_buffer), block->i_pts);
+    _audioRate.Deliver(static_cast<unsigned long>(block->i_buffer));
+}
+
+void Raw::writeRates(float& videoFps, float& videoKbps, float& audioFps, float& audioKbps)
 {
     videoFps = static_cast<float>(_videoRate.samplerateCurrent(true) * 1000);
     videoKbps = static_cast<float>(_videoRate.kbpsCurrent(true));
@@ -49,36 +66,31 @@ NDI::TavloPresentOutputTargetNodeOutputRawNDI(const tagTavloPresentOutputParam& 
     : TavloPresentOutputTargetNodeOutputRaw(param), _helper("TavloCommonModule", "CreateTavloNDIOutput")
 {}
 
-bool NDI::create(int index, const QString& name, const tagTavloVideoInfo& videoInfo, const tagTavloAudioInfo& audioInfo,
-                 DevicePtr device, ContextPtr context, TexturePtr texture, const TextureDesc& textureDesc)
+bool NDI::open()
 {
-    TavloPresentOutputTargetNodeBase::create(index, name, videoInfo, audioInfo, std::move(device), std::move(context),
-                                             std::move(texture), textureDesc);
     if (_helper.create() && _helper.isReady())
         _helper->open(_param.ndiName, {_videoInfo, _audioInfo});
     return true;
 }
 
-void NDI::destroy()
+void NDI::close()
 {
     if (_helper.isReady())
         _helper->close();
     _helper.destroy();
-    TavloPresentOutputTargetNodeBase::destroy();
 }
 
-void NDI::onVideo(const picture_t* picture, const quint8* data, int stride, qint64 date)
+bool NDI::writeVideo(const Picture& picture)
 {
     if (_helper.isReady())
-        _helper->writeVideo(data, stride, stride * _videoInfo.height, date, date);
-    TavloPresentOutputTargetNodeOutputRaw::onVideo(picture, data, stride, date);
+        _helper->writeVideo(picture.data, picture.stride, picture.size, picture.date, picture.date);
+    return true;
 }
 
-void NDI::onAudio(const block_t* block)
+void NDI::writeAudio(const quint8* data, int size, qint64 date)
 {
     if (_helper.isReady())
-        _helper->writeAudio(block->p_buffer, length(block), block->i_pts, block->i_pts);
-    TavloPresentOutputTargetNodeOutputRaw::onAudio(block);
+        _helper->writeAudio(data, size, date, date);
 }
 
 void NDI::getStatistics(tagTavloOutputStatistics* statistics)
@@ -94,40 +106,34 @@ Decklink::TavloPresentOutputTargetNodeOutputRawDecklink(const tagTavloPresentOut
     : TavloPresentOutputTargetNodeOutputRaw(param), _helper("TavloCommonModule", "CreateTavloDecklinkOutput")
 {}
 
-bool Decklink::create(int index, const QString& name, const tagTavloVideoInfo& videoInfo,
-                      const tagTavloAudioInfo& audioInfo, DevicePtr device, ContextPtr context, TexturePtr texture,
-                      const TextureDesc& textureDesc)
+bool Decklink::open()
 {
-    TavloPresentOutputTargetNodeBase::create(index, name, videoInfo, audioInfo, std::move(device), std::move(context),
-                                             std::move(texture), textureDesc);
     if (_helper.create() && _helper.isReady())
         _helper->open(_param.decklinkDevice, _param.decklinkMode, _param.decklinkConnection, 0);
     return true;
 }
 
-void Decklink::destroy()
+void Decklink::close()
 {
     if (_helper.isReady())
         _helper->close();
     _helper.destroy();
-    TavloPresentOutputTargetNodeBase::destroy();
 }
 
-void Decklink::onVideo(const picture_t* picture, const quint8* data, int stride, qint64 date)
+bool Decklink::writeVideo(const Picture& picture)
 {
-    if (_helper.isReady()) {
-        if (_helper->getWidth() != _videoInfo.width || _helper->getHeight() != _videoInfo.height)
-            return;
-        _helper->writeVideo(data, stride, stride * _videoInfo.height, date, date);
-    }
-    TavloPresentOutputTargetNodeOutputRaw::onVideo(picture, data, stride, date);
+    if (!_helper.isReady())
+        return true;
+    if (_helper->getWidth() != _videoInfo.width || _helper->getHeight() != _videoInfo.height)
+        return false;
+    _helper->writeVideo(picture.data, picture.stride, picture.size, picture.date, picture.date);
+    return true;
 }
 
-void Decklink::onAudio(const block_t* block)
+void Decklink::writeAudio(const quint8* data, int size, qint64 date)
 {
     if (_helper.isReady())
-        _helper->writeAudio(block->p_buffer, length(block), block->i_pts, block->i_pts, 1);
-    TavloPresentOutputTargetNodeOutputRaw::onAudio(block);
+        _helper->writeAudio(data, size, date, date, 1);
 }
 
 void Decklink::getStatistics(tagTavloOutputStatistics* statistics)
@@ -144,43 +150,36 @@ HDMI::TavloPresentOutputTargetNodeOutputRawHDMI(const tagTavloPresentOutputParam
     : TavloPresentOutputTargetNodeOutputRaw(param), _hdmiInfo(param.hdmi[static_cast<size_t>(number)])
 {}
 
-bool HDMI::create(int index, const QString& name, const tagTavloVideoInfo& videoInfo,
-                  const tagTavloAudioInfo& audioInfo, DevicePtr device, ContextPtr context, TexturePtr texture,
-                  const TextureDesc& textureDesc)
+bool HDMI::open()
 {
-    TavloPresentOutputTargetNodeBase::create(index, name, videoInfo, audioInfo, std::move(device), std::move(context),
-                                             std::move(texture), textureDesc);
     if (!_hdmiInfo.enable)
         return true;
     _object = tavlo::makeHdmiOutput();
-    if (!_object || _object->create(index, name, _hdmiInfo, _videoInfo, _audioInfo, _param.videoSettings[0]))
+    if (!_object || _object->create(_index, _name, _hdmiInfo, _videoInfo, _audioInfo, _param.videoSettings[0]))
         return true;
-    _object->stop();
-    _object.reset();
+    close();
     return false;
 }
 
-void HDMI::destroy()
+void HDMI::close()
 {
     if (_object)
         _object->stop();
     _object.reset();
-    TavloPresentOutputTargetNodeBase::destroy();
 }
 
-void HDMI::onVideo(const picture_t* picture, const quint8* data, int stride, qint64 date)
+bool HDMI::writeVideo(const Picture& picture)
 {
     if (_object)
-        _object->writeVideo(picture, data, stride, stride * _videoInfo.height, date, date, _param.videoSettings[1] != 0,
-                            picture->format.i_chroma);
-    TavloPresentOutputTargetNodeOutputRaw::onVideo(picture, data, stride, date);
+        _object->writeVideo(picture.picture, picture.data, picture.stride, picture.size, picture.date, picture.date,
+                            _param.videoSettings[1] != 0, picture.picture->format.i_chroma);
+    return true;
 }
 
-void HDMI::onAudio(const block_t* block)
+void HDMI::writeAudio(const quint8* data, int size, qint64 date)
 {
     if (_object)
-        _object->writeAudio(block->p_buffer, length(block), block->i_pts, block->i_pts);
-    TavloPresentOutputTargetNodeOutputRaw::onAudio(block);
+        _object->writeAudio(data, size, date, date);
 }
 
 void HDMI::getStatistics(tagTavloOutputStatistics* statistics)

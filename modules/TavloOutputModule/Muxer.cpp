@@ -114,6 +114,8 @@ bool Muxer::openOutput(const Target& target, std::string& error)
 {
     AVFormatContext& context = *_context;
     context.flags |= AVFMT_FLAG_FLUSH_PACKETS;
+    context.avoid_negative_ts =
+        0; // times begin with 0 here; a shift by the first packet would send later ones below it
     context.interrupt_callback = {[](void* self) { return static_cast<Muxer*>(self)->isOverdue() ? 1 : 0; }, this};
     beginCall();
     AVDictionary* options = nullptr;
@@ -178,6 +180,8 @@ bool Muxer::write(const CodedPacket& packet, qint64 origin, std::string& error)
     out.size = static_cast<int>(packet.block->i_buffer);
     out.pts = inStream(packet.pts());
     out.dts = inStream(packet.dts());
+    if (out.dts < 0)
+        return true;
     out.duration = inStream(packet.dts() + packet.block->i_length) - out.dts; // up to the next one, to the tick
     out.pos = -1;
     if (packet.key || !packet.video)

@@ -42,6 +42,7 @@ public:
     Muxer(const Muxer&) = delete;
     Muxer& operator=(const Muxer&) = delete;
 
+    /// Leaves out what is older than the origin: sound that comes late.
     /// \param origin  the dts that becomes time 0, microseconds
     /// \return false, the reason in `error`, when the file or connection is lost
     bool write(const CodedPacket& packet, qint64 origin, std::string& error);

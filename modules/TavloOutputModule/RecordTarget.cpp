@@ -33,7 +33,8 @@ const Mode& modeOf(quint32 mode)
         Mode{"matroska", "mkv", {{"cluster_time_limit", "500"}}},
         Mode{"mp4",
              "mp4",
-             {{"movflags", "empty_moov+default_base_moof+frag_keyframe"},
+             {{"movflags", "empty_moov+default_base_moof+frag_keyframe+frag_discont"}, // tracks may begin later
+              {"use_editlist", "0"},
               {"frag_duration", "400000"},
               {"strict", "-1"}}},
     };
@@ -96,6 +97,7 @@ void RecordTarget::openFile(const CodedPacket& packet)
     setState(State::Running);
     tell("records to " + _path.toStdString());
     _origin = packet.dts();
+    std::erase_if(_lead, [&](const CodedPacketPtr& early) { return early->dts() > packet.dts(); });
     for (const CodedPacketPtr& early : _lead)
         _origin = std::min(_origin, early->dts());
     for (const CodedPacketPtr& early : std::exchange(_lead, {}))

@@ -202,7 +202,6 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
 {
     _pipeline = std::make_shared<Pipeline>(format);
     _context = g_main_context_new();
-    _loop = g_main_loop_new(_context, FALSE);
     _server = gst_rtsp_server_new();
     gst_rtsp_server_set_address(_server, address.c_str());
     gst_rtsp_server_set_service(_server, std::to_string(port).c_str());
@@ -235,8 +234,26 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
     };
     g_source_set_callback(_listening, G_SOURCE_FUNC(+accept), g_object_ref(_server), g_object_unref);
     g_source_attach(_listening, _context);
-    _thread = std::thread([this] { g_main_loop_run(_loop); });
+    _thread = std::thread([this] { run(); });
     return true;
+}
+
+/// Besides what comes in, sessions are ended whose viewers are gone without a word.
+void RtspServer::run()
+{
+    GSource* const cleaning = g_timeout_source_new_seconds(10);
+    const auto clean = [](gpointer server) -> gboolean {
+        GstRTSPSessionPool* const sessions = gst_rtsp_server_get_session_pool(GST_RTSP_SERVER(server));
+        gst_rtsp_session_pool_cleanup(sessions);
+        g_object_unref(sessions);
+        return G_SOURCE_CONTINUE;
+    };
+    g_source_set_callback(cleaning, +clean, _server, nullptr);
+    g_source_attach(cleaning, _context);
+    while (!_ending)
+        g_main_context_iteration(_context, TRUE);
+    g_source_destroy(cleaning);
+    g_source_unref(cleaning);
 }
 
 RtspServer::~RtspServer()
@@ -245,14 +262,14 @@ RtspServer::~RtspServer()
         g_source_destroy(_listening);
         const auto remove = [](GstRTSPServer*, GstRTSPClient*, gpointer) { return GST_RTSP_FILTER_REMOVE; };
         gst_rtsp_server_client_filter(_server, +remove, nullptr);
-        g_main_loop_quit(_loop);
+        _ending = true;
+        g_main_context_wakeup(_context);
         _thread.join();
     }
     _pipeline->end();
     if (_listening)
         g_source_unref(_listening);
     g_object_unref(_server);
-    g_main_loop_unref(_loop);
     g_main_context_unref(_context);
 }
 

@@ -2,12 +2,12 @@
 
 #include "TavloOutputModule/CodedPacket.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
 
 using GMainContext = struct _GMainContext;
-using GMainLoop = struct _GMainLoop;
 using GSource = struct _GSource;
 using GstRTSPServer = struct _GstRTSPServer;
 
@@ -42,13 +42,16 @@ private:
     bool listen(const std::string& address, int port, const std::string& path, const StreamFormat& format,
                 std::string& error);
 
+    void run();
+
     // fixed from open to the end
     std::shared_ptr<Pipeline> _pipeline; ///< what the server's own threads know of this
     GMainContext* _context = nullptr;
-    GMainLoop* _loop = nullptr;
     GSource* _listening = nullptr;
     GstRTSPServer* _server = nullptr;
     std::thread _thread;
+
+    std::atomic<bool> _ending{false}; ///< any thread
 };
 
 } // namespace tavlo

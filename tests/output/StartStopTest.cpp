@@ -8,6 +8,8 @@
 
 #include <tavlo/InterfacePtr.h>
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -79,15 +81,22 @@ TEST(OutputThreads, AStalledEncoderHoldsUpNoCommit)
     EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
 }
 
-/// The encoder as it is, but for a gate in front of it.
+/// Where pictures and what is coded of them pass as long as nobody holds it.
+struct Gates
+{
+    std::shared_mutex in, out;
+};
+
+/// The encoder as it is, but for a gate in front of it and one behind it.
 class GatedEncoder final : public tavlo::Implements<GatedEncoder, ITavloVideoEncoder>
 {
 public:
-    explicit GatedEncoder(std::shared_mutex& gate) : _gate(gate) {}
+    explicit GatedEncoder(Gates& gates) : _gates(gates), _sink(gates) {}
 
     void init(quint32, ITavloVideoEncoderSink* sink, ITavloGraphicsContext* context) override
     {
-        _encoder->init(0, sink, context);
+        _sink.next = sink;
+        _encoder->init(0, &_sink, context);
     }
     bool open(const tagTavloVideoInfo& info, const tagTavloPresentOutputParam& param, quint32) override
     {
@@ -101,14 +110,31 @@ public:
     }
     picture_t* acquirePicture(quint32, int milliseconds) override
     {
-        const std::shared_lock waiting(_gate);
+        const std::shared_lock waiting(_gates.in);
         return _encoder->acquirePicture(0, milliseconds);
     }
     void submitPicture(picture_t* picture) override { _encoder->submitPicture(picture); }
     void getStatistics(tagTavloOutputStatistics* statistics) override { _encoder->getStatistics(statistics); }
 
 private:
-    std::shared_mutex& _gate;
+    class Sink final : public tavlo::Implements<Sink, ITavloVideoEncoderSink>
+    {
+    public:
+        explicit Sink(Gates& gates) : _gates(gates) {}
+        void destroy() override {}
+        void onEncoded(IUnknownEx* encoder, block_t* block) override
+        {
+            const std::shared_lock waiting(_gates.out);
+            next->onEncoded(encoder, block);
+        }
+        ITavloVideoEncoderSink* next = nullptr;
+
+    private:
+        Gates& _gates;
+    };
+
+    Gates& _gates;
+    Sink _sink;
     const tavlo::InterfacePtr<ITavloVideoEncoder> _encoder =
         TavloCodecAggregationUtil::createEncoder(TavloVideoEncodeImplSoftware);
 };
@@ -116,13 +142,13 @@ private:
 class Gated final : public tavlo::Implements<Gated, ITavloCodecAggregation>
 {
 public:
-    Gated() : _encoder(new GatedEncoder(gate)) { TavloCodecAggregationUtil::replace(this); }
+    Gated() : _encoder(new GatedEncoder(gates)) { TavloCodecAggregationUtil::replace(this); }
     ~Gated() { TavloCodecAggregationUtil::replace(nullptr); }
     void destroy() override {}
     ITavloGraphicsContext* createGraphicsContext(TavloVideoEncodeImpl) override { return nullptr; }
     ITavloVideoEncoder* createEncoder(TavloVideoEncodeImpl) override { return std::exchange(_encoder, nullptr); }
 
-    std::shared_mutex gate;
+    Gates gates;
 
 private:
     GatedEncoder* _encoder;
@@ -135,10 +161,10 @@ TEST(OutputThreads, WhatAStalledEncoderMissedIsFilledAndAllGoesOn)
     Stage stage(Stage::Way::Pictures);
     stage.start(record, Stage::param(folder.path()));
     stage.commit(0, 20);
-    aggregation.gate.lock();
+    aggregation.gates.in.lock();
     stage.commit(20, 75, false); // three seconds
     EXPECT_GE(stage.statistics().droppedPictures, 75U - 5);
-    aggregation.gate.unlock();
+    aggregation.gates.in.unlock();
     const quint64 dropped = stage.statistics().droppedPictures;
     stage.stop(TavloPresentOutputTypeNet); // comes behind what waited
     stage.commit(95, 35);
@@ -154,6 +180,36 @@ TEST(OutputThreads, WhatAStalledEncoderMissedIsFilledAndAllGoesOn)
     EXPECT_TRUE(std::ranges::is_sorted(numbers));
     EXPECT_EQ(numbers[19], 19);
     EXPECT_EQ(numbers.back(), 129);
+}
+
+TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
+{
+    for (const quint32 mode : {0U, 1U, 2U}) {
+        const QTemporaryDir folder;
+        Gated aggregation;
+        Stage stage(Stage::Way::Pictures);
+        tagTavloPresentOutputParam param = Stage::param(folder.path());
+        param.recordMode = mode;
+        stage.start(record, param);
+        aggregation.gates.out.lock();
+        for (int number = 0; number < 75; ++number) { // the sound of three seconds does not wait so long
+            stage.commit(number, 1, false);
+            stage.stop(TavloPresentOutputTypeNet);
+        }
+        aggregation.gates.out.unlock();
+        stage.commit(75, 25);
+        stage.stop(record);
+        EXPECT_EQ(stage.statistics().recordWritten, 100U);
+        const QString file = folder.filePath(QDir(folder.path()).entryList({QStringLiteral("show.*")}).value(0));
+        const Decoded decoded = decode(file);
+        ASSERT_EQ(decoded.numbers.size(), 100U) << mode;
+        EXPECT_EQ(decoded.numbers.front(), 0);
+        EXPECT_EQ(decoded.numbers.back(), 99);
+        EXPECT_NEAR(decoded.times.back() - decoded.times.front(), 99.0 / Programme::fps, 0.01) << mode;
+        const double tone = decoded.times[80]; // and the sound is where it belongs
+        EXPECT_TRUE(std::ranges::any_of(decoded.beeps, [tone](double at) { return std::abs(at - tone) < 0.02; }))
+            << mode;
+    }
 }
 
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
@@ -182,7 +238,7 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
                 stage.statistics(index);
     });
     std::minstd_rand random(7);
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 600; ++i) {
         const int type = types[random() % types.size()];
         const auto index = static_cast<int>(random() % 2);
         if (random() % 2)

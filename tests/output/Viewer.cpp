@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <thread>
 
 namespace tavlo::test {
@@ -59,9 +60,9 @@ Viewer::~Viewer()
     _process.waitForFinished();
 }
 
-bool Viewer::look()
+bool Viewer::look(int milliseconds)
 {
-    _process.waitForReadyRead(10);
+    _process.waitForReadyRead(milliseconds);
     _bytes += _process.readAllStandardOutput();
     for (; _bytes.size() >= pictureBytes; _bytes.remove(0, pictureBytes))
         _numbers.push_back(shownNumber(reinterpret_cast<const quint8*>(_bytes.constData()), Programme::width,
@@ -69,11 +70,15 @@ bool Viewer::look()
     return _process.state() != QProcess::NotRunning;
 }
 
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count)
+void Viewer::halt() { kill(static_cast<pid_t>(_process.processId()), SIGSTOP); }
+
+void Viewer::goOn() { kill(static_cast<pid_t>(_process.processId()), SIGCONT); }
+
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pause)
 {
     while (viewer.numbers().empty()) {
         stage.commit(number++, 1);
-        ASSERT_TRUE(viewer.look());
+        ASSERT_TRUE(viewer.look(pause));
     }
     const int first = number;
     while (viewer.last() < first + count - 1) {
@@ -86,10 +91,8 @@ void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count)
     EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen));
 }
 
-HttpReader::HttpReader(int port, const QByteArray& path, int receiveBuffer) : _socket(socket(AF_INET, SOCK_STREAM, 0))
+HttpReader::HttpReader(int port, const QByteArray& path) : _socket(socket(AF_INET, SOCK_STREAM, 0))
 {
-    if (receiveBuffer > 0)
-        setsockopt(_socket, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
     const sockaddr_in address = loopback(port);
     EXPECT_EQ(connect(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     const QByteArray request = "GET " + path + " HTTP/1.0\r\n\r\n"; // no chunks: what comes is the content

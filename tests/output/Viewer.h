@@ -17,8 +17,12 @@ public:
     explicit Viewer(const QStringList& input, bool hasSound = true);
     ~Viewer();
 
-    /// Waits a moment for pictures and reads them. False when the command has given up; then it has told why.
-    bool look();
+    /// Waits for pictures, so many milliseconds at most, and reads them. False when the command has given up; then it has told why.
+    bool look(int milliseconds = 10);
+
+    /// Takes nothing more, until he goes on.
+    void halt();
+    void goOn();
 
     const std::vector<int>& numbers() const { return _numbers; } ///< what the pictures show
     int last() const { return _numbers.empty() ? -1 : _numbers.back(); }
@@ -31,7 +35,8 @@ private:
 
 /// Commits pictures from `number` on until the viewer has seen `count` of them that were committed when he saw already,
 /// and never runs far ahead of him. Each of those has to be there, in order.
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count);
+/// \param pause  milliseconds between those he may miss: the programme's own step for one who is served at its pace
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pause = 10);
 
 /// A port that nobody uses on the loopback address, the three behind it free for this process, too. It is even, and
 /// below those that the kernel gives to connections.
@@ -41,8 +46,7 @@ int freePort();
 class HttpReader
 {
 public:
-    /// \param receiveBuffer  bytes that may wait for him; 0: as usual
-    HttpReader(int port, const QByteArray& path, int receiveBuffer = 0);
+    HttpReader(int port, const QByteArray& path);
     ~HttpReader();
 
     /// All that comes from now on to the end of the connection, with HTTP's own lines.
