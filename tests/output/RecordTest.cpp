@@ -167,6 +167,42 @@ TEST(Record, SplitsWithoutLosingAnything)
     }
 }
 
+TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
+{
+    const QTemporaryDir folder;
+    const QString segments = folder.filePath(QStringLiteral("ts"));
+    QDir().mkpath(segments + QStringLiteral("/day"));
+    const QDateTime now = QDateTime::currentDateTime();
+    for (const auto& [name, age] : {std::pair("old.ts", 7200), std::pair("young.ts", 60), std::pair("old.txt", 7200)}) {
+        QFile file(segments + QStringLiteral("/day/") + QLatin1String(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.setFileTime(now.addSecs(-age), QFileDevice::FileModificationTime));
+    }
+    Stage stage(Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.tsRecordEnabled = 1;
+    param.tsRecordDir = segments;
+    param.tsRecordSegmentSeconds = 1;
+    param.tsRecordKeepSeconds = 3600;
+    stage.start(record, param);
+    stage.commit(0, 80);
+    stage.stop(record);
+
+    QStringList files = filesIn(segments);
+    EXPECT_EQ(files.filter(QStringLiteral("old")), QStringList{segments + QStringLiteral("/day/old.txt")});
+    EXPECT_EQ(files.removeIf([](const QString& path) { return path.contains(QStringLiteral("/day/")); }), 2);
+    ASSERT_EQ(files.size(), 3);
+    std::vector<std::vector<int>> parts;
+    for (const QString& file : files)
+        parts.push_back(decode(file).numbers);
+    std::ranges::sort(parts);
+    std::vector<int> numbers;
+    for (const std::vector<int>& part : parts)
+        numbers.insert(numbers.end(), part.begin(), part.end());
+    EXPECT_EQ(numbers, numbersFrom(0, 80));
+    EXPECT_EQ(decode(folder.filePath(QStringLiteral("show.mp4"))).numbers, numbersFrom(0, 80));
+}
+
 TEST(Record, NamesItsFilesByTimeAndOverwritesNone)
 {
     const QTemporaryDir folder;
