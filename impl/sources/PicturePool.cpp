@@ -131,7 +131,7 @@ picture_t* PicturePool::makePicture(const video_format_t& format, graphics::Devi
     if (row->planes == Planes::Three) {
         desc.height = height + (height & ~1U);
         sys->planeOffset[0] = width * height;
-        sys->planeOffset[1] = sys->planeOffset[0] + width * height / 2;
+        sys->planeOffset[1] = width * (height + height / 2); // a whole row, of odd heights too
     } else if (row->planes == Planes::Two) {
         desc.height = height + height / 2;
         sys->planeOffset[0] = width * height;
