@@ -59,7 +59,8 @@ QList<Loss> lossesOf(const LiveFigures& figures)
 
 QString statusLine(const LiveFigures& figures, double framesPerSecond)
 {
-    const int milliseconds = static_cast<int>(static_cast<double>(figures.frames) * 1000 / framesPerSecond);
+    const int milliseconds =
+        static_cast<int>(static_cast<double>(figures.frames + figures.missedFrames) * 1000 / framesPerSecond);
     QString line = QStringLiteral("%1  %2 frames  %3 fps")
                        .arg(QTime::fromMSecsSinceStartOfDay(milliseconds % 86'400'000).toString(u"hh:mm:ss"))
                        .arg(figures.frames)

@@ -136,15 +136,22 @@ bool ShowEngine::onThreadStep(const quint64& time, const quint64& frameId, const
         ++_frames;
         if (_frames % static_cast<quint64>(std::max(1.0, std::round(fps))) == 0)
             measure();
-        const bool outOfTime = _show.seconds > 0 && static_cast<double>(_frames) >= std::round(_show.seconds * fps);
+        const double elapsed = showTime();
+        const bool outOfTime = _show.seconds > 0 && elapsed * fps >= std::round(_show.seconds * fps);
         const bool allPlayed = _ended.size() == _show.sources.size() &&
                                std::ranges::all_of(_ended, [](const auto& entry) { return entry.second; });
         if (_endAsked || outOfTime || allPlayed)
             end();
         else
-            postCues(static_cast<double>(_frames) / fps);
+            postCues(elapsed);
     }
     return result;
+}
+
+/// Seconds: frames that were never stepped have their time as well, so that a show is as long as it is on a busy machine.
+double ShowEngine::showTime() const
+{
+    return static_cast<double>(_frames + missedFrames() - _missedBefore) / _show.framesPerSecond();
 }
 
 void ShowEngine::begin()

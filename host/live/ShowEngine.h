@@ -65,6 +65,7 @@ private:
     void hear(qulonglong event, const QVariant& result, const QVariant& a1, const QVariant& a2);
     void openSources();
     bool arePicturesThere();
+    double showTime() const;
     void begin();
     void postCues(double until);
     void end();
