@@ -4,7 +4,8 @@
 #include "support/TestSource.h"
 
 #include <QCoreApplication>
-#include <QImage>
+#include <QFile>
+#include <QThreadPool>
 
 #include <cstdio>
 
@@ -16,7 +17,6 @@ class Stage final : public TavloPresentEnginePrivate
 {
 public:
     using TavloPresentEnginePrivate::channels;
-    using TavloPresentEnginePrivate::world;
 };
 
 class Engine final : public TavloPresentEngine
@@ -30,29 +30,6 @@ public:
         QCoreApplication::sendPostedEvents(this);
     }
 };
-
-QImage imageOf(GraphicsWorld& world)
-{
-    const graphics::TexturePtr canvas = world.canvasPicture();
-    if (!canvas)
-        return {};
-    graphics::TextureDesc desc = canvas->desc();
-    desc.usage = graphics::Usage::Staging;
-    desc.renderTarget = false;
-    const graphics::TexturePtr staging = world.device()->createTexture(desc);
-    if (!staging || !world.context()->copyResource(*staging, canvas))
-        return {};
-    world.context()->flush();
-    const auto mapped = staging->mapRead();
-    if (!mapped)
-        return {};
-    const QImage image =
-        QImage(reinterpret_cast<const uchar*>(mapped->data), static_cast<int>(desc.width),
-               static_cast<int>(desc.height), static_cast<qsizetype>(mapped->rowPitch), QImage::Format_RGBX8888)
-            .copy();
-    staging->unmapRead();
-    return image;
-}
 
 } // namespace
 
@@ -82,11 +59,13 @@ bool writeMultiViewSheet(const QDir& folder)
         program->setFader(0.5);
     for (int i = 0; i < 3; ++i)
         engine.doFrameStep();
-    const QImage image = imageOf(stage.world());
+    const QString path = folder.filePath(QStringLiteral("multiview.png"));
+    QFile::remove(path);
+    engine.send(TavloEventSaveChannelPicture, TavloPresentChannelIDCanvas, path);
     engine.send(TavloEventDestroyEngine, {}, {});
     engine.stop();
-    const QString path = folder.filePath(QStringLiteral("multiview.png"));
-    if (!image.isNull() && image.save(path))
+    QThreadPool::globalInstance()->waitForDone(); // which writes it
+    if (QFile::exists(path))
         return true;
     std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
     return false;

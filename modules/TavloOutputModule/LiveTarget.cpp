@@ -6,8 +6,6 @@ namespace tavlo {
 
 namespace {
 
-constexpr qint64 queueLimit = 4'000'000; // microseconds, of the target and of each viewer
-
 bool endsWithFlv(const std::string& path) { return path.ends_with(".flv"); }
 
 const char* typeOf(const std::string& path) { return endsWithFlv(path) ? "video/x-flv" : "video/mp2t"; }
@@ -15,8 +13,9 @@ const char* typeOf(const std::string& path) { return endsWithFlv(path) ? "video/
 } // namespace
 
 LiveTarget::LiveTarget(std::string name, const StreamFormat& format, HttpAddress address)
-    : Target(std::move(name), format, queueLimit), _address(std::move(address)), _isFlv(endsWithFlv(_address.path)),
-      _feed(std::make_shared<LiveFeed>(typeOf(_address.path), LiveFeed::Limit{.span = queueLimit}))
+    : ServedTarget(std::move(name), format, address,
+                   std::make_shared<LiveFeed>(typeOf(address.path), LiveFeed::Limit{.span = queueLimit})),
+      _isFlv(endsWithFlv(_address.path))
 {}
 
 void LiveTarget::take(const CodedPacketPtr& packet)
@@ -30,8 +29,7 @@ void LiveTarget::take(const CodedPacketPtr& packet)
     if (!_bytes.isEmpty())
         _feed->push({std::exchange(_bytes, {}), packet->dts(), canBegin});
     countWritten(*packet);
-    if (!_place.isTaken() && !isPausing())
-        publish();
+    publish(); // with the first picture in the feed, so that nobody is sent away
 }
 
 bool LiveTarget::begin(const CodedPacket& packet)
@@ -50,23 +48,6 @@ bool LiveTarget::begin(const CodedPacket& packet)
     if (_isFlv) // MPEG-TS repeats its own
         _feed->setHeader(header);
     return true;
-}
-
-/// With the first picture in the feed, so that nobody is sent away.
-void LiveTarget::publish()
-{
-    std::string error;
-    if (!_place.take(_address.address, _address.port, _address.path, _feed, error))
-        return pause("cannot serve " + _address.text() + ": " + error);
-    countOpening();
-    setState(State::Running);
-    tell("serves " + _address.text());
-}
-
-void LiveTarget::close()
-{
-    _feed->end(_limits.endBy.load());
-    _place.leave();
 }
 
 } // namespace tavlo

@@ -6,8 +6,6 @@ namespace tavlo {
 
 namespace {
 
-constexpr qint64 queueLimit = 4'000'000; // microseconds
-
 QByteArray asPart(const QByteArray& jpeg)
 {
     return "--picture\r\nContent-Type: image/jpeg\r\nContent-Length: " + QByteArray::number(jpeg.size()) + "\r\n\r\n" +
@@ -18,16 +16,15 @@ QByteArray asPart(const QByteArray& jpeg)
 
 RelayTarget::RelayTarget(std::string name, const StreamFormat& format, HttpAddress address, int width,
                          size_t bufferCount)
-    : Target(std::move(name), format, queueLimit), _address(std::move(address)), _width(width),
-      _feed(std::make_shared<LiveFeed>("multipart/x-mixed-replace; boundary=picture",
-                                       LiveFeed::Limit{.count = std::max<size_t>(bufferCount, 1)}))
+    : ServedTarget(std::move(name), format, std::move(address),
+                   std::make_shared<LiveFeed>("multipart/x-mixed-replace; boundary=picture",
+                                              LiveFeed::Limit{.count = std::max<size_t>(bufferCount, 1)})),
+      _width(width)
 {}
 
 void RelayTarget::take(const CodedPacketPtr& packet)
 {
-    if (!_place.isTaken() && !isPausing())
-        publish();
-    if (!_place.isTaken())
+    if (!publish())
         return countDropped(*packet);
     countWritten(*packet);
     if (_feed->viewers() > 0) {
@@ -36,16 +33,6 @@ void RelayTarget::take(const CodedPacketPtr& packet)
         _pictures.reset();
         _feed->forget();
     }
-}
-
-void RelayTarget::publish()
-{
-    std::string error;
-    if (!_place.take(_address.address, _address.port, _address.path, _feed, error))
-        return pause("cannot serve " + _address.text() + ": " + error);
-    countOpening();
-    setState(State::Running);
-    tell("serves " + _address.text());
 }
 
 void RelayTarget::show(const CodedPacket& packet)
@@ -58,12 +45,6 @@ void RelayTarget::show(const CodedPacket& packet)
         _pictures->decode(packet, [this](const QByteArray& jpeg, qint64 time) {
             _feed->push({asPart(jpeg), time, true});
         });
-}
-
-void RelayTarget::close()
-{
-    _feed->end(_limits.endBy.load());
-    _place.leave();
 }
 
 } // namespace tavlo
