@@ -40,6 +40,10 @@ target_compile_options(tavlo-options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-res
 if(TAVLO_SANITIZE)
     target_compile_options(tavlo-options INTERFACE -fsanitize=${TAVLO_SANITIZE} -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     target_link_options(tavlo-options INTERFACE -fsanitize=${TAVLO_SANITIZE})
+    if(TAVLO_SANITIZE MATCHES "address")
+        target_sources(tavlo-options INTERFACE
+            $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/LeakCheckExit.cpp>)
+    endif()
 endif()
 if(TAVLO_FUZZ)
     target_compile_options(tavlo-options INTERFACE -fsanitize=fuzzer-no-link)

@@ -46,6 +46,7 @@ void TavloAudioPreviewObject::open(const QString& deviceName, int sampleRate, in
     _rendererCount = static_cast<size_t>(std::clamp(rendererCount, 0, TavloMixedChannelLimit));
     _isRunning = true;
     _thread = std::make_unique<TavloAudioPreviewObjectThread>(*this);
+    _thread->setObjectName(QStringLiteral("tavlo-watch"));
     _thread->start(QThread::TimeCriticalPriority);
 }
 

@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/LoopbackSocket.h"
 #include "support/PlayerSink.h"
 
 #include <tavlo/ICloudTourControl.h>
@@ -9,8 +10,6 @@
 #include <QRegularExpression>
 #include <QThread>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -30,17 +29,8 @@ QByteArray md5(const QString& text) { return QCryptographicHash::hash(text.toUtf
 class Camera
 {
 public:
-    Camera() : _socket(socket(AF_INET, SOCK_STREAM, 0))
+    Camera() : _socket(listenOnLoopback(port))
     {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        auto* const generic = reinterpret_cast<sockaddr*>(&address);
-        EXPECT_EQ(bind(_socket, generic, size), 0);
-        EXPECT_EQ(listen(_socket, 16), 0);
-        EXPECT_EQ(getsockname(_socket, generic, &size), 0);
-        port = ntohs(address.sin_port);
         _thread = std::thread([this] { serve(); });
     }
 

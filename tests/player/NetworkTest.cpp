@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/LoopbackSocket.h"
 #include "support/PlayerSink.h"
 #include "support/TestClips.h"
 
@@ -9,8 +10,6 @@
 #include <QRegularExpression>
 #include <QThread>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -28,18 +27,7 @@ namespace {
 class SilentServer
 {
 public:
-    SilentServer() : _socket(socket(AF_INET, SOCK_STREAM, 0))
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        auto* const generic = reinterpret_cast<sockaddr*>(&address);
-        EXPECT_EQ(bind(_socket, generic, size), 0);
-        EXPECT_EQ(listen(_socket, 16), 0);
-        EXPECT_EQ(getsockname(_socket, generic, &size), 0);
-        _port = ntohs(address.sin_port);
-    }
+    SilentServer() : _socket(listenOnLoopback(_port)) {}
     ~SilentServer() { close(); }
 
     int port() const { return _port; }
@@ -71,9 +59,9 @@ public:
     }
 
 private:
-    int _socket;
-    mutable std::vector<int> _guests;
     int _port = 0;
+    int _socket; ///< behind the port, which it sets
+    mutable std::vector<int> _guests;
 };
 
 /// A port that nobody has just now.
