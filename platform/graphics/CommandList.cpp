@@ -2,7 +2,18 @@
 
 #include "graphics/gl/ObjectImpl.h"
 
+#include <algorithm>
+
 namespace tavlo::graphics {
+
+void WrittenPicture::drop()
+{
+    Texture::Impl& t = texture->impl();
+    if (picture.name != 0)
+        t.giveSpare(std::move(picture));
+    if (rows.capacity != 0)
+        t.core->uploads->give(std::move(rows));
+}
 
 CommandList::CommandList(std::unique_ptr<Impl> impl) : _impl(std::move(impl)) {}
 CommandList::~CommandList() = default;
@@ -10,8 +21,7 @@ CommandList::~CommandList() = default;
 void RecycleCommandList::operator()(CommandList* list) const
 {
     CommandList::Impl& d = list->impl();
-    for (WrittenPicture& dropped : d.pictures)
-        dropped.texture->impl().giveSpare(std::move(dropped.picture));
+    std::ranges::for_each(d.pictures, &WrittenPicture::drop);
     d.pictures.clear();
     d.written = {};
     const std::shared_ptr<DeviceCore> core = std::move(d.core);

@@ -10,13 +10,14 @@ Context::Context(std::unique_ptr<Impl> impl) : _impl(std::move(impl)) {}
 Context::~Context() = default;
 
 bool Context::isImmediate() const { return _impl->immediate; }
-bool Context::attach() { return _impl->attach(); }
+bool Context::attach() { return _impl->enter().ready; }
 
 void Context::detach()
 {
     Impl& d = *_impl;
     if (eglGetCurrentContext() != d.handle)
         return;
+    const DeviceCore::Turn turn = d.core->takeTurn();
     d.submit();
     eglMakeCurrent(d.core->target.display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
@@ -25,15 +26,22 @@ Context::Impl::~Impl()
 {
     if (handle == EGL_NO_CONTEXT)
         return;
+    const DeviceCore::Turn turn = core->takeTurn();
     const bool here = eglGetCurrentContext() == handle;
     if (here)
         submit();
-    for (WrittenPicture& written : pending)
-        written.texture->impl().giveSpare(std::move(written.picture));
+    std::ranges::for_each(pending, &WrittenPicture::drop);
     timeline->close();
     if (here)
         eglMakeCurrent(core->target.display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglDestroyContext(core->target.display, handle); // framebuffers and vertex array are its own and go with it
+}
+
+Context::Impl::Access Context::Impl::enter()
+{
+    DeviceCore::Turn turn = core->takeTurn();
+    const bool ready = attach();
+    return {std::move(turn), ready};
 }
 
 bool Context::Impl::attach()
@@ -44,7 +52,7 @@ bool Context::Impl::attach()
         core->fail("failed to eglMakeCurrent: " + eglErrorText());
         return false;
     }
-    return _started || start();
+    return started || start();
 }
 
 bool Context::Impl::start()
@@ -52,7 +60,7 @@ bool Context::Impl::start()
     core->prepareContext();
     glGenVertexArrays(1, &vertexArray);
     glBindVertexArray(vertexArray);
-    _started = true;
+    started = true;
     return true;
 }
 
@@ -111,7 +119,11 @@ Fence Context::Impl::submit()
     return {timeline, timeline->upcoming() - 1};
 }
 
-Fence Context::flush() { return _impl->attach() ? _impl->submit() : Fence{}; }
+Fence Context::flush()
+{
+    const Impl::Access access = _impl->enter();
+    return access ? _impl->submit() : Fence{};
+}
 
 void Context::clearState()
 {

@@ -121,7 +121,8 @@ void Context::setTopology(Topology topology) { _impl->settings.topology = topolo
 bool Context::setUniform(Program& program, const Uniform& uniform, std::span<const std::byte> values)
 {
     Impl& d = *_impl;
-    if (values.size() != std::size_t{uniformBytes(uniform.type)} * uniform.count || !d.attach())
+    const Impl::Access access = d.enter();
+    if (values.size() != std::size_t{uniformBytes(uniform.type)} * uniform.count || !access)
         return false;
     d.useProgram(program.impl().name);
     const auto count = static_cast<GLsizei>(uniform.count);
@@ -164,7 +165,8 @@ bool Context::setUniform(Program& program, const Uniform& uniform, std::span<con
 bool Context::draw(std::uint32_t vertexCount, std::uint32_t firstVertex)
 {
     Impl& d = *_impl;
-    if (!d.prepareDraw())
+    const Impl::Access access = d.enter();
+    if (!access || !d.prepareDraw())
         return false;
     glDrawArrays(glTopology(d.settings.topology), static_cast<GLint>(firstVertex), static_cast<GLsizei>(vertexCount));
     d.worked = true;
@@ -178,7 +180,8 @@ bool Context::drawIndexed(std::uint32_t indexCount, std::uint32_t firstIndex)
         d.core->fail("drawIndexed beyond its index buffer");
         return false;
     }
-    if (!d.prepareDraw())
+    const Impl::Access access = d.enter();
+    if (!access || !d.prepareDraw())
         return false;
     glDrawElements(glTopology(d.settings.topology), static_cast<GLsizei>(indexCount), GL_UNSIGNED_SHORT,
                    bufferOffset(std::size_t{firstIndex} * 2));
@@ -189,7 +192,8 @@ bool Context::drawIndexed(std::uint32_t indexCount, std::uint32_t firstIndex)
 bool Context::clearRenderTarget(const TexturePtr& target, const Rgba& color)
 {
     Impl& d = *_impl;
-    if (!target || !target->desc().renderTarget || !d.attach()) {
+    const Impl::Access access = d.enter();
+    if (!target || !target->desc().renderTarget || !access) {
         d.core->fail("clearRenderTarget of what is no render target");
         return false;
     }
@@ -208,7 +212,8 @@ bool Context::clearRenderTarget(const TexturePtr& target, const Rgba& color)
 bool Context::clearDepth(const TexturePtr& target, float depth, std::uint8_t stencil)
 {
     Impl& d = *_impl;
-    if (!target || !target->desc().renderTarget || target->desc().format != Format::D24_UNORM_S8_UINT || !d.attach()) {
+    const Impl::Access access = d.enter();
+    if (!target || !target->desc().renderTarget || target->desc().format != Format::D24_UNORM_S8_UINT || !access) {
         d.core->fail("clearDepth of what is no depth target");
         return false;
     }
@@ -230,7 +235,7 @@ bool Context::Impl::prepareDraw()
         core->fail("a draw without program, target, vertices or layout");
         return false;
     }
-    if (!attach() || !applyTarget() || !applyVertices())
+    if (!applyTarget() || !applyVertices())
         return false;
     useProgram(settings.program->impl().name);
     if (stale.area)

@@ -44,28 +44,37 @@ std::optional<Mapped> Context::map(Texture& texture, MapMode mode)
         d.core->fail("failed to Map: only dynamic textures can be written, with discard");
         return std::nullopt;
     }
-    if (t.upload.name != 0) {
+    if (t.upload.capacity != 0) {
         d.core->fail("failed to Map: the texture is mapped already");
         return std::nullopt;
     }
-    if (!d.attach())
-        return std::nullopt;
-
-    PixelBuffer buffer = d.core->uploads->take(mappedBytes(t.row, t.desc.width, t.desc.height));
-    std::byte* memory = buffer.memory;
-    if (buffer.name != 0 && !memory) {
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer.name);
-        memory = mapBuffer(GL_PIXEL_UNPACK_BUFFER, buffer.capacity,
-                           GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_BUFFER_BIT | GL_MAP_UNSYNCHRONIZED_BIT);
-        glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    }
-    if (!memory) {
-        d.core->bury(DeviceCore::Grave::Buffer, buffer.name);
+    const std::size_t bytes = mappedBytes(t.row, t.desc.width, t.desc.height);
+    PixelBuffer buffer = d.core->uploads->isPlain() ? d.core->uploads->take(bytes) : d.mapUpload(bytes);
+    if (!buffer.memory) {
         d.core->fail("failed to Map: no memory");
         return std::nullopt;
     }
+    std::byte* const memory = buffer.memory;
     t.upload = std::move(buffer);
     return Mapped{memory, mappedPitch(t.row, t.desc.width)};
+}
+
+/// A buffer of GL whose memory can be written; without memory on failure.
+PixelBuffer Context::Impl::mapUpload(std::size_t bytes)
+{
+    const Access access = enter();
+    if (!access)
+        return {};
+    PixelBuffer buffer = core->uploads->take(bytes);
+    if (buffer.name == 0 || buffer.memory)
+        return buffer;
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer.name);
+    buffer.memory = mapBuffer(GL_PIXEL_UNPACK_BUFFER, buffer.capacity,
+                              GL_MAP_WRITE_BIT | GL_MAP_INVALIDATE_BUFFER_BIT | GL_MAP_UNSYNCHRONIZED_BIT);
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    if (!buffer.memory)
+        core->bury(DeviceCore::Grave::Buffer, buffer.name);
+    return buffer;
 }
 
 void Context::unmap(const TexturePtr& texture)
@@ -76,49 +85,65 @@ void Context::unmap(const TexturePtr& texture)
         texture->unmapRead();
         return;
     }
-    if (t.upload.name == 0) {
+    if (t.upload.capacity == 0) {
         d.core->fail("failed to Unmap: the texture is not mapped");
         return;
     }
-    if (!d.attach())
+    PixelBuffer rows = std::exchange(t.upload, {});
+    if (rows.plain && !d.immediate) {
+        d.record({texture, {}, std::move(rows)});
         return;
-
-    PixelBuffer buffer = std::exchange(t.upload, {});
-    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer.name);
-    if (!buffer.memory)
-        glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER);
-    std::optional<Picture> picture = t.takeSpare(d.timeline.get());
-    if (picture) {
-        glBindTexture(GL_TEXTURE_2D, picture->name);
-        setUnpackPitch(t.row, mappedPitch(t.row, t.desc.width));
-        uploadRows(t.row, {0, 0, t.desc.width, t.rows()}, nullptr);
-        picture->lastUse = Fence(d.timeline, d.timeline->upcoming());
-        d.stale.textures = true;
-        d.worked = true;
     }
-    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    buffer.lastUse = Fence(d.timeline, d.timeline->upcoming());
-    d.core->uploads->give(std::move(buffer));
+    const Impl::Access access = d.enter();
+    std::optional<Picture> picture = access ? d.upload(t, std::move(rows)) : std::nullopt;
     if (!picture)
-        d.core->fail("failed to Unmap: every picture of the texture is still drawn; is the context flushed?");
-    else
-        d.record(texture, std::move(*picture));
+        return;
+    if (d.immediate) {
+        t.show(std::move(*picture), Fence(d.timeline, d.timeline->upcoming()));
+    } else {
+        d.record({texture, std::move(*picture), {}});
+        d.submit(); // a picture that no list ever takes must give its buffer back too
+    }
 }
 
-void Context::Impl::record(const TexturePtr& texture, Picture picture)
+/// Sends rows into a picture of the texture; the buffer goes back to the others. None when there is no picture.
+std::optional<Picture> Context::Impl::upload(Texture::Impl& texture, PixelBuffer rows)
 {
-    if (immediate) {
-        texture->impl().show(std::move(picture), Fence(timeline, timeline->upcoming()));
-        return;
+    const bool plain = rows.plain != nullptr;
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, rows.name);
+    if (rows.name != 0 && core->bufferMemory == PixelMemory::Mapped) {
+        glUnmapBuffer(GL_PIXEL_UNPACK_BUFFER);
+        rows.memory = nullptr;
     }
-    const auto same = std::ranges::find(pending, texture, &WrittenPicture::texture);
-    if (same == pending.end()) {
-        pending.push_back({texture, std::move(picture)});
+    // Memory is copied at once: a picture that is still drawn would have to be waited for, order does not help.
+    std::optional<Picture> picture = texture.takeSpare(plain ? nullptr : timeline.get());
+    if (picture) {
+        glBindTexture(GL_TEXTURE_2D, picture->name);
+        setUnpackPitch(texture.row, mappedPitch(texture.row, texture.desc.width));
+        uploadRows(texture.row, {0, 0, texture.desc.width, texture.rows()}, plain ? rows.memory : nullptr);
+        picture->lastUse = Fence(timeline, timeline->upcoming());
+        stale.textures = true;
+        worked = true;
     } else {
-        std::swap(same->picture, picture);
-        texture->impl().giveSpare(std::move(picture));
+        core->fail("failed to Unmap: every picture of the texture is still drawn; is the context flushed?");
     }
-    submit(); // a picture that no list ever takes must give its buffer back too
+    glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    if (!plain)
+        rows.lastUse = Fence(timeline, timeline->upcoming());
+    core->uploads->give(std::move(rows));
+    return picture;
+}
+
+/// Deferred: puts the picture into the next list, in the place of an older one of the same texture.
+void Context::Impl::record(WrittenPicture written)
+{
+    const auto same = std::ranges::find(pending, written.texture, &WrittenPicture::texture);
+    if (same == pending.end()) {
+        pending.push_back(std::move(written));
+    } else {
+        std::swap(*same, written);
+        written.drop();
+    }
 }
 
 std::byte* Context::map(Buffer& buffer, MapMode mode)
@@ -129,7 +154,8 @@ std::byte* Context::map(Buffer& buffer, MapMode mode)
         d.core->fail("failed to Map: only an unmapped dynamic buffer can be written");
         return nullptr;
     }
-    if (!d.attach())
+    const Impl::Access access = d.enter();
+    if (!access)
         return nullptr;
     const GLbitfield how =
         mode == MapMode::WriteDiscard ? GL_MAP_INVALIDATE_BUFFER_BIT : GLbitfield{GL_MAP_UNSYNCHRONIZED_BIT};
@@ -144,7 +170,8 @@ std::byte* Context::map(Buffer& buffer, MapMode mode)
 void Context::unmap(Buffer& buffer)
 {
     Impl& d = *_impl;
-    if (!buffer.impl().mapped || !d.attach())
+    const Impl::Access access = d.enter();
+    if (!buffer.impl().mapped || !access)
         return;
     glBindBuffer(GL_COPY_WRITE_BUFFER, buffer.impl().name);
     glUnmapBuffer(GL_COPY_WRITE_BUFFER);
@@ -163,7 +190,8 @@ bool Context::updateSubresource(Texture& texture, const Box& box, const void* da
     }
     if (box.width == 0 || box.height == 0)
         return true;
-    if (!d.attach())
+    const Impl::Access access = d.enter();
+    if (!access)
         return false;
     glBindTexture(GL_TEXTURE_2D, t.front.name);
     if (rowPitch % t.row.bytes == 0) {
@@ -196,7 +224,8 @@ bool Context::copySubresourceRegion(Texture& target, std::uint32_t x, std::uint3
     }
     if (box.width == 0 || box.height == 0)
         return true;
-    if (!d.attach())
+    const Impl::Access access = d.enter();
+    if (!access)
         return false;
     return target.desc().usage == Usage::Staging ? d.readInto(target.impl(), x, y, source, box)
                                                  : d.blitInto(target, x, y, source, box);
@@ -262,11 +291,14 @@ CommandListPtr Context::finishCommandList()
         d.core->fail("the immediate context has no command lists");
         return nullptr;
     }
-    if (!d.attach())
-        return nullptr;
     CommandListPtr list(d.core->takeCommandList().release());
     list->impl().core = d.core;
     list->impl().pictures.swap(d.pending);
+    if (!d.started) // nothing of it is on the device yet
+        return list;
+    const Impl::Access access = d.enter();
+    if (!access)
+        return nullptr;
     list->impl().written = d.submit();
     return list;
 }
@@ -278,10 +310,17 @@ bool Context::executeCommandList(CommandListPtr list)
         d.core->fail("executeCommandList: not the immediate context, or a list of another device");
         return false;
     }
-    if (!d.attach() || !list->impl().written.waitOnGraphicsProcessor())
+    const Impl::Access access = d.enter();
+    if (!access || !list->impl().written.waitOnGraphicsProcessor())
         return false;
-    for (WrittenPicture& written : list->impl().pictures)
-        written.texture->impl().show(std::move(written.picture), Fence(d.timeline, d.timeline->upcoming()));
+    for (WrittenPicture& written : list->impl().pictures) {
+        Texture::Impl& t = written.texture->impl();
+        std::optional<Picture> picture = std::move(written.picture);
+        if (written.rows.capacity != 0)
+            picture = d.upload(t, std::move(written.rows));
+        if (picture)
+            t.show(std::move(*picture), Fence(d.timeline, d.timeline->upcoming()));
+    }
     list->impl().pictures.clear();
     d.stale.textures = true;
     d.worked = true;

@@ -116,10 +116,10 @@ TexturePtr Device::createTexture(const TextureDesc& desc, const void* data, std:
         return nullptr;
     if (desc.usage == Usage::Staging)
         impl->store = createPixelBuffer(mappedBytes(row, desc.width, desc.height), PixelDirection::FromDevice,
-                                        _core->persistentMapping);
+                                        _core->bufferMemory);
     else
         impl->front = impl->makePicture();
-    if (impl->front.name == 0 && impl->store.name == 0) {
+    if (impl->front.name == 0 && impl->store.capacity == 0) {
         _core->fail("failed to create texture " + describe(desc) + ": out of memory");
         return nullptr;
     }

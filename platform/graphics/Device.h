@@ -4,16 +4,25 @@
 #include "graphics/Context.h"
 #include "graphics/SwapChain.h"
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 
 namespace tavlo::graphics {
 
+/// How pictures get into the memory of the device and back.
+enum class Transfer : std::uint8_t
+{
+    Best,          ///< what suits the driver
+    KeptBuffers,   ///< through buffers that stay mapped, where the driver can keep them so
+    MappedBuffers, ///< through buffers that are mapped for each use
+};
+
 struct DeviceOptions
 {
-    int adapter = -1;              ///< index into `enumerateAdapters`; -1 takes the display server's, else the first
-    bool persistentMapping = true; ///< false goes the way of drivers that cannot keep buffers mapped
+    int adapter = -1; ///< index into `enumerateAdapters`; -1 takes the display server's, else the first
+    Transfer transfer = Transfer::Best;
 };
 
 class DeviceCore;

@@ -57,7 +57,8 @@ PresentResult SwapChain::present(Context& immediate)
 {
     Impl& d = *_impl;
     Context::Impl& context = immediate.impl();
-    if (!context.attach())
+    const Context::Impl::Access access = context.enter();
+    if (!access)
         return PresentResult::Failed;
     PresentResult result = PresentResult::Failed;
     if (d.core->makeCurrent(context.handle, d.surface))

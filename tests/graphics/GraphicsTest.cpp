@@ -5,6 +5,19 @@
 
 namespace tavlo::test {
 
+std::string transferName(const testing::TestParamInfo<graphics::Transfer>& info)
+{
+    switch (info.param) {
+    case graphics::Transfer::Best:
+        return "Best";
+    case graphics::Transfer::KeptBuffers:
+        return "KeptBuffers";
+    case graphics::Transfer::MappedBuffers:
+        break;
+    }
+    return "MappedBuffers";
+}
+
 using namespace graphics;
 
 void GraphicsTest::SetUp()

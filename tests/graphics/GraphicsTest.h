@@ -10,12 +10,12 @@
 
 namespace tavlo::test {
 
-/// A device and its immediate context, made anew for each test; the parameter chooses the way of mapping.
+/// A device and its immediate context, made anew for each test; the parameter chooses the way of pictures.
 class GraphicsTest : public testing::Test
 {
 public:
-    explicit GraphicsTest(bool persistentMapping = true)
-        : device(graphics::Device::create({.adapter = -1, .persistentMapping = persistentMapping}))
+    explicit GraphicsTest(graphics::Transfer transfer = graphics::Transfer::Best)
+        : device(graphics::Device::create({.adapter = -1, .transfer = transfer}))
     {}
 
     void SetUp() override;
@@ -27,6 +27,11 @@ public:
     graphics::DevicePtr device;
     graphics::ContextPtr context; ///< the immediate one
 };
+
+/// For suites that run once for each way.
+inline const auto everyTransfer =
+    testing::Values(graphics::Transfer::Best, graphics::Transfer::KeptBuffers, graphics::Transfer::MappedBuffers);
+std::string transferName(const testing::TestParamInfo<graphics::Transfer>& info);
 
 /// Rows of bytes without gaps that differ from texel to texel and from channel to channel.
 std::vector<std::uint8_t> pattern(std::uint32_t rowBytes, std::uint32_t rows, std::uint32_t seed);

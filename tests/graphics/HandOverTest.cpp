@@ -14,15 +14,14 @@ using namespace tavlo::test;
 
 namespace {
 
-/// Writers and readers on threads of their own, with both ways of mapping.
-class HandOverGL : public testing::WithParamInterface<bool>, public GraphicsTest
+/// Writers and readers on threads of their own, with every way of mapping.
+class HandOverGL : public testing::WithParamInterface<Transfer>, public GraphicsTest
 {
 public:
     HandOverGL() : GraphicsTest(GetParam()) {}
 };
 
-INSTANTIATE_TEST_SUITE_P(Mapping, HandOverGL, testing::Values(true, false),
-                         [](const auto& chosen) { return chosen.param ? "Kept" : "EachTime"; });
+INSTANTIATE_TEST_SUITE_P(Ways, HandOverGL, everyTransfer, transferName);
 
 template <class Item>
 class Queue
@@ -88,7 +87,7 @@ bool isWhole(const Mapped& mapped, std::uint32_t number)
 // player's pool: the writer has one back as soon as it was drawn, whether the device is done with it or not.
 TEST_P(HandOverGL, picturesArriveWholeAndInOrder)
 {
-    const std::uint32_t count = GetParam() ? 10'000 : 1'000;
+    const std::uint32_t count = GetParam() == Transfer::Best ? 10'000 : 1'000;
     Queue<TexturePtr> free, freeStaging;
     Queue<Frame> written;
     Queue<std::pair<TexturePtr, std::uint32_t>> drawnFrames;
@@ -225,6 +224,47 @@ TEST_P(HandOverGL, aThreadWithoutContextMakesAndDropsObjects)
     }
     go.store(false);
     maker.join();
+    EXPECT_EQ(device->lastMessage(), "");
+}
+
+// A draw with many textures fills the driver's lists of what its work refers to, while other threads have the driver
+// look through them.
+TEST_P(HandOverGL, manyTexturesAreDrawnWhileOthersWrite)
+{
+    constexpr std::uint32_t side = 8;
+    const auto content = pattern(side * 4, side, 5);
+    std::vector<TexturePtr> textures;
+    for (int i = 0; i < 100; ++i)
+        textures.push_back(device->createTexture({side, side, Format::R8G8B8A8_UNORM}, content.data(), side * 4));
+    const ContextPtr deferred = device->createDeferredContext();
+    const TexturePtr dynamic = makeTexture(Format::R8G8B8A8_UNORM, width, height, Usage::Dynamic);
+    std::atomic<bool> go{true};
+    std::thread writer([&] {
+        while (go.load()) {
+            if (const auto mapped = deferred->map(*dynamic, MapMode::WriteDiscard)) {
+                fill(*mapped, 1);
+                deferred->unmap(dynamic);
+            }
+            deferred->finishCommandList();
+        }
+        deferred->detach();
+    });
+    std::thread maker([&] {
+        while (go.load())
+            device->createTexture({side, side, Format::R8G8B8A8_UNORM}, content.data(), side * 4);
+    });
+    const Quad quad(*device, "color = texelFetch(picture, ivec2(gl_FragCoord.xy), 0);");
+    const TexturePtr target = makeTarget(side, side);
+    bool drawn = true;
+    for (int turn = 0; turn < 100; ++turn) {
+        for (const TexturePtr& texture : textures)
+            drawn &= quad.draw(*context, target, texture);
+        context->flush();
+    }
+    go.store(false);
+    writer.join();
+    maker.join();
+    EXPECT_TRUE(drawn);
     EXPECT_EQ(device->lastMessage(), "");
 }
 

@@ -11,8 +11,8 @@ using namespace tavlo::test;
 
 namespace {
 
-/// All of it with buffers that stay mapped and with buffers that are mapped each time.
-class TextureGL : public testing::WithParamInterface<bool>, public GraphicsTest
+/// All of it in every way that pictures take.
+class TextureGL : public testing::WithParamInterface<Transfer>, public GraphicsTest
 {
 public:
     TextureGL() : GraphicsTest(GetParam()) {}
@@ -20,8 +20,7 @@ public:
     std::vector<std::uint8_t> read(const TexturePtr& texture) { return readBack(*device, *context, texture); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Mapping, TextureGL, testing::Values(true, false),
-                         [](const auto& chosen) { return chosen.param ? "Kept" : "EachTime"; });
+INSTANTIATE_TEST_SUITE_P(Ways, TextureGL, everyTransfer, transferName);
 
 constexpr Format picturesFormats[] = {
     Format::R8G8B8A8_UNORM,    Format::B8G8R8A8_UNORM, Format::B8G8R8X8_UNORM,     Format::R8_UNORM,

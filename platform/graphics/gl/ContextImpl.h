@@ -45,8 +45,16 @@ struct Context::Impl
     explicit Impl(std::shared_ptr<DeviceCore> deviceCore) : core(std::move(deviceCore)) {}
     ~Impl();
 
+    /// What a call that reaches GL holds while it does: the thread's turn, with the context current.
+    struct Access
+    {
+        DeviceCore::Turn turn;
+        bool ready;
+        explicit operator bool() const { return ready; }
+    };
+
     /// Makes the context current on the calling thread. False, and logged, when it cannot be.
-    bool attach();
+    [[nodiscard]] Access enter();
 
     /// The framebuffer of a color and a depth picture, either of which may be missing; 0 and logged when the device
     /// cannot draw so.
@@ -68,7 +76,9 @@ struct Context::Impl
     // pixels
     bool readInto(Texture::Impl& target, std::uint32_t x, std::uint32_t y, const TexturePtr& source, const Box& box);
     bool blitInto(Texture& target, std::uint32_t x, std::uint32_t y, const TexturePtr& source, const Box& box);
-    void record(const TexturePtr& texture, Picture picture);
+    PixelBuffer mapUpload(std::size_t bytes);
+    std::optional<Picture> upload(Texture::Impl& texture, PixelBuffer rows);
+    void record(WrittenPicture written);
 
     // fixed after create
     const std::shared_ptr<DeviceCore> core;
@@ -87,6 +97,7 @@ struct Context::Impl
     std::uint32_t sweptTextures = 0; ///< the device's count of gone textures when `frames` was last tidied
 
     std::vector<WrittenPicture> pending; ///< deferred: for the next command list
+    bool started = false;                ///< was current once
     bool worked = false;                 ///< something was done since the last fence
     GLuint usedProgram = 0;
 
@@ -102,9 +113,9 @@ struct Context::Impl
     StaleSettings stale;
 
 private:
+    bool attach();
     bool start();
     void sweepFrames();
-    bool _started = false;
 };
 
 } // namespace tavlo::graphics

@@ -52,10 +52,10 @@ std::shared_ptr<DeviceCore> DeviceCore::open(const DeviceOptions& options)
     else
         return nullptr;
     core->adapter.id = std::max(options.adapter, 0);
-    return core->start(options.persistentMapping) ? core : nullptr;
+    return core->start(options.transfer) ? core : nullptr;
 }
 
-bool DeviceCore::start(bool persistent)
+bool DeviceCore::start(Transfer transfer)
 {
     driverIdentity = adapter.vendor + " | " + adapter.name + " | " + adapter.driverVersion;
     _service = createEglContext(target.display, EGL_NO_CONFIG_KHR, EGL_NO_CONTEXT);
@@ -69,8 +69,10 @@ bool DeviceCore::start(bool persistent)
     GLint size = 0;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &size);
     maxTextureSize = static_cast<std::uint32_t>(size);
-    persistentMapping = persistent && hasGlExtension("GL_EXT_buffer_storage");
-    uploads = std::make_unique<PixelBufferPool>(persistentMapping);
+    const bool keeps = transfer != Transfer::MappedBuffers && hasGlExtension("GL_EXT_buffer_storage");
+    bufferMemory = keeps ? PixelMemory::Kept : PixelMemory::Mapped;
+    const bool plain = transfer == Transfer::Best && adapter.software;
+    uploads = std::make_unique<PixelBufferPool>(plain ? PixelMemory::Plain : bufferMemory);
     probeFormats();
     makeSharedObjects();
     prepareContext();
@@ -109,6 +111,12 @@ std::string DeviceCore::lastMessage() const
 {
     const std::lock_guard guard(_messageLock);
     return _message;
+}
+
+DeviceCore::Turn DeviceCore::takeTurn() const
+{
+    static std::recursive_mutex softwareRenderer;
+    return adapter.software ? Turn(softwareRenderer) : Turn();
 }
 
 bool DeviceCore::makeCurrent(EGLContext context, EGLSurface surface) const
@@ -205,11 +213,12 @@ void DeviceCore::deleteBuried()
 
 CurrentContext::CurrentContext(DeviceCore& core)
 {
-    if (core.isCurrentHere()) {
-        _ready = true;
+    _ready = core.isCurrentHere();
+    if (!_ready)
+        _borrowed.emplace(core);
+    _turn = core.takeTurn();
+    if (_ready)
         return;
-    }
-    _borrowed.emplace(core);
     _ready = core.makeCurrent(core._service);
     if (!_ready)
         core.fail("failed to eglMakeCurrent: " + eglErrorText());

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <source_location>
@@ -17,6 +18,7 @@
 namespace tavlo::graphics {
 
 struct DeviceOptions;
+enum class Transfer : std::uint8_t;
 class CommandList;
 
 /// The unit at which textures are bound to be written, so that no draw's binding is touched.
@@ -38,6 +40,12 @@ public:
     /// Keeps a text as the last message. Any thread.
     void note(std::string text);
     std::string lastMessage() const;
+
+    /// The calling thread's turn to call GL; it lasts as long as the value. The software renderer looks through the
+    /// unfinished work of every context of the process when one of them writes or reads a texture, and takes no lock
+    /// for it, so its users take turns. Other drivers need none. A thread may take further turns within its own.
+    using Turn = std::unique_lock<std::recursive_mutex>;
+    Turn takeTurn() const;
 
     /// Makes a context of this device current on the calling thread, and remembers that it is ours.
     bool makeCurrent(EGLContext context, EGLSurface surface = EGL_NO_SURFACE) const;
@@ -76,10 +84,12 @@ public:
     Adapter adapter;
     std::string driverIdentity;
     std::uint32_t maxTextureSize = 0;
-    bool persistentMapping = false;
-    GLuint zeroTexture = 0; ///< one transparent black texel: what stands for no texture
+    PixelMemory bufferMemory = PixelMemory::Mapped; ///< of what GL keeps: Mapped or Kept
+    GLuint zeroTexture = 0;                         ///< one transparent black texel: what stands for no texture
     std::array<GLuint, samplerCount> samplers{};
 
+    /// Plain with the software renderer: no other thread than the frame's reaches it then for a picture, and a picture
+    /// that is never drawn is never copied.
     std::unique_ptr<PixelBufferPool> uploads;
 
 private:
@@ -87,7 +97,7 @@ private:
 
     DeviceCore() = default;
 
-    bool start(bool persistent);
+    bool start(Transfer transfer);
     void probeFormats();
     void makeSharedObjects();
 
@@ -131,6 +141,7 @@ private:
     };
 
     std::optional<Borrowed> _borrowed;
+    DeviceCore::Turn _turn;
     bool _ready = false;
 };
 

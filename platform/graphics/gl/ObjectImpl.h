@@ -30,11 +30,15 @@ struct Program::Impl
     std::vector<Semantic> inputs;
 };
 
-/// A dynamic texture and what it is to show.
+/// A dynamic texture and what it is to show: a picture on the device, or rows that have still to get there.
 struct WrittenPicture
 {
+    /// Gives back what was never shown.
+    void drop();
+
     TexturePtr texture;
     Picture picture;
+    PixelBuffer rows;
 };
 
 struct CommandList::Impl

@@ -1,6 +1,8 @@
 #include "graphics/gl/PixelBuffers.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace tavlo::graphics {
 
@@ -10,8 +12,13 @@ constexpr std::size_t idleLimit = std::size_t{256} << 20; // sixteen buffers of 
 
 } // namespace
 
-PixelBuffer createPixelBuffer(std::size_t bytes, PixelDirection direction, bool keepMapped)
+PixelBuffer createPixelBuffer(std::size_t bytes, PixelDirection direction, PixelMemory kind)
 {
+    if (kind == PixelMemory::Plain) {
+        std::unique_ptr<std::byte[]> plain(new (std::nothrow) std::byte[bytes]);
+        std::byte* const memory = plain.get();
+        return {0, memory ? bytes : 0, memory, {}, std::move(plain)};
+    }
     static const auto bufferStorage =
         reinterpret_cast<PFNGLBUFFERSTORAGEEXTPROC>(eglGetProcAddress("glBufferStorageEXT"));
     const bool up = direction == PixelDirection::ToDevice;
@@ -20,7 +27,8 @@ PixelBuffer createPixelBuffer(std::size_t bytes, PixelDirection direction, bool 
 
     while (glGetError() != GL_NO_ERROR) {
     }
-    PixelBuffer buffer{0, bytes, nullptr, {}};
+    const bool keepMapped = kind == PixelMemory::Kept;
+    PixelBuffer buffer{0, bytes, nullptr, {}, nullptr};
     glGenBuffers(1, &buffer.name);
     glBindBuffer(target, buffer.name);
     if (keepMapped && bufferStorage) {
@@ -54,7 +62,7 @@ PixelBuffer PixelBufferPool::take(std::size_t bytes)
             return buffer;
         }
     }
-    return createPixelBuffer(bytes, PixelDirection::ToDevice, _keepMapped);
+    return createPixelBuffer(bytes, PixelDirection::ToDevice, _kind);
 }
 
 void PixelBufferPool::give(PixelBuffer buffer)
@@ -65,16 +73,22 @@ void PixelBufferPool::give(PixelBuffer buffer)
     // GL keeps a deleted buffer until the work that reads it is done.
     while (_idleBytes > idleLimit && _idle.size() > 1) {
         _idleBytes -= _idle.front().capacity;
-        glDeleteBuffers(1, &_idle.front().name);
+        drop(_idle.front());
         _idle.erase(_idle.begin());
     }
+}
+
+void PixelBufferPool::drop(const PixelBuffer& buffer)
+{
+    if (buffer.name != 0)
+        glDeleteBuffers(1, &buffer.name);
 }
 
 void PixelBufferPool::clear()
 {
     const std::lock_guard guard(_lock);
     for (const PixelBuffer& buffer : _idle)
-        glDeleteBuffers(1, &buffer.name);
+        drop(buffer);
     _idle.clear();
     _idleBytes = 0;
 }
