@@ -15,29 +15,40 @@ struct Command
     const char* name;
     const char* help;
     int (*run)(const QStringList& arguments);
+    const char* usage = nullptr; ///< of a command with arguments of its own
 };
 
 constexpr std::array commands{
     Command{"switch", "CLIP...       switch between files, addresses and devices; record and stream it",
-            &tavlo::host::switchCommand},
-    Command{"run", "SHOW.xml         put on a show file (docs/show-file.md)", &tavlo::host::runCommand},
-    Command{"check", "FILE...        tell what is wrong in show files, or in records", &tavlo::host::checkCommand},
-    Command{"probe", "FILE|URL       tell what an input is", &tavlo::host::probeCommand},
+            &tavlo::host::switchCommand, tavlo::host::switchUsage},
+    Command{"run", "SHOW.xml         put on a show file (docs/show-file.md)", &tavlo::host::runCommand,
+            tavlo::host::runUsage},
+    Command{"check", "FILE...        tell what is wrong in show files, or in records", &tavlo::host::checkCommand,
+            tavlo::host::checkUsage},
+    Command{"probe", "FILE|URL       tell what an input is", &tavlo::host::probeCommand, tavlo::host::probeUsage},
     Command{"devices", "             list graphics adapters, cameras and sound devices", &tavlo::host::devicesCommand},
     Command{"effects", "             list the transitions", &tavlo::host::effectsCommand},
     Command{"filters", "             list the picture filters", &tavlo::host::filtersCommand},
     Command{"records", "             list the records that have an XML form", &tavlo::host::recordsCommand},
     Command{"version", "             tell the versions, and where pictures are drawn", &tavlo::host::versionCommand},
-    Command{"pace", "[FPS [SECONDS]] run the frame thread and measure it", &tavlo::host::paceCommand},
+    Command{"pace", "[FPS [SECONDS]] run the frame thread and measure it", &tavlo::host::paceCommand,
+            tavlo::host::paceUsage},
 };
 
-int usage()
+void tellUsage(QTextStream& stream)
 {
-    tavlo::host::err() << "usage: tavlo COMMAND ...\n";
+    stream << "usage: tavlo COMMAND ...\n";
     for (const Command& command : commands)
-        tavlo::host::err() << "  " << command.name << ' ' << command.help << '\n';
-    tavlo::host::err() << "Lists take --json. TAVLO_LOG=1 shows what the engine logs." << Qt::endl;
-    return tavlo::host::WrongUse;
+        stream << "  " << command.name << ' ' << command.help << '\n';
+    stream << "Lists take --json, commands --help. TAVLO_LOG=1 shows what the engine logs." << Qt::endl;
+}
+
+void tellUsage(const Command& command)
+{
+    if (command.usage)
+        tavlo::host::out() << command.usage << Qt::endl;
+    else
+        tavlo::host::out() << "usage: tavlo " << command.name << " [--json]" << Qt::endl;
 }
 
 void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
@@ -54,8 +65,17 @@ int main(int argc, char** argv)
         qInstallMessageHandler(dropMessage);
     const QGuiApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    const auto* const command = std::ranges::find_if(commands, [&arguments](const Command& candidate) {
-        return arguments.value(1) == QLatin1String(candidate.name);
-    });
-    return command != commands.end() ? command->run(arguments.mid(2)) : usage();
+    const QString name = arguments.value(1);
+    const auto* const command =
+        std::ranges::find_if(commands, [&](const Command& row) { return name == QLatin1String(row.name); });
+    if (command == commands.end()) {
+        const bool asked = name == QLatin1String("help") || name == QLatin1String("--help");
+        tellUsage(asked ? tavlo::host::out() : tavlo::host::err());
+        return asked ? tavlo::host::Done : tavlo::host::WrongUse;
+    }
+    if (arguments.contains(QLatin1String("--help"))) {
+        tellUsage(*command);
+        return tavlo::host::Done;
+    }
+    return command->run(arguments.mid(2));
 }

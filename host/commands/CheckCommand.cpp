@@ -35,7 +35,7 @@ int checkCommand(const QStringList& arguments)
         files.remove(place, 2);
     }
     if (files.isEmpty() || files.first().startsWith(QLatin1String("--"))) {
-        err() << "usage: tavlo check [--record TYPE] FILE..." << Qt::endl;
+        err() << checkUsage << Qt::endl;
         return WrongUse;
     }
     int status = Done;

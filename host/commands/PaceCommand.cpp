@@ -24,7 +24,7 @@ int paceCommand(const QStringList& arguments)
     const float fps = arguments.value(0, QStringLiteral("25")).toFloat();
     const int seconds = arguments.value(1, QStringLiteral("3")).toInt();
     if (!(fps > 0.0F) || seconds < 1) {
-        err() << "usage: tavlo pace [FRAMES-A-SECOND [SECONDS]]" << Qt::endl;
+        err() << paceUsage << Qt::endl;
         return WrongUse;
     }
     TavloPresentThread engine;

@@ -13,7 +13,7 @@ int probeCommand(const QStringList& arguments)
     QStringList names = arguments;
     const bool json = names.removeAll(QStringLiteral("--json")) > 0;
     if (names.size() != 1) {
-        err() << "usage: tavlo probe FILE|URL [--json]" << Qt::endl;
+        err() << probeUsage << Qt::endl;
         return WrongUse;
     }
     Show show;

@@ -20,7 +20,7 @@ namespace {
 class Arguments
 {
 public:
-    explicit Arguments(const QString& usage) : _usage(usage) {}
+    explicit Arguments(const char* usage) : _usage(usage) {}
 
     void add(const char* name, const char* value = nullptr)
     {
@@ -77,12 +77,12 @@ public:
     bool areGood() const
     {
         if (!_error.isEmpty())
-            err() << _error << '\n' << "usage: " << _usage << Qt::endl;
+            err() << _error << '\n' << _usage << Qt::endl;
         return _error.isEmpty();
     }
 
 private:
-    const QString _usage;
+    const char* const _usage;
     QCommandLineParser _parser;
     QString _error;
 };
@@ -137,11 +137,7 @@ LiveOptions optionsOf(Arguments& arguments)
 
 int switchCommand(const QStringList& given)
 {
-    Arguments arguments(QStringLiteral(
-        "tavlo switch CLIP... [--effect NAME|NUMBER|random] [--every SECONDS] [--take-time SECONDS] [--size 1280x720] "
-        "[--fps 25] [--record FILE] [--record-period SECONDS] [--stream URL] [--seconds N] [--window] [--canvas "
-        "1280x720] "
-        "[--snapshot FILE.png] [--quiet]"));
+    Arguments arguments(switchUsage);
     for (const char* name : {"effect", "every", "take-time", "size", "fps", "record", "record-period", "stream",
                              "seconds", "canvas", "snapshot"})
         arguments.add(name, "value");
@@ -199,9 +195,7 @@ int switchCommand(const QStringList& given)
 
 int runCommand(const QStringList& given)
 {
-    Arguments arguments(
-        QStringLiteral("tavlo run SHOW.xml [--window] [--canvas 1280x720] [--seconds N] [--record FILE] "
-                       "[--snapshot FILE.png] [--quiet]"));
+    Arguments arguments(runUsage);
     for (const char* name : {"seconds", "record", "canvas", "snapshot"})
         arguments.add(name, "value");
     arguments.add("window");

@@ -145,6 +145,9 @@ TEST(Host, TellsWhatIsWrongAndEndsWithItsNumber)
     const std::vector<Case> cases{
         {{}, 2, {"usage: tavlo COMMAND", "switch"}},
         {{"dance"}, 2, {"usage"}},
+        {{"--help"}, 0, {"usage: tavlo COMMAND", "switch"}},
+        {{"switch", "--help"}, 0, {"--take-time SECONDS"}},
+        {{"effects", "--help"}, 0, {"usage: tavlo effects [--json]"}},
         {{"switch"}, 2, {"wants 1 to 38 clips"}},
         {{"switch", "none.mp4"}, 2, {"none.mp4: there is no such file"}},
         {{"switch", clip, "--every", "often"}, 2, {"--every often: wants a number"}},
