@@ -1,7 +1,8 @@
 #include "TavloOutputModule/RtspServer.h"
 
+#include "shared/Gstreamer.h"
+
 #include <gst/app/gstappsrc.h>
-#include <gst/gst.h>
 #include <gst/rtsp-server/rtsp-server.h>
 
 #include <atomic>
@@ -13,23 +14,6 @@ namespace tavlo {
 namespace {
 
 constexpr quint64 mostWaiting = 8 << 20; // bytes; what a pipeline that is stuck may keep
-
-struct Unref
-{
-    void operator()(void* object) const { g_object_unref(object); }
-};
-template <class Object>
-using Owned = std::unique_ptr<Object, Unref>;
-
-bool initGstreamer(std::string& error)
-{
-    GError* failure = nullptr;
-    if (gst_init_check(nullptr, nullptr, &failure))
-        return true;
-    error = failure ? failure->message : "GStreamer does not start";
-    g_clear_error(&failure);
-    return false;
-}
 
 GstBuffer* bufferOf(const QByteArray& header, const block_t& block)
 {
@@ -64,9 +48,9 @@ GstCaps* audioCaps(const StreamFormat& format)
 }
 
 /// The source of that name; null when the pipeline has none.
-Owned<GstAppSrc> sourceOf(GstElement* element, const char* name, GstCaps* caps)
+GstOwned<GstAppSrc> sourceOf(GstElement* element, const char* name, GstCaps* caps)
 {
-    Owned<GstAppSrc> source(reinterpret_cast<GstAppSrc*>(gst_bin_get_by_name_recurse_up(GST_BIN(element), name)));
+    GstOwned<GstAppSrc> source(reinterpret_cast<GstAppSrc*>(gst_bin_get_by_name_recurse_up(GST_BIN(element), name)));
     if (source)
         gst_app_src_set_caps(source.get(), caps);
     gst_caps_unref(caps);
@@ -122,8 +106,8 @@ private:
 
     // guarded by _lock
     std::mutex _lock;
-    Owned<GstElement> _element; ///< while there is one
-    Owned<GstAppSrc> _video, _audio;
+    GstOwned<GstElement> _element; ///< while there is one
+    GstOwned<GstAppSrc> _video, _audio;
     bool _begun = false;    ///< the first key picture is in it
     bool _skipping = false; ///< too much waits: pictures up to the next key picture are left out
     qint64 _offset = 0;     ///< from a packet's time to the pipeline's, microseconds
@@ -225,8 +209,7 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
     GError* failure = nullptr;
     _listening = gst_rtsp_server_create_source(_server, nullptr, &failure);
     if (!_listening) {
-        error = failure ? failure->message : "cannot listen";
-        g_clear_error(&failure);
+        error = takeGstError(failure, "cannot listen");
         return false;
     }
     const auto accept = [](GSocket* socket, GIOCondition condition, gpointer server) {

@@ -1,11 +1,11 @@
 #include "TavloCodecAggregationModule/FrameGrid.h"
 #include "TavloMpegModule/SampleTimeline.h"
-#include "TavloOutputModule/Backoff.h"
 #include "TavloOutputModule/Interleaver.h"
 #include "TavloOutputModule/Mp4Index.h"
 #include "TavloOutputModule/PacketQueue.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/UrlTarget.h"
+#include "shared/Backoff.h"
 
 #include <QFile>
 #include <QTemporaryDir>
