@@ -37,6 +37,15 @@ struct FileCard
         sinks.now = [this] { return now; };
     }
 
+    /// As picky as a card's own.
+    static std::string videoSink(const QString& path)
+    {
+        return "capsfilter "
+               "caps=video/x-raw,format=UYVY,width=720,height=576,pixel-aspect-ratio=12/11,interlace-mode=interleaved,"
+               "colorimetry=bt601,chroma-site=mpeg2 ! " +
+               sink(path);
+    }
+
     static std::string sink(const QString& path)
     {
         return "filesink buffer-mode=unbuffered sync=false async=false location=" + path.toStdString();
@@ -62,7 +71,7 @@ struct FileCard
     QTemporaryDir folder;
     QString video = folder.filePath(QStringLiteral("video")), audio = folder.filePath(QStringLiteral("audio"));
     qint64 now = 0; ///< the card's clock
-    Sinks sinks{sink(video), sink(audio), {}};
+    Sinks sinks{videoSink(video), sink(audio), {}};
 };
 
 TEST(Decklink, APipelineShowsPicturesAtTheCardsRateWithTheirSound)
@@ -100,7 +109,7 @@ TEST(Decklink, ACardThatIsNotThereIsTriedAgainAndHoldsUpNobody)
 {
     FileCard card;
     const QDir folder(card.folder.path());
-    card.sinks.video = FileCard::sink(folder.filePath(QStringLiteral("later/video")));
+    card.sinks.video = FileCard::videoSink(folder.filePath(QStringLiteral("later/video")));
     card.video = folder.filePath(QStringLiteral("later/video"));
     LogCapture log;
     DecklinkOutput output;
