@@ -13,7 +13,8 @@ namespace tavlo {
 
 namespace {
 
-constexpr quint64 mostWaiting = 8 << 20; // bytes; what a pipeline that is stuck may keep
+constexpr guint16 firstUdpPort = 61'000, lastUdpPort = 65'535; // above those that the kernel gives to connections
+constexpr quint64 mostWaiting = 8 << 20;                       // bytes; what a pipeline that is stuck may keep
 
 GstBuffer* bufferOf(const QByteArray& header, const block_t& block)
 {
@@ -68,6 +69,15 @@ std::string launchText(const StreamFormat& format)
     if (format.hasAudio())
         text += " appsrc name=audio " + source + "aacparse ! rtpmp4gpay pt=97 name=pay" + std::to_string(number++);
     return text + " )";
+}
+
+/// Has pictures that go over UDP leave from the server's own address, where their viewers answer; otherwise the ports for
+/// it would be open on all addresses.
+void bindToAddress(GstRTSPMediaFactory* factory, const std::string& address)
+{
+    const GstOwned<GstRTSPAddressPool> pool(gst_rtsp_address_pool_new());
+    if (gst_rtsp_address_pool_add_range(pool.get(), address.c_str(), address.c_str(), firstUdpPort, lastUdpPort, 0))
+        gst_rtsp_media_factory_set_address_pool(factory, pool.get());
 }
 
 /// Calls `function(instance, shared)` with each signal; the shared object lives as long as the connection.
@@ -194,6 +204,8 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
     GstRTSPMediaFactory* const factory = gst_rtsp_media_factory_new();
     gst_rtsp_media_factory_set_launch(factory, launchText(format).c_str());
     gst_rtsp_media_factory_set_shared(factory, TRUE);
+    if (address != "0.0.0.0" && address != "::")
+        bindToAddress(factory, address);
     const auto begin = [](GstRTSPMediaFactory*, GstRTSPMedia* media, PipelinePtr* self) { (*self)->begin(media); };
     connectSignal(factory, "media-configure", G_CALLBACK(+begin), _pipeline);
     const auto come = [](GstRTSPServer*, GstRTSPClient* client, PipelinePtr* self) {
