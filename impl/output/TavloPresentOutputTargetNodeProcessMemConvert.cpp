@@ -7,6 +7,7 @@
 
 #include <QDebug>
 
+#include <chrono>
 #include <cstring>
 #include <pthread.h>
 #include <utility>
@@ -85,6 +86,7 @@ bool Node::create(int index, const QString& name, const tagTavloVideoInfo& video
     _freeBlocks.reserve(blockCount);
     _eventQueue.reserve(queueReserve);
     _running = true;
+    _hasEnded = false;
     _thread = std::thread([this] {
         pthread_setname_np(pthread_self(), "tavlo-convert");
         run();
@@ -128,11 +130,24 @@ void Node::destroy()
             _running = false;
         }
         _eventArrived.notify_one();
-        _thread.join();
+        joinThread();
     }
     _nv12Pass.reset();
     _converter.close();
     TavloPresentOutputTargetNodeBase::destroy();
+}
+
+/// What was posted is done first, the last output's end included; the log tells once a second that it takes so long.
+void Node::joinThread()
+{
+    {
+        std::unique_lock guard(_eventQueueLock);
+        const auto hasEnded = [this] { return _hasEnded; };
+        for (int turn = 0; !_threadEnded.wait_for(guard, std::chrono::milliseconds(10), hasEnded); ++turn)
+            if (turn % 100 == 0)
+                tell("destroy", "wait thread timeout: TavloPresentThread::stop");
+    }
+    _thread.join();
 }
 
 void Node::commitVideoData(picture_t* picture)
@@ -246,6 +261,11 @@ void Node::run()
         events.clear();
     }
     onThreadEnd();
+    {
+        const std::lock_guard guard(_eventQueueLock);
+        _hasEnded = true;
+    }
+    _threadEnded.notify_one();
 }
 
 /// All that is posted. False when the node is to end and nothing is left to do.

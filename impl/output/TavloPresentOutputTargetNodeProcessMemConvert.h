@@ -90,6 +90,7 @@ private:
     tavlo::graphics::TextureDesc stagingDesc() const;
     void makeTextures();
     void run();
+    void joinThread();
     bool takeEvents(std::vector<tavlo::OutputEvent>& events);
     void handleTexture(tavlo::OutputEvent& event);
     bool copyToStaging(tavlo::graphics::Texture& staging, const tavlo::graphics::TexturePtr& texture);
@@ -119,7 +120,9 @@ private:
     std::mutex _eventQueueLock;
     std::condition_variable _eventArrived;
     std::vector<tavlo::OutputEvent> _eventQueue;
+    std::condition_variable _threadEnded;
     bool _running = false;
+    bool _hasEnded = false;
 
     // any thread
     std::atomic<quint64> _committedPictures{0};

@@ -15,12 +15,12 @@ namespace tavlo {
 namespace {
 
 constexpr std::array choices{
-    EncoderChoice{TavloVideoEncodeImplNVENC, TavloVideoCodecH264, "h264_nvenc"},
-    EncoderChoice{TavloVideoEncodeImplNVENC, TavloVideoCodecHEVC, "hevc_nvenc"},
-    EncoderChoice{TavloVideoEncodeImplVAAPI, TavloVideoCodecH264, "h264_vaapi"},
-    EncoderChoice{TavloVideoEncodeImplVAAPI, TavloVideoCodecHEVC, "hevc_vaapi"},
-    EncoderChoice{TavloVideoEncodeImplSoftware, TavloVideoCodecH264, "libx264"},
-    EncoderChoice{TavloVideoEncodeImplSoftware, TavloVideoCodecHEVC, "libx265"},
+    EncoderChoice{TavloVideoEncodeImplNVENC, TavloVideoCodecH264, "h264_nvenc", false, "cq"},
+    EncoderChoice{TavloVideoEncodeImplNVENC, TavloVideoCodecHEVC, "hevc_nvenc", false, "cq"},
+    EncoderChoice{TavloVideoEncodeImplVAAPI, TavloVideoCodecH264, "h264_vaapi", true, nullptr},
+    EncoderChoice{TavloVideoEncodeImplVAAPI, TavloVideoCodecHEVC, "hevc_vaapi", true, nullptr},
+    EncoderChoice{TavloVideoEncodeImplSoftware, TavloVideoCodecH264, "libx264", false, "crf"},
+    EncoderChoice{TavloVideoEncodeImplSoftware, TavloVideoCodecHEVC, "libx265", false, "crf"},
 };
 
 constexpr std::array profiles{"", "baseline", "main", "high"};
@@ -63,7 +63,15 @@ void applyFormat(AVCodecContext& codec, const tagTavloVideoInfo& videoInfo)
     codec.chroma_sample_location = AVCHROMA_LOC_CENTER;
 }
 
-void applyRate(AVCodecContext& codec, const tagTavloPresentOutputParam& param)
+void applyQuality(AVCodecContext& codec, const EncoderChoice& choice, quint32 quality)
+{
+    if (choice.quality)
+        setOption(codec, choice.quality, std::to_string(quality));
+    else
+        codec.global_quality = static_cast<int>(std::max(quality, 1U)); // 0 would be none
+}
+
+void applyRate(AVCodecContext& codec, const EncoderChoice& choice, const tagTavloPresentOutputParam& param)
 {
     const auto control = static_cast<RateControl>(param.rateSettings[1]);
     if (control == RateControl::Quantizer) {
@@ -71,7 +79,7 @@ void applyRate(AVCodecContext& codec, const tagTavloPresentOutputParam& param)
         return;
     }
     if (control == RateControl::Quality)
-        setOption(codec, "crf", std::to_string(std::min(param.videoSettings[4], 51U)));
+        applyQuality(codec, choice, std::min(param.videoSettings[4], 51U));
     else
         codec.bit_rate = std::max<qint64>(param.videoBitrate, 16) * 1000;
     const double factor = std::isfinite(param.rateFactor) ? std::clamp(double{param.rateFactor}, 1.0, 10.0) : 1.0;
@@ -84,7 +92,8 @@ void applyRate(AVCodecContext& codec, const tagTavloPresentOutputParam& param)
 
 std::span<const EncoderChoice> encoderChoices() { return choices; }
 
-void applySettings(AVCodecContext& codec, const tagTavloVideoInfo& videoInfo, const tagTavloPresentOutputParam& param)
+void applySettings(AVCodecContext& codec, const EncoderChoice& choice, const tagTavloVideoInfo& videoInfo,
+                   const tagTavloPresentOutputParam& param)
 {
     applyFormat(codec, videoInfo);
     const auto& settings = param.encoderSettings;
@@ -96,7 +105,7 @@ void applySettings(AVCodecContext& codec, const tagTavloVideoInfo& videoInfo, co
     codec.thread_count = static_cast<int>(std::min(settings[4], 64U));
     codec.me_range = static_cast<int>(std::clamp(param.videoOption2, 4U, 64U));
     codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    applyRate(codec, param);
+    applyRate(codec, choice, param);
     if (isEncoder(codec, "libx264") || isEncoder(codec, "libx265")) {
         setOption(codec, "preset", chosen(speeds, settings[3]));
         setOption(codec, "tune", chosen(tunings, param.videoOption3));

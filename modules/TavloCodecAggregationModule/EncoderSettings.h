@@ -16,6 +16,8 @@ struct EncoderChoice
     TavloVideoEncodeImpl impl;
     TavloVideoCodec codec;
     const char* name;
+    bool onDevice;       ///< takes pictures from the memory of a VAAPI device
+    const char* quality; ///< its option of constant quality; null: the encoder's global quality
 };
 
 /// Those that may answer, the best first; none for values that are unknown.
@@ -43,6 +45,7 @@ std::span<const EncoderChoice> encoderChoices();
 /// | `encoderSettings[4]` | threads; 0: one for each core                                                           |
 ///
 /// `videoSettings[0]` and `[1]` belong to projections; `encoderSettings[5]` to `[8]` are free.
-void applySettings(AVCodecContext& codec, const tagTavloVideoInfo& videoInfo, const tagTavloPresentOutputParam& param);
+void applySettings(AVCodecContext& codec, const EncoderChoice& choice, const tagTavloVideoInfo& videoInfo,
+                   const tagTavloPresentOutputParam& param);
 
 } // namespace tavlo

@@ -1,6 +1,7 @@
 #include "TavloCodecAggregationModule/FfmpegVideoEncoder.h"
 
 #include "TavloCodecAggregationModule/EncoderSettings.h"
+#include "TavloCodecAggregationModule/HardwareDevice.h"
 
 #include <tavlo/TavloOutputStatistics.h>
 
@@ -110,7 +111,11 @@ void FfmpegVideoEncoder::FreeFfmpeg::operator()(AVPacket* packet) const { av_pac
 
 FfmpegVideoEncoder::~FfmpegVideoEncoder() { FfmpegVideoEncoder::close(); }
 
-void FfmpegVideoEncoder::init(quint32, ITavloVideoEncoderSink* sink, ITavloGraphicsContext*) { _sink = sink; }
+void FfmpegVideoEncoder::init(quint32, ITavloVideoEncoderSink* sink, ITavloGraphicsContext* graphicsContext)
+{
+    _sink = sink;
+    _graphicsContext = graphicsContext;
+}
 
 bool FfmpegVideoEncoder::open(const tagTavloVideoInfo& videoInfo, const tagTavloPresentOutputParam& param, quint32)
 {
@@ -122,7 +127,7 @@ bool FfmpegVideoEncoder::open(const tagTavloVideoInfo& videoInfo, const tagTavlo
     for (const EncoderChoice& choice : encoderChoices())
         if (!_codec && choice.codec == param.videoCodec &&
             (_impl == TavloVideoEncodeImplAutomatic || _impl == choice.impl))
-            _codec = openCodec(choice.name, videoInfo, param);
+            _codec = openCodec(choice, videoInfo, param);
     if (!_codec || !makeSlots(videoInfo)) {
         qDebug() << "FfmpegVideoEncoder::open: nothing codes codec" << param.videoCodec << "by" << quint32{_impl}
                  << "at" << videoInfo.width << "x" << videoInfo.height;
@@ -140,24 +145,39 @@ bool FfmpegVideoEncoder::open(const tagTavloVideoInfo& videoInfo, const tagTavlo
     return true;
 }
 
-FfmpegVideoEncoder::CodecPtr FfmpegVideoEncoder::openCodec(const char* name, const tagTavloVideoInfo& videoInfo,
+FfmpegVideoEncoder::CodecPtr FfmpegVideoEncoder::openCodec(const EncoderChoice& choice,
+                                                           const tagTavloVideoInfo& videoInfo,
                                                            const tagTavloPresentOutputParam& param)
 {
-    const AVCodec* const codec = avcodec_find_encoder_by_name(name);
+    const auto refuses = [&](const char* why) {
+        qDebug().noquote() << "FfmpegVideoEncoder::open:" << choice.name << "refuses:" << why;
+        return nullptr;
+    };
+    const AVCodec* const codec = avcodec_find_encoder_by_name(choice.name);
     CodecPtr context(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!context)
-        return nullptr;
+        return refuses("it is not a part of this FFmpeg");
     context->log_level_offset = quieter;
     context->codec_id = codecIdOf(param.videoCodec);
     context->pix_fmt = takesInterleavedChroma(*codec) ? AV_PIX_FMT_NV12 : AV_PIX_FMT_YUV420P;
-    applySettings(*context, videoInfo, param);
+    applySettings(*context, choice, videoInfo, param);
+    if (choice.onDevice) {
+        void* const device = _graphicsContext ? _graphicsContext->device() : nullptr;
+        if (!device || !takeFromDevice(*context, static_cast<AVBufferRef*>(device)))
+            return refuses("there is no device");
+    }
     const ThreadName codecName("tavlo-encode");
-    if (avcodec_open2(context.get(), codec, nullptr) < 0)
-        return nullptr;
-    _planar.reset(context->pix_fmt == AV_PIX_FMT_NV12
-                      ? nullptr
-                      : newFrame(AV_PIX_FMT_YUV420P, videoInfo.width, videoInfo.height));
-    qDebug() << "FfmpegVideoEncoder::open:" << name << videoInfo.width << "x" << videoInfo.height;
+    if (const int failure = avcodec_open2(context.get(), codec, nullptr); failure < 0) {
+        std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+        av_strerror(failure, text.data(), text.size());
+        return refuses(text.data());
+    }
+    if (context->extradata_size == 0)
+        return refuses("it gives no header");
+    _planar.reset(context->pix_fmt == AV_PIX_FMT_YUV420P
+                      ? newFrame(AV_PIX_FMT_YUV420P, videoInfo.width, videoInfo.height)
+                      : nullptr);
+    qDebug() << "FfmpegVideoEncoder::open:" << choice.name << videoInfo.width << "x" << videoInfo.height;
     return context;
 }
 
@@ -303,7 +323,9 @@ void FfmpegVideoEncoder::codeSlot(Slot* slot)
 void FfmpegVideoEncoder::send(const AVFrame& picture, qint64 index)
 {
     av_frame_unref(_sent.get());
-    if (av_frame_ref(_sent.get(), _planar ? planar(picture) : &picture) < 0) {
+    const bool ready = _codec->hw_frames_ctx ? upload(*_codec, picture, *_sent)
+                                             : av_frame_ref(_sent.get(), _planar ? planar(picture) : &picture) == 0;
+    if (!ready) {
         _dropped.fetch_add(1, std::memory_order_relaxed);
         return;
     }

@@ -21,6 +21,8 @@ struct AVPacket;
 
 namespace tavlo {
 
+struct EncoderChoice;
+
 /// Codes with an encoder of libavcodec, on a thread of its own.
 class FfmpegVideoEncoder final : public Implements<FfmpegVideoEncoder, ITavloVideoEncoder>
 {
@@ -58,7 +60,8 @@ private:
         PicturePtr picture;
     };
 
-    CodecPtr openCodec(const char* name, const tagTavloVideoInfo& videoInfo, const tagTavloPresentOutputParam& param);
+    CodecPtr openCodec(const EncoderChoice& choice, const tagTavloVideoInfo& videoInfo,
+                       const tagTavloPresentOutputParam& param);
     bool makeSlots(const tagTavloVideoInfo& videoInfo);
     void run();
     Slot* nextSlot();
@@ -73,7 +76,8 @@ private:
 
     // fixed from open to close
     ITavloVideoEncoderSink* _sink = nullptr;
-    CodecPtr _codec; ///< used by the encoder's thread alone
+    ITavloGraphicsContext* _graphicsContext = nullptr; ///< null: no encoder on a device
+    CodecPtr _codec;                                   ///< used by the encoder's thread alone
     std::array<Slot, pictureCount> _slots;
     std::thread _thread;
 

@@ -1,9 +1,14 @@
 #include "TavloCodecAggregationModule/EncoderSettings.h"
 #include "TavloCodecAggregationModule/FfmpegVideoEncoder.h"
+#include "TavloCodecAggregationModule/HardwareDevice.h"
 
 #include "shared/ModuleFactory.h"
 
 #include <tavlo/Export.h>
+
+#include <QDebug>
+
+#include <utility>
 
 namespace {
 
@@ -11,13 +16,32 @@ using namespace tavlo;
 
 bool isKnown(TavloVideoEncodeImpl impl) { return impl <= TavloVideoEncodeImplVAAPI; }
 
-/// The encoders of today take pictures from memory, so there is nothing that they would share.
+/// The device of encoders that take pictures from its memory. Where any encoder will do, it is opened when it is asked
+/// for.
 class GraphicsContext final : public Implements<GraphicsContext, ITavloGraphicsContext>
 {
 public:
-    bool create(quint32, void*, quint32, int) override { return true; }
+    explicit GraphicsContext(TavloVideoEncodeImpl impl) : _impl(impl) {}
+
+    bool create(quint32, void*, quint32, int) override { return _impl != TavloVideoEncodeImplVAAPI || device(); }
     void makeCurrent() override {}
-    void* device() override { return nullptr; }
+
+    void* device() override
+    {
+        const bool wanted = _impl == TavloVideoEncodeImplVAAPI || _impl == TavloVideoEncodeImplAutomatic;
+        if (wanted && !std::exchange(_tried, true)) {
+            std::string error;
+            _device = openVaapi(error);
+            if (!_device)
+                qDebug().noquote() << "GraphicsContext::device: no VAAPI:" << error.c_str();
+        }
+        return _device.get();
+    }
+
+private:
+    const TavloVideoEncodeImpl _impl;
+    bool _tried = false;
+    BufferRefPtr _device;
 };
 
 class CodecAggregation final : public Implements<CodecAggregation, ITavloCodecAggregation>
@@ -25,7 +49,7 @@ class CodecAggregation final : public Implements<CodecAggregation, ITavloCodecAg
 public:
     ITavloGraphicsContext* createGraphicsContext(TavloVideoEncodeImpl impl) override
     {
-        return isKnown(impl) ? new GraphicsContext : nullptr;
+        return isKnown(impl) ? new GraphicsContext(impl) : nullptr;
     }
 
     ITavloVideoEncoder* createEncoder(TavloVideoEncodeImpl impl) override

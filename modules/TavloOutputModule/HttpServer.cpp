@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -72,6 +73,31 @@ Response bytesResponse(const QByteArray& bytes)
                                                     MHD_RESPMEM_MUST_COPY));
 }
 
+/// Where to listen.
+struct Listening
+{
+    sockaddr_storage address{};
+    unsigned flags = 0; ///< the server's for such an address
+};
+
+std::optional<Listening> listeningAt(const std::string& address, quint16 port)
+{
+    Listening place;
+    auto& four = reinterpret_cast<sockaddr_in&>(place.address);
+    auto& six = reinterpret_cast<sockaddr_in6&>(place.address);
+    if (inet_pton(AF_INET, address.c_str(), &four.sin_addr) == 1) {
+        four.sin_family = AF_INET;
+        four.sin_port = htons(port);
+    } else if (inet_pton(AF_INET6, address.c_str(), &six.sin6_addr) == 1) {
+        six.sin6_family = AF_INET6;
+        six.sin6_port = htons(port);
+        place.flags = IN6_IS_ADDR_UNSPECIFIED(&six.sin6_addr) ? MHD_USE_DUAL_STACK : MHD_USE_IPv6;
+    } else {
+        return std::nullopt;
+    }
+    return place;
+}
+
 } // namespace
 
 void HttpConnection::sleep() { MHD_suspend_connection(_connection); }
@@ -87,10 +113,8 @@ std::shared_ptr<HttpServer> HttpServer::at(const std::string& address, quint16 p
     if (std::shared_ptr<HttpServer> server = known.lock())
         return server;
 
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(port);
-    if (inet_pton(AF_INET, address.c_str(), &place.sin_addr) != 1) {
+    const std::optional<Listening> place = listeningAt(address, port);
+    if (!place) {
         error = address + " is no address";
         return nullptr;
     }
@@ -103,8 +127,8 @@ std::shared_ptr<HttpServer> HttpServer::at(const std::string& address, quint16 p
         return sent ? MHD_YES : MHD_NO;
     };
     errno = 0;
-    server->_daemon = MHD_start_daemon(MHD_USE_AUTO_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME, port, nullptr, nullptr,
-                                       +handle, server.get(), MHD_OPTION_SOCK_ADDR, &place,
+    server->_daemon = MHD_start_daemon(MHD_USE_AUTO_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | place->flags, port,
+                                       nullptr, nullptr, +handle, server.get(), MHD_OPTION_SOCK_ADDR, &place->address,
                                        MHD_OPTION_CONNECTION_TIMEOUT, patience, MHD_OPTION_CONNECTION_LIMIT,
                                        mostConnections, MHD_OPTION_LISTENING_ADDRESS_REUSE, 1U, MHD_OPTION_END);
     if (!server->_daemon) {

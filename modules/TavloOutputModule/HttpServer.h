@@ -64,7 +64,7 @@ class HttpServer
 {
 public:
     /// The server of that address: all who ask for the same one share it, and it ends with the last of them.
-    /// \param address  an IPv4 address of this machine
+    /// \param address  of this machine, IPv4 or IPv6; `::` is all of both
     /// \return null, the reason in `error`, when it cannot listen
     static std::shared_ptr<HttpServer> at(const std::string& address, quint16 port, std::string& error);
 

@@ -12,7 +12,10 @@ namespace tavlo {
 
 namespace {
 
+// No file of a programme goes beyond these; within them no sum or product overflows.
 constexpr qint64 largestHeader = qint64{64} << 20; // bytes of a movie or fragment header
+constexpr quint32 largestScale = 1 << 22;          // steps of time in a second
+constexpr qint64 longestTime = qint64{1} << 40;    // of a track, in its steps
 
 struct Sample
 {
@@ -47,6 +50,8 @@ struct Movie
     QByteArray box;      ///< content of `moov`; the tracks look into it
     qint64 position = 0; ///< of the whole box in the file
     quint32 timescale = 1000;
+    quint64 fileSize = 0;
+    quint64 dataLeft = 0; ///< bytes of the file that may still be samples' data
     std::vector<Track> tracks;
 
     Track* track(quint32 id)
@@ -56,8 +61,7 @@ struct Movie
     }
 };
 
-constexpr quint32 mostUnlisted = 100'000; // samples of one run that are all alike
-constexpr quint32 notSync = 0x10000;      // of a sample's flags
+constexpr quint32 notSync = 0x10000; // of a sample's flags
 
 // Reading
 
@@ -71,9 +75,11 @@ Mp4Reader behindTimes(QByteArrayView fullBox)
     return reader;
 }
 
+quint32 readScale(QByteArrayView header) { return qBound(1U, behindTimes(header).u32(), largestScale); }
+
 void readTracks(Movie& movie)
 {
-    movie.timescale = qMax(behindTimes(findBox(movie.box, "mvhd")).u32(), 1U);
+    movie.timescale = readScale(findBox(movie.box, "mvhd"));
     Mp4Reader reader(movie.box);
     while (const auto box = reader.box()) {
         if (box->type != "trak")
@@ -81,7 +87,7 @@ void readTracks(Movie& movie)
         Track track;
         track.box = box->content;
         track.id = behindTimes(findBox(track.box, "tkhd")).u32();
-        track.timescale = qMax(behindTimes(findBox(findBox(track.box, "mdia"), "mdhd")).u32(), 1U);
+        track.timescale = readScale(findBox(findBox(track.box, "mdia"), "mdhd"));
         movie.tracks.push_back(std::move(track));
     }
     Mp4Reader extends(findBox(movie.box, "mvex"));
@@ -106,39 +112,48 @@ struct FragmentDefaults
     qint64 dts;
 };
 
-void readRun(QByteArrayView run, FragmentDefaults& defaults, Track& track)
+/// False when it tells of data that the file does not hold.
+bool readRun(QByteArrayView run, FragmentDefaults& defaults, Movie& movie, Track& track)
 {
     Mp4Reader reader(run);
     const quint32 flags = reader.u32() & 0xffffff;
     const quint32 count = reader.u32();
-    const quint64 position = defaults.base + ((flags & 0x1) ? static_cast<qint32>(reader.u32()) : 0);
+    const qint64 offset = (flags & 0x1) ? static_cast<qint32>(reader.u32()) : 0;
     const quint32 firstFlags = (flags & 0x4) ? reader.u32() : 0;
-    track.chunks.push_back({position, 0});
+    Chunk chunk{defaults.base + static_cast<quint64>(offset), 0};
+    quint64 end = chunk.position;
     const bool listed = (flags & 0xf00) != 0;
-    for (quint32 i = 0; i < (listed ? count : qMin(count, mostUnlisted)) && (reader.left() > 0 || !listed); ++i) {
+    for (; chunk.count < count && (reader.left() > 0 || !listed); ++chunk.count) {
         Sample sample;
         sample.dts = defaults.dts;
         sample.duration = (flags & 0x100) ? reader.u32() : defaults.duration;
         sample.size = (flags & 0x200) ? reader.u32() : defaults.size;
         quint32 sampleFlags = (flags & 0x400) ? reader.u32() : defaults.flags;
-        if (i == 0 && (flags & 0x4))
+        if (chunk.count == 0 && (flags & 0x4))
             sampleFlags = firstFlags;
         sample.offset = (flags & 0x800) ? static_cast<qint32>(reader.u32()) : 0;
         sample.sync = !(sampleFlags & notSync);
+        const quint64 taken = qMax(sample.size, 1U); // so that their number has a limit, too
+        if (end > movie.fileSize || taken > movie.fileSize - end || taken > movie.dataLeft || sample.dts > longestTime)
+            return false;
+        end += sample.size;
+        movie.dataLeft -= taken;
         defaults.dts += sample.duration;
-        ++track.chunks.back().count;
         track.samples.push_back(sample);
     }
+    if (chunk.count > 0)
+        track.chunks.push_back(chunk);
+    return true;
 }
 
-void readTrackFragment(QByteArrayView box, quint64 fragmentPosition, Movie& movie)
+bool readTrackFragment(QByteArrayView box, quint64 fragmentPosition, Movie& movie)
 {
     const QByteArrayView header = findBox(box, "tfhd");
     Mp4Reader reader(header);
     const quint32 flags = reader.u32();
     Track* const track = movie.track(reader.u32());
     if (!track)
-        return;
+        return true;
     FragmentDefaults defaults{track->defaultDuration, track->defaultSize, track->defaultFlags, fragmentPosition,
                               track->end()};
     if (flags & 0x1)
@@ -155,19 +170,31 @@ void readTrackFragment(QByteArrayView box, quint64 fragmentPosition, Movie& movi
     if (!time.isEmpty()) {
         Mp4Reader fields(time);
         fields.skip(4);
-        defaults.dts = static_cast<qint64>(fields.sized(isWide(time)));
+        defaults.dts = static_cast<qint64>(qMin(fields.sized(isWide(time)), quint64{longestTime} + 1));
     }
     if (!track->samples.empty()) // what the last sample of a fragment lasts is known with the next
         track->samples.back().duration =
             static_cast<quint32>(qMax<qint64>(defaults.dts - track->samples.back().dts, 0));
     Mp4Reader runs(box);
     while (const auto run = runs.box())
-        if (run->type == "trun")
-            readRun(run->content, defaults, *track);
+        if (run->type == "trun" && !readRun(run->content, defaults, movie, *track))
+            return false;
+    return true;
 }
 
+bool readFragment(QByteArrayView content, qint64 position, Movie& movie)
+{
+    Mp4Reader boxes(content);
+    while (const auto box = boxes.box())
+        if (box->type == "traf" && !readTrackFragment(box->content, static_cast<quint64>(position), movie))
+            return false;
+    return true;
+}
+
+/// False when there are no fragments, or others than a whole file has.
 bool readFile(QFile& file, Movie& movie)
 {
+    movie.fileSize = movie.dataLeft = static_cast<quint64>(file.size());
     qint64 position = 0;
     while (file.seek(position)) {
         const QByteArray head = file.read(16);
@@ -181,7 +208,7 @@ bool readFile(QFile& file, Movie& movie)
         if (wide)
             size = reader.u64();
         const qint64 headBytes = wide ? 16 : 8;
-        if (size < static_cast<quint64>(headBytes) || static_cast<qint64>(size) > file.size() - position)
+        if (size < static_cast<quint64>(headBytes) || size > movie.fileSize - static_cast<quint64>(position))
             break; // cut off
         const bool isMovie = type == "moov", isFragment = type == "moof";
         if ((isMovie || isFragment) && static_cast<qint64>(size) <= largestHeader) {
@@ -191,11 +218,8 @@ bool readFile(QFile& file, Movie& movie)
                 movie.box = content;
                 movie.position = position;
                 readTracks(movie);
-            } else if (isFragment) {
-                Mp4Reader boxes(content);
-                while (const auto box = boxes.box())
-                    if (box->type == "traf")
-                        readTrackFragment(box->content, static_cast<quint64>(position), movie);
+            } else if (isFragment && !readFragment(content, position, movie)) {
+                return false;
             }
         }
         position += static_cast<qint64>(size);
@@ -375,7 +399,7 @@ bool indexFragmentedMp4(const QString& path, QString& error)
         return false;
     }
     if (!readFile(file, movie)) {
-        error = QStringLiteral("no fragments in it");
+        error = QStringLiteral("no whole fragments in it");
         return false;
     }
     const qint64 end = file.size();

@@ -70,7 +70,7 @@ bool RtpTarget::connect(const CodedPacket& packet)
 
 bool RtpTarget::open(const StreamFormat& format, int port, std::string& error)
 {
-    const std::string url = "rtp://" + _destination.address + ':' + std::to_string(port) +
+    const std::string url = "rtp://" + urlHost(_destination.address) + ':' + std::to_string(port) +
                             "?pkt_size=1316&ttl=" + std::to_string(_destination.timeToLive);
     std::unique_ptr<Muxer> muxer = Muxer::open({"rtp", url, {}}, format, _limits, error);
     if (!muxer)

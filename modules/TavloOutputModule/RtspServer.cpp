@@ -1,7 +1,8 @@
 #include "TavloOutputModule/RtspServer.h"
 
+#include "shared/Gstreamer.h"
+
 #include <gst/app/gstappsrc.h>
-#include <gst/gst.h>
 #include <gst/rtsp-server/rtsp-server.h>
 
 #include <atomic>
@@ -12,24 +13,8 @@ namespace tavlo {
 
 namespace {
 
-constexpr quint64 mostWaiting = 8 << 20; // bytes; what a pipeline that is stuck may keep
-
-struct Unref
-{
-    void operator()(void* object) const { g_object_unref(object); }
-};
-template <class Object>
-using Owned = std::unique_ptr<Object, Unref>;
-
-bool initGstreamer(std::string& error)
-{
-    GError* failure = nullptr;
-    if (gst_init_check(nullptr, nullptr, &failure))
-        return true;
-    error = failure ? failure->message : "GStreamer does not start";
-    g_clear_error(&failure);
-    return false;
-}
+constexpr guint16 firstUdpPort = 61'000, lastUdpPort = 65'535; // above those that the kernel gives to connections
+constexpr quint64 mostWaiting = 8 << 20;                       // bytes; what a pipeline that is stuck may keep
 
 GstBuffer* bufferOf(const QByteArray& header, const block_t& block)
 {
@@ -64,9 +49,9 @@ GstCaps* audioCaps(const StreamFormat& format)
 }
 
 /// The source of that name; null when the pipeline has none.
-Owned<GstAppSrc> sourceOf(GstElement* element, const char* name, GstCaps* caps)
+GstOwned<GstAppSrc> sourceOf(GstElement* element, const char* name, GstCaps* caps)
 {
-    Owned<GstAppSrc> source(reinterpret_cast<GstAppSrc*>(gst_bin_get_by_name_recurse_up(GST_BIN(element), name)));
+    GstOwned<GstAppSrc> source(reinterpret_cast<GstAppSrc*>(gst_bin_get_by_name_recurse_up(GST_BIN(element), name)));
     if (source)
         gst_app_src_set_caps(source.get(), caps);
     gst_caps_unref(caps);
@@ -84,6 +69,15 @@ std::string launchText(const StreamFormat& format)
     if (format.hasAudio())
         text += " appsrc name=audio " + source + "aacparse ! rtpmp4gpay pt=97 name=pay" + std::to_string(number++);
     return text + " )";
+}
+
+/// Has pictures that go over UDP leave from the server's own address, where their viewers answer; otherwise the ports for
+/// it would be open on all addresses.
+void bindToAddress(GstRTSPMediaFactory* factory, const std::string& address)
+{
+    const GstOwned<GstRTSPAddressPool> pool(gst_rtsp_address_pool_new());
+    if (gst_rtsp_address_pool_add_range(pool.get(), address.c_str(), address.c_str(), firstUdpPort, lastUdpPort, 0))
+        gst_rtsp_media_factory_set_address_pool(factory, pool.get());
 }
 
 /// Calls `function(instance, shared)` with each signal; the shared object lives as long as the connection.
@@ -122,8 +116,8 @@ private:
 
     // guarded by _lock
     std::mutex _lock;
-    Owned<GstElement> _element; ///< while there is one
-    Owned<GstAppSrc> _video, _audio;
+    GstOwned<GstElement> _element; ///< while there is one
+    GstOwned<GstAppSrc> _video, _audio;
     bool _begun = false;    ///< the first key picture is in it
     bool _skipping = false; ///< too much waits: pictures up to the next key picture are left out
     qint64 _offset = 0;     ///< from a packet's time to the pipeline's, microseconds
@@ -210,6 +204,8 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
     GstRTSPMediaFactory* const factory = gst_rtsp_media_factory_new();
     gst_rtsp_media_factory_set_launch(factory, launchText(format).c_str());
     gst_rtsp_media_factory_set_shared(factory, TRUE);
+    if (address != "0.0.0.0" && address != "::")
+        bindToAddress(factory, address);
     const auto begin = [](GstRTSPMediaFactory*, GstRTSPMedia* media, PipelinePtr* self) { (*self)->begin(media); };
     connectSignal(factory, "media-configure", G_CALLBACK(+begin), _pipeline);
     const auto come = [](GstRTSPServer*, GstRTSPClient* client, PipelinePtr* self) {
@@ -225,8 +221,7 @@ bool RtspServer::listen(const std::string& address, int port, const std::string&
     GError* failure = nullptr;
     _listening = gst_rtsp_server_create_source(_server, nullptr, &failure);
     if (!_listening) {
-        error = failure ? failure->message : "cannot listen";
-        g_clear_error(&failure);
+        error = takeGstError(failure, "cannot listen");
         return false;
     }
     const auto accept = [](GSocket* socket, GIOCondition condition, gpointer server) {

@@ -1,5 +1,7 @@
 #include "TavloOutputModule/RtspTarget.h"
 
+#include "TavloOutputModule/NetAddress.h"
+
 #include <utility>
 
 namespace tavlo {
@@ -39,7 +41,7 @@ void RtspTarget::take(const CodedPacketPtr& packet)
 
 void RtspTarget::publish()
 {
-    const std::string shown = "rtsp://" + _address + ':' + std::to_string(_port) + _path;
+    const std::string shown = "rtsp://" + urlHost(_address) + ':' + std::to_string(_port) + _path;
     std::string error;
     std::unique_ptr<RtspServer> server = RtspServer::open(_address, _port, _path, _format, error);
     if (!server)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TavloOutputModule/LiveFeed.h"
+#include "TavloOutputModule/NetAddress.h"
 #include "TavloOutputModule/Target.h"
 
 namespace tavlo {
@@ -12,7 +13,7 @@ struct HttpAddress
     quint16 port = 0;
     std::string path;
 
-    std::string text() const { return "http://" + address + ':' + std::to_string(port) + path; }
+    std::string text() const { return "http://" + urlHost(address) + ':' + std::to_string(port) + path; }
 };
 
 /// What viewers fetch over HTTP: a feed, and the place at which it is served.

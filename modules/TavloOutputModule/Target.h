@@ -1,9 +1,9 @@
 #pragma once
 
-#include "TavloOutputModule/Backoff.h"
 #include "TavloOutputModule/ByteMeter.h"
 #include "TavloOutputModule/Muxer.h"
 #include "TavloOutputModule/PacketQueue.h"
+#include "shared/Backoff.h"
 
 #include <tavlo/TavloOutputStatistics.h>
 

@@ -1,6 +1,7 @@
 #include "TavloOutputModule/TargetList.h"
 
 #include "TavloOutputModule/LiveTarget.h"
+#include "TavloOutputModule/NetAddress.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/RecordTarget.h"
 #include "TavloOutputModule/RelayTarget.h"
@@ -29,10 +30,12 @@ struct UrlRow
 
 Muxer::Target flv(const QString& url) { return {"flv", url.toStdString(), {{"flvflags", "no_duration_filesize"}}}; }
 
+QString inUrl(const QString& host) { return QString::fromStdString(urlHost(host.toStdString())); }
+
 Muxer::Target multicast(const Param& param)
 {
     QString url = QStringLiteral("udp://%1:%2?pkt_size=%3&ttl=%4")
-                      .arg(param.multicastAddress)
+                      .arg(inUrl(param.multicastAddress))
                       .arg(param.multicastPort)
                       .arg(param.multicastPacketSize)
                       .arg(param.multicastTtl);
@@ -47,7 +50,7 @@ Muxer::Target peer(const Param& param)
     const bool listens = param.peerMode == 0;
     const QString host = param.peerAddress.isEmpty() && listens ? QStringLiteral("127.0.0.1") : param.peerAddress;
     QString url = QStringLiteral("srt://%1:%2?mode=%3&pkt_size=1316&streamid=%4")
-                      .arg(host)
+                      .arg(inUrl(host))
                       .arg(param.peerPort)
                       .arg(listens ? QLatin1String("listener") : QLatin1String("caller"), param.peerPath);
     if (!param.peerOption.isEmpty())
@@ -82,8 +85,14 @@ constexpr UrlRow urlRows[] = {
     {"push", &Param::pushEnabled, push},
 };
 
-/// Servers listen for this machine alone, unless `outputFlag` opens them to all.
-std::string serverAddress(const Param& param) { return param.outputFlag & 1 ? "0.0.0.0" : "127.0.0.1"; }
+/// Servers listen for this machine alone, unless `outputFlag` opens them to all; another bit of it chooses IPv6.
+std::string serverAddress(const Param& param)
+{
+    const bool toAll = param.outputFlag & 1;
+    if (param.outputFlag & 2)
+        return toAll ? "::" : "::1";
+    return toAll ? "0.0.0.0" : "127.0.0.1";
+}
 
 /// A path as servers know it: with a slash in front and none at its end.
 std::string serverPath(const QString& path)
@@ -101,11 +110,11 @@ HttpAddress relayAddress(const Param& param)
 {
     HttpAddress address =
         httpAddress(param, param.relayOption.isEmpty() ? QStringLiteral("/relay") : param.relayOption);
-    const QStringList parts = param.relayAddress.split(QLatin1Char(':'));
-    if (!parts[0].isEmpty())
-        address.address = parts[0].toStdString();
-    if (const ushort port = parts.value(1).toUShort(); port > 0)
-        address.port = port;
+    const HostPort own = splitHostPort(param.relayAddress);
+    if (!own.host.isEmpty())
+        address.address = own.host.toStdString();
+    if (own.port > 0)
+        address.port = own.port;
     return address;
 }
 

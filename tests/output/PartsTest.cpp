@@ -1,11 +1,12 @@
 #include "TavloCodecAggregationModule/FrameGrid.h"
 #include "TavloMpegModule/SampleTimeline.h"
-#include "TavloOutputModule/Backoff.h"
 #include "TavloOutputModule/Interleaver.h"
+#include "TavloOutputModule/Mp4Boxes.h"
 #include "TavloOutputModule/Mp4Index.h"
 #include "TavloOutputModule/PacketQueue.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/UrlTarget.h"
+#include "shared/Backoff.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -213,6 +214,66 @@ TEST(Mp4Index, LeavesWhatIsNoFragmentedFileAsItIs)
         EXPECT_FALSE(indexFragmentedMp4(file.fileName(), error));
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(file.readAll(), bytes);
+    }
+}
+
+/// A file of one track and one fragment, with one sample in eight bytes of data.
+QByteArray fragmentedFile(quint32 sampleSize, quint64 time, quint64 lastBoxSize)
+{
+    Mp4Writer writer;
+    const auto fullBox = [&](const char* type, std::initializer_list<quint64> numbers) {
+        writer.fullBox(type, 0, [&] {
+            for (const quint64 number : numbers)
+                writer.u32(number);
+        });
+    };
+    writer.box("moov", [&] {
+        fullBox("mvhd", {0, 0, 1000, 0});
+        writer.box("trak", [&] {
+            fullBox("tkhd", {0, 0, 1, 0, 0});
+            writer.box("mdia", [&] { fullBox("mdhd", {0, 0, 25, 0}); });
+        });
+    });
+    const qsizetype fragment = writer.data.size();
+    writer.box("moof", [&] {
+        writer.box("traf", [&] {
+            fullBox("tfhd", {1});
+            writer.fullBox("tfdt", 1, [&] { writer.u64(time); });
+            writer.box("trun", [&] {
+                const auto dataAt = static_cast<quint32>(writer.data.size() - fragment) + 24;
+                for (const quint32 number : {0x201U, 1U, dataAt, sampleSize})
+                    writer.u32(number);
+            });
+        });
+    });
+    writer.box("mdat", [&] { writer.u64(0); });
+    writer.u32(1);
+    writer.bytes("free");
+    writer.u64(lastBoxSize);
+    return writer.data;
+}
+
+TEST(Mp4Index, RefusesFragmentsThatNoWholeFileHas)
+{
+    struct Case
+    {
+        QByteArray bytes;
+        bool taken;
+    };
+    const quint64 longest = quint64{1} << 40;
+    for (const Case& one : {Case{fragmentedFile(8, 25, 16), true}, Case{fragmentedFile(8, longest, 16), true},
+                            Case{fragmentedFile(8, 25, ~quint64{0} - 15), true}, // leads back if it is signed
+                            Case{fragmentedFile(2000, 25, 16), false}, Case{fragmentedFile(8, longest + 1, 16), false},
+                            Case{fragmentedFile(8, ~quint64{0} / 2, 16), false}}) {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("one.mp4")));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        file.write(one.bytes);
+        file.flush();
+        QString error;
+        EXPECT_EQ(indexFragmentedMp4(file.fileName(), error), one.taken) << error.toStdString();
+        file.seek(0);
+        EXPECT_EQ(file.readAll() == one.bytes, !one.taken);
     }
 }
 

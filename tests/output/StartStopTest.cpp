@@ -81,6 +81,23 @@ TEST(OutputThreads, AStalledEncoderHoldsUpNoCommit)
     EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
 }
 
+TEST(OutputThreads, AnEndThatTakesLongIsTold)
+{
+    Stalled aggregation;
+    const LogCapture log;
+    const QTemporaryDir folder;
+    std::optional<Stage> stage(std::in_place, Stage::Way::Pictures);
+    stage->start(record, Stage::param(folder.path()));
+    stage->commit(0, 1, false);
+    std::thread release([&log] {
+        while (log.count("wait thread timeout: TavloPresentThread::stop") == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        StalledEncoder::mayEncode.release();
+    });
+    stage.reset();
+    release.join();
+}
+
 /// Where pictures and what is coded of them pass as long as nobody holds it.
 struct Gates
 {

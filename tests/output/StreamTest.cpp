@@ -146,6 +146,34 @@ const std::vector<Served> streams{
      true,
      Served::WhenServed,
      40},
+    {"RtspUdp",
+     {"-rtsp_transport", "udp", "-buffer_size", "212992", "-i", "rtsp://127.0.0.1:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.rtspEnabled = 1;
+         param.rtspPort = port;
+         param.videoSettings[2] = 30; // one packet for most pictures: what may wait fits into the kernel's buffer
+     },
+     true,
+     Served::WhenServed,
+     40},
+    {"RtspHevcIpv6",
+     {"-rtsp_transport", "tcp", "-i", "rtsp://[::1]:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.rtspEnabled = 1;
+         param.rtspPort = port;
+         param.videoCodec = 1;
+         param.outputFlag = 2;
+     },
+     true,
+     Served::WhenServed,
+     40},
+    {"HttpIpv6",
+     {"-i", "http://[::1]:%1/live/0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.httpEnabled = 1;
+         param.httpPort = port;
+         param.outputFlag = 2;
+     }},
     {"Multicast",
      {"-i", "udp://234.0.0.1:%1?localaddr=127.0.0.1"},
      [](tagTavloPresentOutputParam& param, quint16 port) {
@@ -161,6 +189,17 @@ const std::vector<Served> streams{
          param.peerAddress.clear();
          param.peerPort = port;
          param.peerOption = QStringLiteral("tlpktdrop=0"); // a slow machine's packets are late
+     },
+     true,
+     Served::WhenBound},
+    {"PeerWhoCallsIpv6",
+     {"-i", "srt://[::1]:%1?mode=caller&tlpktdrop=0"},
+     [](tagTavloPresentOutputParam& param, quint16 port) {
+         param.peerEnabled = 1;
+         param.peerMode = 0;
+         param.peerAddress = QStringLiteral("::1");
+         param.peerPort = port;
+         param.peerOption = QStringLiteral("tlpktdrop=0");
      },
      true,
      Served::WhenBound},
@@ -182,6 +221,8 @@ class ServedNet : public testing::TestWithParam<Served>
 TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
 {
     const Served& stream = GetParam();
+    if (stream.input.last().contains(QStringLiteral("[::1]")) && !hasIpv6())
+        GTEST_SKIP() << "no IPv6";
     const int port = freePort();
     QStringList input = stream.input;
     input.replaceInStrings(QStringLiteral("%1"), QString::number(port));

@@ -91,6 +91,17 @@ void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pa
     EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen));
 }
 
+bool hasIpv6()
+{
+    const int handle = socket(AF_INET6, SOCK_STREAM, 0);
+    sockaddr_in6 address{};
+    address.sin6_family = AF_INET6;
+    address.sin6_addr = in6addr_loopback;
+    const bool bound = bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    close(handle);
+    return bound;
+}
+
 HttpReader::HttpReader(int port, const QByteArray& path) : _socket(socket(AF_INET, SOCK_STREAM, 0))
 {
     const sockaddr_in address = loopback(port);
@@ -126,13 +137,14 @@ void awaitListener(int port)
     const QByteArray wanted = QByteArray(":") + QByteArray::number(port, 16).rightJustified(4, '0').toUpper();
     const auto isListed = [&](const char* path, const char* state) {
         QFile table(QString::fromLatin1(path));
-        EXPECT_TRUE(table.open(QIODevice::ReadOnly));
-        return std::ranges::any_of(table.readAll().split('\n'), [&](const QByteArray& line) {
-            const QByteArrayList words = line.simplified().split(' ');
-            return words.size() > 3 && words[1].endsWith(wanted) && words[3] == state;
-        });
+        return table.open(QIODevice::ReadOnly) &&
+               std::ranges::any_of(table.readAll().split('\n'), [&](const QByteArray& line) {
+                   const QByteArrayList words = line.simplified().split(' ');
+                   return words.size() > 3 && words[1].endsWith(wanted) && words[3] == state;
+               });
     };
-    while (!isListed("/proc/net/tcp", "0A") && !isListed("/proc/net/udp", "07"))
+    while (!isListed("/proc/net/tcp", "0A") && !isListed("/proc/net/udp", "07") && !isListed("/proc/net/tcp6", "0A") &&
+           !isListed("/proc/net/udp6", "07"))
         std::this_thread::yield();
 }
 

@@ -42,6 +42,9 @@ void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pa
 /// below those that the kernel gives to connections.
 int freePort();
 
+/// Whether this machine has a loopback address of IPv6.
+bool hasIpv6();
+
 /// Somebody who asks the server at a port of the loopback address for a path.
 class HttpReader
 {

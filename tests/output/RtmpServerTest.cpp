@@ -1,0 +1,96 @@
+#include "Viewer.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace tavlo::test;
+
+constexpr int net = TavloPresentOutputTypeNet;
+const QString rtmpModule = QStringLiteral("/usr/lib/nginx/modules/ngx_rtmp_module.so");
+
+/// nginx as a server of RTMP alone, with a configuration and a folder of its own, for this user.
+class RtmpServer
+{
+public:
+    explicit RtmpServer(int port) : _port(port)
+    {
+        QFile file(_folder.filePath(QStringLiteral("nginx.conf")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QStringLiteral("load_module %1;\n"
+                                  "daemon off;\n"
+                                  "master_process off;\n"
+                                  "pid nginx.pid;\n"
+                                  "error_log error.log;\n"
+                                  "events { worker_connections 64; }\n"
+                                  "rtmp { server {\n"
+                                  "    listen 127.0.0.1:%2;\n"
+                                  "    access_log off;\n"
+                                  "    out_queue 4096;\n" // no viewer is too slow for it
+                                  "    application live { live on; wait_key on; }\n"
+                                  "} }\n")
+                       .arg(rtmpModule)
+                       .arg(port)
+                       .toUtf8());
+    }
+    ~RtmpServer() { kill(); }
+
+    static QString program()
+    {
+        const QString found = QStandardPaths::findExecutable(QStringLiteral("nginx"));
+        return found.isEmpty() ? QStandardPaths::findExecutable(QStringLiteral("nginx"), {QStringLiteral("/usr/sbin")})
+                               : found;
+    }
+
+    void start()
+    {
+        const QString folder = _folder.path() + QLatin1Char('/');
+        _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        _process.start(program(),
+                       {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
+                        QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
+        ASSERT_TRUE(_process.waitForStarted());
+        awaitListener(_port);
+    }
+
+    void kill()
+    {
+        _process.kill();
+        _process.waitForFinished();
+    }
+
+private:
+    const QTemporaryDir _folder;
+    const int _port;
+    QProcess _process;
+};
+
+/// Takes some seconds: the pause in front of the second attempt is the real one.
+TEST(StreamNet, AnRtmpServerThatWasKilledAndIsBackHandsOnEveryPicture)
+{
+    if (RtmpServer::program().isEmpty() || !QFile::exists(rtmpModule))
+        GTEST_SKIP() << "nginx and its RTMP module are not installed";
+    const int port = freePort();
+    RtmpServer server(port);
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.rtmp2Enabled = 1;
+    param.rtmp2Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
+    int number = 0;
+    for (int life = 0; life < 2; ++life) {
+        ASSERT_NO_FATAL_FAILURE(server.start());
+        if (life == 0)
+            stage.start(net, param);
+        Viewer viewer({QStringLiteral("-i"), param.rtmp2Url});
+        expectToFollow(stage, viewer, number, 30);
+        server.kill();
+    }
+    EXPECT_EQ(stage.statistics().netReconnects, 1U);
+    EXPECT_GT(stage.statistics().netDropped, 0U);
+}
+
+} // namespace
