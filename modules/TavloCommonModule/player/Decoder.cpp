@@ -1,5 +1,7 @@
 #include "TavloCommonModule/player/Decoder.h"
 
+#include "TavloCommonModule/player/FramePacket.h"
+
 extern "C" {
 #include <libavutil/hwcontext.h>
 #include <libavutil/pixdesc.h>
@@ -40,6 +42,8 @@ bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool
     _stream = std::move(stream);
     if (!_frame)
         _frame.reset(av_frame_alloc());
+    if (carriesFrames())
+        return true;
     const AVCodec* const codec = avcodec_find_decoder(_stream->parameters->codec_id);
     const QString name = QString::fromUtf8(avcodec_get_name(_stream->parameters->codec_id));
     _context.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
@@ -109,6 +113,8 @@ void Decoder::flush()
 
 void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
 {
+    if (_frame && packet && carriesFrames())
+        unpack(*packet, take);
     if (!_context || !_frame)
         return;
     // What cannot be decoded is left out: the decoder finds its way back into the stream by itself.
@@ -122,6 +128,18 @@ void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
     }
     if (!packet || !wanted)
         flush();
+}
+
+bool Decoder::carriesFrames() const { return _stream && _stream->parameters->codec_id == AV_CODEC_ID_WRAPPED_AVFRAME; }
+
+void Decoder::unpack(const AVPacket& packet, const TakeFrame& take)
+{
+    if (av_frame_ref(_frame.get(), frameOf(packet)) < 0)
+        return;
+    _frame->best_effort_timestamp = packet.pts;
+    _frame->pkt_duration = packet.duration;
+    take(*_frame);
+    av_frame_unref(_frame.get());
 }
 
 AVFrame* Decoder::inMainMemory()

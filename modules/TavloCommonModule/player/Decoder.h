@@ -28,6 +28,8 @@ public:
     void decode(const AVPacket* packet, const TakeFrame& take);
 
 private:
+    bool carriesFrames() const;
+    void unpack(const AVPacket& packet, const TakeFrame& take);
     void chooseHardware(const AVCodec& codec);
     AVFrame* inMainMemory();
 

@@ -23,10 +23,19 @@ struct InputLocation
         Device,   ///< the same, from this machine
     };
 
+    /// Who reads it.
+    enum class Reader
+    {
+        Ffmpeg,
+        Ndi,
+    };
+
     QString name;   ///< as people know it, for the log; without a password
-    QString url;    ///< as FFmpeg takes it
+    QString url;    ///< as its reader takes it
     QString format; ///< the demultiplexer, empty to find out
+    QString host;   ///< where only some of its machines are meant
     Pace pace = Pace::File;
+    Reader reader = Reader::Ffmpeg;
     QString protocols; ///< that the input, and all it refers to, may open; separated by commas
     std::map<QString, QString> options;
     int cachingMilliseconds = 0;
