@@ -2,6 +2,7 @@
 
 #include "TavloCommonModule/player/MediaInput.h"
 #include "TavloCommonModule/player/NdiInput.h"
+#include "TavloCommonModule/player/PipelineInput.h"
 
 namespace tavlo {
 
@@ -10,6 +11,8 @@ std::unique_ptr<Input> makeInput(const InputLocation& location, const std::atomi
     switch (location.reader) {
     case InputLocation::Reader::Ndi:
         return std::make_unique<NdiInput>(interrupted);
+    case InputLocation::Reader::Gstreamer:
+        return std::make_unique<PipelineInput>(interrupted);
     case InputLocation::Reader::Ffmpeg:
         break;
     }

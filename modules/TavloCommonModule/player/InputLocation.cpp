@@ -194,6 +194,8 @@ InputPlan planInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFor
     case TavloSourcePlayerKindCapture:
     case TavloSourcePlayerKindMW:
         return captureInput(info, wanted);
+    case TavloSourcePlayerKindDecklink:
+        return decklinkInput(info);
     case TavloSourcePlayerKindHikvision:
         return cameraInput(info);
     case TavloSourcePlayerKindNDI:
