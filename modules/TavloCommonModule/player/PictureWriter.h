@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TavloCommonModule/player/FfmpegTypes.h"
+#include "TavloCommonModule/player/MatrixConversion.h"
 
 #include "shared/VlcTypes.h"
 
@@ -31,6 +32,7 @@ private:
     void copy(const AVFrame& frame, picture_t& picture) const;
 
     quint32 _chroma = 0;
+    MatrixConversion _matrices;
     ScalerPtr _scaler;
     FramePtr _converted;
 };
