@@ -63,7 +63,7 @@ using Receiver = void*;
 struct ReceiverSettings
 {
     Source source;
-    int colourFormat; ///< 1: UYVY, and BGRA where there is transparency
+    int colourFormat; ///< 3: UYVY, and RGBA where there is transparency
     int bandwidth;    ///< 10: sound alone; 100: all
     bool allowFields; ///< else pictures come deinterlaced
     const char* name;

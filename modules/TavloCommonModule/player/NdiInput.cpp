@@ -16,7 +16,7 @@ namespace {
 constexpr qint64 findingTime = 3'000'000; ///< microseconds in which a sender has to make itself known
 constexpr int longestSide = 16'384;
 
-constexpr int uyvyOrBgra = 1;
+constexpr int uyvyOrRgba = 3; // which the drawing takes as they are
 constexpr int soundAlone = 10;
 constexpr int fullBandwidth = 100;
 
@@ -132,7 +132,7 @@ std::shared_ptr<NdiInput::Connection> NdiInput::find(const ndi::Library& library
         const ndi::Source* const found = std::find_if(
             all, all + count, [&](const ndi::Source& s) { return isWanted(s, location.url, location.host); });
         if (found != all + count) {
-            const ndi::ReceiverSettings wanted{*found, uyvyOrBgra, pictures ? fullBandwidth : soundAlone, false,
+            const ndi::ReceiverSettings wanted{*found, uyvyOrRgba, pictures ? fullBandwidth : soundAlone, false,
                                                "Tavlo"};
             const ndi::Receiver receiver = library.createReceiver(&wanted);
             return receiver ? std::make_shared<Connection>(library, receiver) : nullptr;
