@@ -1,5 +1,7 @@
 // What it costs to bring a clip's pictures into the pool, against the `ffmpeg` command that decodes the same file into
-// nothing, in the same run: processor time for each picture.
+// nothing, in the same run: processor time for each picture. And what a picture of another matrix costs.
+
+#include "TavloCommonModule/player/PictureWriter.h"
 
 #include "support/PlayerSink.h"
 #include "support/TestClips.h"
@@ -79,6 +81,39 @@ void playClip(benchmark::State& state)
 }
 
 BENCHMARK(playClip)->Args({1280, 720})->Args({1920, 1080})->Iterations(3)->Unit(benchmark::kSecond);
+
+/// A picture of standard definition or of full range into one of the drawing's matrix and range.
+void writePicture(benchmark::State& state, AVPixelFormat from, quint32 to, AVColorRange range)
+{
+    tavlo::PictureWriter writer;
+    const tavlo::FramePtr frame(av_frame_alloc());
+    frame->width = static_cast<int>(state.range(0));
+    frame->height = static_cast<int>(state.range(1));
+    frame->format = from;
+    frame->color_range = range;
+    frame->colorspace = AVCOL_SPC_SMPTE170M;
+    av_frame_get_buffer(frame.get(), 0);
+    video_format_t format;
+    video_format_Setup(&format, to, frame->width, frame->height, frame->width, frame->height, 1, 1);
+    picture_t* const picture = picture_NewFromFormat(&format);
+    writer.setChroma(to);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(writer.write(*frame, *picture));
+    picture_Release(picture);
+}
+
+BENCHMARK_CAPTURE(writePicture, I420, AV_PIX_FMT_YUV420P, tavloFourcc("I420"), AVCOL_RANGE_MPEG)
+    ->Args({720, 576})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(writePicture, NV12, AV_PIX_FMT_NV12, tavloFourcc("NV12"), AVCOL_RANGE_MPEG)
+    ->Args({720, 576})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(writePicture, UYVY, AV_PIX_FMT_UYVY422, tavloFourcc("UYVY"), AVCOL_RANGE_MPEG)
+    ->Args({720, 576})
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(writePicture, CameraJpeg, AV_PIX_FMT_YUVJ422P, tavloFourcc("NV12"), AVCOL_RANGE_JPEG)
+    ->Args({1920, 1080})
+    ->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -106,5 +106,24 @@ TEST(PlayerDevice, AMissingOneIsToldAndAwaited)
     EXPECT_EQ(log.count("no capture device is named"), 1);
 }
 
+/// NDI's library is the user's to install.
+TEST(PlayerDevice, NdiWithoutItsLibraryIsAwaited)
+{
+    const LogCapture log;
+    PlayerStage stage;
+    stage.info.kind = TavloSourcePlayerKindNDI;
+    stage.info.url = QStringLiteral("ndi:nobody");
+    stage.play({});
+    for (int i = 0; i < 6000 && log.count("trying again") < 2; ++i)
+        QThread::msleep(10);
+    EXPECT_GE(log.count("failed to open ndi:nobody"), 2) << log.lines().join(u'\n').toStdString();
+    EXPECT_LE(log.count("no libndi"), 1);
+    EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateOpening);
+    stage.player->stop();
+    stage.info.url = QStringLiteral("ndi://");
+    stage.play({});
+    EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateStopped);
+}
+
 } // namespace
 } // namespace tavlo::test

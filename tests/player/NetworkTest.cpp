@@ -107,10 +107,18 @@ void PrintTo(const Peer& peer, std::ostream* out) { *out << peer.name; }
 class PlayerNet : public testing::TestWithParam<Peer>
 {};
 
+bool hasIpv6()
+{
+    QFile addresses(QStringLiteral("/proc/net/if_inet6"));
+    return addresses.open(QIODevice::ReadOnly) && addresses.readAll().contains("00000000000000000000000000000001 ");
+}
+
 /// A server comes, goes, and comes again: its pictures are there each time, the last one stands meanwhile.
 TEST_P(PlayerNet, ComesBackWithItsServer)
 {
     const Peer& peer = GetParam();
+    if (std::strstr(peer.address, "[::1]") && !hasIpv6())
+        GTEST_SKIP() << "this machine's loopback has no address of IPv6";
     const QString port = QString::number(freePort());
     const QStringList target = QStringList{QStringLiteral("-f"), QLatin1String(peer.format)} +
                                QString::fromLatin1(peer.target).arg(port).split(u' ');
@@ -140,16 +148,22 @@ TEST_P(PlayerNet, ComesBackWithItsServer)
 INSTANTIATE_TEST_SUITE_P(
     Protocols, PlayerNet,
     testing::Values(Peer{"Udp", "mpegts", "udp://127.0.0.1:%1?pkt_size=1316", "udp://127.0.0.1:%1", 1},
+                    Peer{"UdpOfIpv6", "mpegts", "udp://[::1]:%1?pkt_size=1316", "udp://[::1]:%1", 1},
                     Peer{"Tcp", "mpegts", "tcp://127.0.0.1:%1?listen=1", "tvtp://127.0.0.1:%1", 13},
                     Peer{"Srt", "mpegts", "srt://127.0.0.1:%1?mode=listener", "tvmp://127.0.0.1:%1", 9},
+                    Peer{"SrtCalled", "mpegts", "srt://127.0.0.1:%1?mode=caller&connect_timeout=60000",
+                         "tvmp://127.0.0.1:%1?mode=listener", 10},
                     Peer{"Rtmp", "flv", "-listen 1 rtmp://127.0.0.1:%1/live/a", "irtmp://127.0.0.1:%1/live/a", 8}),
     [](const auto& peer) { return std::string(peer.param.name); });
 
-/// A server of RTSP for one guest: what it gets as RTP on its own port goes on over the guest's connection.
+/// A server of RTSP for one guest: what it gets as RTP on its own port goes on over the guest's connection or, where
+/// that is not offered, in datagrams.
 class RtspServer
 {
 public:
-    RtspServer() : _incoming(socket(AF_INET, SOCK_DGRAM, 0)), _thread([this] { serve(); }) {}
+    explicit RtspServer(bool datagrams)
+        : _datagrams(datagrams), _incoming(socket(AF_INET, SOCK_DGRAM, 0)), _thread([this] { serve(); })
+    {}
 
     ~RtspServer()
     {
@@ -163,17 +177,24 @@ public:
     /// Where RTP is taken.
     int rtpPort()
     {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        sockaddr_in address = loopback(0);
         socklen_t size = sizeof(address);
         auto* const generic = reinterpret_cast<sockaddr*>(&address);
         EXPECT_EQ(bind(_incoming, generic, size), 0);
         EXPECT_EQ(getsockname(_incoming, generic, &size), 0);
-        return ntohs(address.sin_port);
+        return _rtpPort = ntohs(address.sin_port);
     }
 
 private:
+    static sockaddr_in loopback(int port)
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return address;
+    }
+
     void serve()
     {
         const int guest = _server.acceptGuest(_ends);
@@ -189,6 +210,12 @@ private:
             const ssize_t size = recv(_incoming, packet.data() + 4, packet.size() - 4, 0);
             if (!plays || size <= 0)
                 continue;
+            if (_datagrams) {
+                const sockaddr_in guestsPort = loopback(_guestsPort);
+                sendto(_incoming, packet.data() + 4, static_cast<size_t>(size), 0,
+                       reinterpret_cast<const sockaddr*>(&guestsPort), sizeof(guestsPort));
+                continue;
+            }
             packet[0] = '$';
             packet[1] = 0;
             packet[2] = static_cast<char>(size >> 8);
@@ -218,8 +245,22 @@ private:
                 "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=a\r\nt=0 0\r\nm=video 0 RTP/AVP 33\r\na=control:a\r\n");
             head += QStringLiteral("Content-Type: application/sdp\r\n");
         } else if (request.startsWith(QLatin1String("SETUP"))) {
-            EXPECT_TRUE(request.contains(QLatin1String("RTP/AVP/TCP"))) << "datagrams are what networks lose";
-            head += QStringLiteral("Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n");
+            const bool overTcp = request.contains(QLatin1String("RTP/AVP/TCP"));
+            _wasAskedForTcp = _wasAskedForTcp || overTcp;
+            EXPECT_TRUE(_wasAskedForTcp) << "datagrams are what networks lose";
+            static const QRegularExpression ports(QStringLiteral("client_port=(\\d+)"));
+            if (_datagrams && overTcp) {
+                head.replace(QLatin1String("200 OK"), QLatin1String("461 Unsupported Transport"));
+            } else if (_datagrams) {
+                _guestsPort = ports.match(request).captured(1).toInt();
+                head += QStringLiteral("Transport: RTP/AVP;unicast;client_port=%1-%2;server_port=%3-%4\r\n")
+                            .arg(_guestsPort)
+                            .arg(_guestsPort + 1)
+                            .arg(_rtpPort)
+                            .arg(_rtpPort + 1);
+            } else {
+                head += QStringLiteral("Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n");
+            }
         }
         plays = plays || request.startsWith(QLatin1String("PLAY"));
         const QByteArray all = (head + QStringLiteral("Content-Length: %1\r\n\r\n").arg(body.size()) + body).toUtf8();
@@ -227,14 +268,24 @@ private:
     }
 
     SilentServer _server;
+    const bool _datagrams;
     const int _incoming;
+    std::atomic<int> _rtpPort{0};
+
+    // its thread
+    bool _wasAskedForTcp = false;
+    int _guestsPort = 0;
+
     std::atomic<bool> _ends{false};
     std::thread _thread;
 };
 
-TEST(PlayerNetwork, PlaysRtspOverItsOwnConnection)
+class PlayerRtsp : public testing::TestWithParam<bool>
+{};
+
+TEST_P(PlayerRtsp, PlaysOverItsOwnConnectionOrElseInDatagrams)
 {
-    RtspServer server;
+    RtspServer server(GetParam());
     Sender sender;
     sender.start({"-f", "rtp_mpegts", QStringLiteral("rtp://127.0.0.1:%1").arg(server.rtpPort())});
     const LogCapture log;
@@ -247,6 +298,8 @@ TEST(PlayerNetwork, PlaysRtspOverItsOwnConnection)
     stage.player->stop();
     EXPECT_TRUE(std::ranges::is_sorted(stage.sink.numbers())) << testing::PrintToString(stage.sink.numbers());
 }
+
+INSTANTIATE_TEST_SUITE_P(Ways, PlayerRtsp, testing::Bool());
 
 /// Whether no thread reads any more, soon or a little later.
 bool readersEnd()

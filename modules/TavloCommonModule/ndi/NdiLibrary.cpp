@@ -33,7 +33,17 @@ bool Library::open()
                           resolve(library, "NDIlib_send_create", createSender) &&
                           resolve(library, "NDIlib_send_destroy", destroySender) &&
                           resolve(library, "NDIlib_send_send_video_v2", sendVideo) &&
-                          resolve(library, "NDIlib_util_send_send_audio_interleaved_16s", sendAudio);
+                          resolve(library, "NDIlib_util_send_send_audio_interleaved_16s", sendAudio) &&
+                          resolve(library, "NDIlib_find_create_v2", createFinder) &&
+                          resolve(library, "NDIlib_find_destroy", destroyFinder) &&
+                          resolve(library, "NDIlib_find_wait_for_sources", waitForSources) &&
+                          resolve(library, "NDIlib_find_get_current_sources", sources) &&
+                          resolve(library, "NDIlib_recv_create_v3", createReceiver) &&
+                          resolve(library, "NDIlib_recv_destroy", destroyReceiver) &&
+                          resolve(library, "NDIlib_recv_capture_v2", capture) &&
+                          resolve(library, "NDIlib_recv_free_video_v2", freeVideo) &&
+                          resolve(library, "NDIlib_recv_free_audio_v2", freeAudio) &&
+                          resolve(library, "NDIlib_recv_get_no_connections", connections);
     if (!complete)
         return false;
     if (!initialize()) {

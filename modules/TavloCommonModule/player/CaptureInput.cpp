@@ -1,4 +1,4 @@
-// Names of capture devices: what a record calls "the camera on the left" and FFmpeg "/dev/video2".
+// Names of capture devices and cards: what a record calls "the camera on the left" and FFmpeg "/dev/video2".
 
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
 #include "TavloCommonModule/player/InputLocation.h"
@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 namespace tavlo {
 namespace {
@@ -101,7 +103,47 @@ InputLocation finished(InputLocation location, const QString& name)
     return location;
 }
 
+/// A name of a mode or a connection as GStreamer's elements have it: "Optical SDI" is "optical-sdi". Nothing for what
+/// can be none.
+std::optional<QString> elementWord(const QString& name)
+{
+    QString word = name.trimmed().toLower();
+    word.replace(u' ', u'-').remove(u'.');
+    const bool isWord = std::all_of(word.begin(), word.end(), [](QChar c) {
+        return (c >= u'a' && c <= u'z') || (c >= u'0' && c <= u'9') || c == u'-';
+    });
+    if (word.isEmpty())
+        word = QStringLiteral("auto");
+    return isWord ? std::optional(word) : std::nullopt;
+}
+
 } // namespace
+
+InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info)
+{
+    InputPlan plan;
+    bool isNumber = false;
+    const unsigned number = info.deviceName.toUInt(&isNumber);
+    const auto mode = elementWord(info.deviceDisplayName), connection = elementWord(info.inputNode),
+               soundConnection = elementWord(info.audioInputSignal);
+    if (!isNumber || !mode || !connection || !soundConnection) {
+        plan.refusal = QStringLiteral("no Decklink card, mode or connection is of this name: ") +
+                       QStringList{info.deviceName, info.deviceDisplayName, info.inputNode, info.audioInputSignal}.join(
+                           QStringLiteral(", "));
+        return plan;
+    }
+    InputLocation location;
+    location.reader = InputLocation::Reader::Gstreamer;
+    location.url = QStringLiteral("decklinkvideosrc device-number=%1 mode=%2 connection=%3 drop-no-signal-frames=true")
+                       .arg(number)
+                       .arg(*mode, *connection);
+    if (*mode != QLatin1String("auto")) // which finds the layout out as well
+        location.url += QStringLiteral(" video-format=8bit-yuv");
+    location.sound =
+        QStringLiteral("decklinkaudiosrc device-number=%1 connection=%2").arg(number).arg(*soundConnection);
+    plan.entries.append(finished(location, QStringLiteral("Decklink %1 (%2)").arg(number).arg(*mode)));
+    return plan;
+}
 
 InputPlan captureInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted)
 {

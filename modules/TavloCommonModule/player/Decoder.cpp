@@ -1,5 +1,7 @@
 #include "TavloCommonModule/player/Decoder.h"
 
+#include "TavloCommonModule/player/FramePacket.h"
+
 extern "C" {
 #include <libavutil/hwcontext.h>
 #include <libavutil/pixdesc.h>
@@ -40,6 +42,8 @@ bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool
     _stream = std::move(stream);
     if (!_frame)
         _frame.reset(av_frame_alloc());
+    if (carriesFrames())
+        return true;
     const AVCodec* const codec = avcodec_find_decoder(_stream->parameters->codec_id);
     const QString name = QString::fromUtf8(avcodec_get_name(_stream->parameters->codec_id));
     _context.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
@@ -107,8 +111,10 @@ void Decoder::flush()
         avcodec_flush_buffers(_context.get());
 }
 
-void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
+void Decoder::decode(const AVPacket* packet, const TakeFrame& take, const MayStay& mayStay)
 {
+    if (_frame && packet && carriesFrames())
+        unpack(*packet, take);
     if (!_context || !_frame)
         return;
     // What cannot be decoded is left out: the decoder finds its way back into the stream by itself.
@@ -116,7 +122,7 @@ void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
         return;
     bool wanted = true;
     while (wanted && avcodec_receive_frame(_context.get(), _frame.get()) >= 0) {
-        if (AVFrame* const frame = inMainMemory())
+        if (AVFrame* const frame = inReach(mayStay))
             wanted = take(*frame);
         av_frame_unref(_frame.get());
     }
@@ -124,9 +130,22 @@ void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
         flush();
 }
 
-AVFrame* Decoder::inMainMemory()
+bool Decoder::carriesFrames() const { return _stream && _stream->parameters->codec_id == AV_CODEC_ID_WRAPPED_AVFRAME; }
+
+void Decoder::unpack(const AVPacket& packet, const TakeFrame& take)
 {
-    if (_deviceFormat == AV_PIX_FMT_NONE || _frame->format != _deviceFormat)
+    if (av_frame_ref(_frame.get(), frameOf(packet)) < 0)
+        return;
+    _frame->best_effort_timestamp = packet.pts;
+    _frame->pkt_duration = packet.duration;
+    take(*_frame);
+    av_frame_unref(_frame.get());
+}
+
+/// In main memory, unless the frame may stay where it is.
+AVFrame* Decoder::inReach(const MayStay& mayStay)
+{
+    if (_deviceFormat == AV_PIX_FMT_NONE || _frame->format != _deviceFormat || mayStay(*_frame))
         return _frame.get();
     if (!_fetched)
         _fetched.reset(av_frame_alloc());

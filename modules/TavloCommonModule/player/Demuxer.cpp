@@ -35,7 +35,7 @@ qint64 guessedDuration(const StreamInfo& stream)
 } // namespace
 
 Demuxer::Demuxer(std::shared_ptr<PlayContext> context, bool second)
-    : _context(std::move(context)), _second(second), _input(_context->aborted)
+    : _context(std::move(context)), _second(second), _input(makeInput(entry(), _context->aborted))
 {
     _readings[0].queue = &_context->pictures;
     _readings[1].queue = &_context->sound;
@@ -50,7 +50,7 @@ void Demuxer::run()
     bool newEpoch = true;
     while (follow(play(newEpoch), newEpoch)) {
     }
-    _input.close();
+    _input->close();
 }
 
 const InputLocation& Demuxer::entry() const { return _second ? *_context->plan.second : _context->plan.entries[_item]; }
@@ -65,12 +65,12 @@ Demuxer::Outcome Demuxer::play(bool newEpoch)
 {
     if (_context->aborted)
         return Outcome::Aborted;
-    const bool isOpen = _input.isOpen() && _openEntry == _item && !_input.isLive();
-    const bool moved = isOpen && _input.seek(_from);
+    const bool isOpen = _input->isOpen() && _openEntry == _item && !_input->isLive();
+    const bool moved = isOpen && _input->seek(_from);
     if (!moved) {
         if (!openEntry())
             return _context->aborted ? Outcome::Aborted : Outcome::Failed;
-        if (_from > 0 && (_input.isLive() || !_input.seek(_from)))
+        if (_from > 0 && (_input->isLive() || !_input->seek(_from)))
             _from = 0;
     }
     // A list that could not be read ahead in time begins anew, or its pictures would be late.
@@ -79,13 +79,13 @@ Demuxer::Outcome Demuxer::play(bool newEpoch)
     else if (_context->clock.isStarted() && _context->clock.position() > _timelineEnd + 50'000)
         newEpoch = true;
     const bool sought = std::exchange(_fromSeek, false);
-    if (entry().pace == InputLocation::Pace::Device || _input.isLive())
+    if (entry().pace == InputLocation::Pace::Device || _input->isLive())
         _segment.reset(); // begins with the first packet
     else
         beginSegment(sought     ? Begin::Sought
                      : newEpoch ? Begin::Anew
                                 : Begin::Continued,
-                     _input.firstStamp(), _from, !sought && _from == 0);
+                     _input->firstStamp(), _from, !sought && _from == 0);
     return readSegment();
 }
 
@@ -93,7 +93,7 @@ bool Demuxer::openEntry()
 {
     const auto& wanted = _context->wanted;
     _openEntry = -1;
-    if (!_input.open(entry(), wanted.videoInfo.enable != 0, wanted.audioInfo.enable != 0))
+    if (!_input->open(entry(), wanted.videoInfo.enable != 0, wanted.audioInfo.enable != 0))
         return false;
     _openEntry = _item;
     return true;
@@ -205,14 +205,14 @@ void Demuxer::beginSegment(Begin how, qint64 stampOfItem, qint64 from, bool begi
         _timelineEnd = std::max(_timelineEnd, context.clock.position());
     }
     segment->item = _item;
-    segment->itemLength = _input.isStill() ? stillLength : _input.length();
+    segment->itemLength = _input->isStill() ? stillLength : _input->length();
     segment->stampOfItem = stampOfItem;
     segment->from = from;
     segment->timelineStart = _timelineEnd;
     segment->beginsItem = beginsItem;
-    segment->live = _input.isLive();
-    segment->video = _input.video();
-    segment->audio = _input.audio();
+    segment->live = _input->isLive();
+    segment->video = _input->video();
+    segment->audio = _input->audio();
     _segment = segment;
     _packetsOfSegment = 0;
     _hasBegun = true;
@@ -262,7 +262,7 @@ Demuxer::Outcome Demuxer::readSegment()
         if (!waitForRoom())
             return _context->aborted ? Outcome::Aborted : Outcome::Seek;
         PacketPtr packet(av_packet_alloc());
-        const int result = packet ? _input.read(*packet) : AVERROR(ENOMEM);
+        const int result = packet ? _input->read(*packet) : AVERROR(ENOMEM);
         if (_context->aborted)
             return Outcome::Aborted;
         if (result < 0)
@@ -273,7 +273,7 @@ Demuxer::Outcome Demuxer::readSegment()
 
 Demuxer::Outcome Demuxer::endSegment(int result)
 {
-    const bool live = _input.isLive();
+    const bool live = _input->isLive();
     if (_segment) {
         _timelineEnd = segmentEnd();
         for (const Reading& reading : _readings) {
@@ -283,12 +283,12 @@ Demuxer::Outcome Demuxer::endSegment(int result)
     }
     if (result != AVERROR_EOF || live) {
         qDebug().noquote() << "player: reading ended:" << entry().name << "-" << ffmpegError(result);
-        _input.close();
+        _input->close();
         return Outcome::Broken;
     }
     if (_packetsOfSegment == 0) {
         qDebug().noquote() << "player: nothing to play in" << entry().name;
-        _input.close();
+        _input->close();
         return Outcome::Broken;
     }
     return Outcome::Ended;
@@ -297,7 +297,7 @@ Demuxer::Outcome Demuxer::endSegment(int result)
 void Demuxer::hand(PacketPtr packet)
 {
     Reading& reading = readingOf(*packet);
-    const auto& stream = reading.stream ? reading.stream : _input.isVideo(*packet) ? _input.video() : _input.audio();
+    const auto& stream = reading.stream ? reading.stream : _input->isVideo(*packet) ? _input->video() : _input->audio();
     av_packet_rescale_ts(packet.get(), stream->timeBase, microsecondBase);
     if (packet->duration <= 0)
         packet->duration = guessedDuration(*stream);
@@ -330,7 +330,7 @@ void Demuxer::hand(PacketPtr packet)
 bool Demuxer::jumps(const Reading& reading, const AVPacket& packet) const
 {
     const qint64 stamp = stampOf(packet);
-    return stamp != AV_NOPTS_VALUE && reading.lastStamp != AV_NOPTS_VALUE && _input.stampsMayJump() &&
+    return stamp != AV_NOPTS_VALUE && reading.lastStamp != AV_NOPTS_VALUE && _input->stampsMayJump() &&
            std::abs(stamp - reading.lastStamp) > jumpLimit && entry().pace != InputLocation::Pace::Device;
 }
 
@@ -412,7 +412,7 @@ bool Demuxer::waitForEnd()
 /// Where the segment's last picture ends; where its sound does when that is longer for good.
 qint64 Demuxer::segmentEnd() const
 {
-    if (_input.isOpen() && _input.isStill())
+    if (_input->isOpen() && _input->isStill())
         return _segment->timelineStart + stillLength - _segment->from;
     const qint64 begin = _segment->timelineStart;
     const auto endOf = [&](const Reading& r) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TavloCommonModule/player/MediaInput.h"
+#include "TavloCommonModule/player/Input.h"
 #include "TavloCommonModule/player/PlayContext.h"
 
 #include <array>
@@ -72,13 +72,13 @@ private:
     bool waitForEnd();
     qint64 segmentEnd() const;
 
-    Reading& readingOf(const AVPacket& packet) { return _readings[_input.isVideo(packet) ? 0 : 1]; }
+    Reading& readingOf(const AVPacket& packet) { return _readings[_input->isVideo(packet) ? 0 : 1]; }
 
     const std::shared_ptr<PlayContext> _context;
     const bool _second;
-    MediaInput _input;
-    int _openEntry = -1;
     int _item = 0;
+    const std::unique_ptr<Input> _input; ///< for entries like the first
+    int _openEntry = -1;
     qint64 _from = 0; ///< microseconds of the entry at which to begin
     bool _fromSeek = false;
     int _failures = 0; ///< in a row

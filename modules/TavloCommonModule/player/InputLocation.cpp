@@ -120,7 +120,7 @@ InputPlan mediaInput(const tagTavloSourcePlayerInfo& info)
         // An entry that is refused stays in the list, so that the entries keep their numbers.
         auto location = mediaLocation(path, info.caching);
         if (!location)
-            location = InputLocation{.name = path, .url = {}, .format = {}, .protocols = {}, .options = {}};
+            location.emplace().name = path;
         plan.entries.append(*location);
     }
     return plan;
@@ -139,6 +139,26 @@ InputPlan cameraInput(const tagTavloSourcePlayerInfo& info)
                       ? mediaLocation(url.toString(QUrl::FullyEncoded), std::min(info.caching, 300))
                       : std::nullopt,
                   QStringLiteral("no address of a camera: ") + info.deviceName);
+}
+
+/// "ndi:" and the sender's name, or that and where it is.
+InputPlan ndiInput(const tagTavloSourcePlayerInfo& info)
+{
+    const bool isSplit = info.pathList.size() == 2;
+    QString name = isSplit ? info.pathList[0] : info.url;
+    if (name.startsWith(QLatin1String("ndi:")))
+        name.remove(0, 4);
+    while (name.startsWith(u'/'))
+        name.remove(0, 1);
+    InputLocation location;
+    location.name = info.url;
+    location.url = name.trimmed();
+    location.host = isSplit ? info.pathList[1] : QString();
+    location.pace = Pace::Device;
+    location.reader = InputLocation::Reader::Ndi;
+    location.cachingMilliseconds = 60; // one picture and the network's unevenness
+    const bool isNamed = !location.url.isEmpty() || !location.host.isEmpty();
+    return single(isNamed ? std::optional(location) : std::nullopt, QStringLiteral("no name of an NDI source"));
 }
 
 } // namespace
@@ -174,8 +194,12 @@ InputPlan planInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFor
     case TavloSourcePlayerKindCapture:
     case TavloSourcePlayerKindMW:
         return captureInput(info, wanted);
+    case TavloSourcePlayerKindDecklink:
+        return decklinkInput(info);
     case TavloSourcePlayerKindHikvision:
         return cameraInput(info);
+    case TavloSourcePlayerKindNDI:
+        return ndiInput(info);
     case TavloSourcePlayerKindFastRtmp:
         return single(carried(info.url, "rtmp", "flv", 50), info.url);
     case TavloSourcePlayerKindTvmp:

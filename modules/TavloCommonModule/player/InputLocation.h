@@ -23,12 +23,23 @@ struct InputLocation
         Device,   ///< the same, from this machine
     };
 
+    /// Who reads it.
+    enum class Reader
+    {
+        Ffmpeg,
+        Ndi,
+        Gstreamer,
+    };
+
     QString name;   ///< as people know it, for the log; without a password
-    QString url;    ///< as FFmpeg takes it
+    QString url;    ///< as its reader takes it
     QString format; ///< the demultiplexer, empty to find out
+    QString sound;  ///< of a card whose sound is a thing of its own
+    QString host;   ///< where only some of its machines are meant
     Pace pace = Pace::File;
-    QString protocols; ///< that the input, and all it refers to, may open; separated by commas
-    std::map<QString, QString> options;
+    Reader reader = Reader::Ffmpeg;
+    QString protocols;                  ///< that the input, and all it refers to, may open; separated by commas
+    std::map<QString, QString> options; ///< of its reader
     int cachingMilliseconds = 0;
     bool picturesOnly = false; ///< of a pair of devices, the one for pictures
     bool soundOnly = false;
@@ -53,5 +64,8 @@ std::optional<InputLocation> mediaLocation(const QString& pathOrUrl, int caching
 
 /// Capture devices by a record of that kind: one for pictures, one for sound, either may be missing.
 InputPlan captureInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted);
+
+/// A Decklink card by a record of that kind: its number, mode and connections.
+InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info);
 
 } // namespace tavlo

@@ -78,10 +78,25 @@ int matrixOf(const AVFrame& frame)
     }
 }
 
-/// Whether the shaders see the right colours in a frame of YUV: they take it as BT.709 of limited range.
-bool isShaders(const AVFrame& frame) { return !isFullRange(frame) && matrixOf(frame) == SWS_CS_ITU709; }
+MatrixConversion::Matrix sharesOf(int matrix)
+{
+    switch (matrix) {
+    case SWS_CS_FCC:
+        return {0.30, 0.11};
+    case SWS_CS_ITU601:
+        return {0.299, 0.114};
+    case SWS_CS_SMPTE240M:
+        return {0.212, 0.087};
+    case SWS_CS_BT2020:
+        return {0.2627, 0.0593};
+    default:
+        return {0.2126, 0.0722};
+    }
+}
 
 } // namespace
+
+bool PictureWriter::isDrawn(const AVFrame& frame) { return !isFullRange(frame) && matrixOf(frame) == SWS_CS_ITU709; }
 
 quint32 PictureWriter::naturalChroma(const AVFrame& frame)
 {
@@ -97,10 +112,16 @@ bool PictureWriter::canWrite(quint32 chroma) { return std::ranges::find(writable
 bool PictureWriter::write(const AVFrame& frame, picture_t& picture)
 {
     const AVPixelFormat wanted = pixelFormatOfChroma(_chroma);
-    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || isShaders(frame));
-    if (!fits && !convert(frame, wanted))
-        return false;
-    copy(fits ? frame : *_converted, picture);
+    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || isDrawn(frame));
+    if (fits) {
+        copy(frame, picture);
+    } else if (MatrixConversion::canConvert(frame, _chroma)) {
+        _matrices.convert(frame, sharesOf(matrixOf(frame)), isFullRange(frame), picture, _chroma);
+    } else {
+        if (!convert(frame, wanted))
+            return false;
+        copy(*_converted, picture);
+    }
     return true;
 }
 

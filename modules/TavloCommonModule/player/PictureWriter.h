@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TavloCommonModule/player/FfmpegTypes.h"
+#include "TavloCommonModule/player/MatrixConversion.h"
 
 #include "shared/VlcTypes.h"
 
@@ -17,6 +18,9 @@ public:
     /// colours and transparency, else NV12.
     static quint32 naturalChroma(const AVFrame& frame);
 
+    /// Whether a frame of YUV has the matrix and the range that the drawing knows.
+    static bool isDrawn(const AVFrame& frame);
+
     /// Whether pictures of that layout can be written.
     static bool canWrite(quint32 chroma);
 
@@ -31,6 +35,7 @@ private:
     void copy(const AVFrame& frame, picture_t& picture) const;
 
     quint32 _chroma = 0;
+    MatrixConversion _matrices;
     ScalerPtr _scaler;
     FramePtr _converted;
 };

@@ -38,4 +38,12 @@ StreamInfo::StreamInfo(const AVStream& stream, AVRational guessedFrameRate)
         quarterTurns = static_cast<int>(std::lround(-degrees / 90.0) + 8) % 4;
 }
 
+StreamInfo::StreamInfo(AVMediaType type, AVRational rate) : parameters(avcodec_parameters_alloc()), frameRate(rate)
+{
+    if (!parameters)
+        throw std::bad_alloc();
+    parameters->codec_type = type;
+    parameters->codec_id = AV_CODEC_ID_WRAPPED_AVFRAME;
+}
+
 } // namespace tavlo

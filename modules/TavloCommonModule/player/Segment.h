@@ -12,6 +12,10 @@ namespace tavlo {
 struct StreamInfo
 {
     StreamInfo(const AVStream& stream, AVRational guessedFrameRate);
+
+    /// A stream whose packets carry frames, with nothing left to decode; stamped in microseconds.
+    StreamInfo(AVMediaType type, AVRational rate);
+
     ~StreamInfo() { avcodec_parameters_free(&parameters); }
     StreamInfo(const StreamInfo&) = delete;
     StreamInfo& operator=(const StreamInfo&) = delete;

@@ -13,7 +13,8 @@ namespace {
 bool isSame(const tagTavloSourcePlayerInfo& a, const tagTavloSourcePlayerInfo& b)
 {
     return a.kind == b.kind && a.deviceName == b.deviceName && a.inputNode == b.inputNode && a.standard == b.standard &&
-           a.audioDeviceName == b.audioDeviceName && a.channelNumber == b.channelNumber && a.url == b.url &&
+           a.deviceDisplayName == b.deviceDisplayName && a.audioDeviceName == b.audioDeviceName &&
+           a.audioInputSignal == b.audioInputSignal && a.channelNumber == b.channelNumber && a.url == b.url &&
            a.pathList == b.pathList && a.caching == b.caching && a.playbackLoop == b.playbackLoop &&
            a.hwDecode == b.hwDecode && a.deinterlaceMode == b.deinterlaceMode;
 }

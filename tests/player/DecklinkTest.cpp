@@ -1,0 +1,163 @@
+// Cards that GStreamer reads. There is none here: its elements refuse, or others stand in their place.
+
+#include "shared/VlcTypes.h"
+#include "support/LogCapture.h"
+#include "support/PlayerSink.h"
+
+#include <gmock/gmock.h>
+#include <gst/gst.h>
+
+#include <QRegularExpression>
+#include <QThread>
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace tavlo::test {
+namespace {
+
+/// What stands in for the elements of a card was told, and what it does.
+struct FakeCard
+{
+    std::mutex lock;
+    std::map<std::string, std::string> properties, soundProperties;
+    GstElement* source = nullptr; ///< of pictures, the newest; not owned
+};
+
+FakeCard card;
+
+/// A bin under the name of a card's element, around a live test source.
+struct FakeElement
+{
+    static constexpr const char* names[] = {"device-number", "mode", "connection", "video-format",
+                                            "drop-no-signal-frames"};
+
+    static void setProperty(GObject* object, guint id, const GValue* value, GParamSpec*)
+    {
+        const std::lock_guard guard(card.lock);
+        const bool isPictures = static_cast<void*>(object) == card.source;
+        (isPictures ? card.properties : card.soundProperties)[names[id - 1]] = g_value_get_string(value);
+    }
+
+    static void initClass(gpointer type, gpointer)
+    {
+        auto* const object = static_cast<GObjectClass*>(type);
+        object->set_property = setProperty;
+        for (guint id = 1; id <= std::size(names); ++id)
+            g_object_class_install_property(
+                object, id, g_param_spec_string(names[id - 1], nullptr, nullptr, nullptr, G_PARAM_WRITABLE));
+    }
+
+    static void fill(GTypeInstance* instance, const char* launch, bool isPictures)
+    {
+        auto* const bin = reinterpret_cast<GstBin*>(instance);
+        GstElement* const inside = gst_parse_bin_from_description(launch, TRUE, nullptr);
+        gst_bin_add(bin, inside);
+        GstPad* const out = gst_element_get_static_pad(inside, "src");
+        gst_element_add_pad(&bin->element, gst_ghost_pad_new("src", out));
+        gst_object_unref(out);
+        if (!isPictures)
+            return;
+        const std::lock_guard guard(card.lock);
+        card.properties.clear();
+        card.source = &bin->element;
+    }
+
+    static void initPictures(GTypeInstance* instance, gpointer)
+    {
+        fill(instance,
+             "videotestsrc is-live=true pattern=solid-color foreground-color=0xffc83c1e ! "
+             "capsfilter caps=video/x-raw,format=UYVY,width=66,height=720,framerate=50/1,colorimetry=bt709",
+             true);
+    }
+
+    static void initSound(GTypeInstance* instance, gpointer)
+    {
+        fill(instance,
+             "audiotestsrc is-live=true freq=1000 samplesperbuffer=960 ! capsfilter "
+             "caps=audio/x-raw,format=S16LE,rate=48000,channels=2",
+             false);
+    }
+
+    static void registerAs(const char* name, GInstanceInitFunc init)
+    {
+        const GTypeInfo info{sizeof(GstBinClass), nullptr, nullptr, initClass, nullptr, nullptr,
+                             sizeof(GstBin),      0,       init,    nullptr};
+        gst_element_register(nullptr, name, GST_RANK_PRIMARY,
+                             g_type_register_static(GST_TYPE_BIN, (std::string("fake-") + name).c_str(), &info, {}));
+    }
+};
+
+void playCard(PlayerStage& stage)
+{
+    stage.info.kind = TavloSourcePlayerKindDecklink;
+    stage.info.deviceName = QStringLiteral("3");
+    stage.info.deviceDisplayName = QStringLiteral("1080p29.97");
+    stage.info.inputNode = QStringLiteral("Optical SDI");
+    stage.info.audioInputSignal = QStringLiteral("embedded");
+    stage.play({});
+}
+
+bool isLogged(const LogCapture& log, const char* text, int times)
+{
+    for (int i = 0; i < 6000 && log.count(text) < times; ++i)
+        QThread::msleep(10);
+    return log.count(text) >= times;
+}
+
+TEST(PlayerDecklink, WithoutACardItIsToldAndAwaited)
+{
+    const LogCapture log;
+    PlayerStage stage;
+    playCard(stage);
+    EXPECT_TRUE(isLogged(log, "failed to open Decklink 3 (1080p2997)", 2)) << log.lines().join(u'\n').toStdString();
+    EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateOpening);
+    stage.player->stop();
+    for (QString* const field : {&stage.info.deviceDisplayName, &stage.info.inputNode, &stage.info.deviceName}) {
+        playCard(stage);
+        *field = QStringLiteral("1 ! filesink location=x");
+        stage.play({});
+        EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateStopped) << "it would be another element";
+    }
+}
+
+TEST(PlayerDecklink, ACardPlaysAndIsAwaitedWhenItFails)
+{
+    gst_init(nullptr, nullptr);
+    FakeElement::registerAs("decklinkvideosrc", FakeElement::initPictures);
+    FakeElement::registerAs("decklinkaudiosrc", FakeElement::initSound);
+    const LogCapture log;
+    PlayerStage stage;
+    playCard(stage);
+    ASSERT_TRUE(stage.sink.waitForPictures(5)) << log.lines().join(u'\n').toStdString();
+    ASSERT_TRUE(stage.sink.waitFor([&] { return stage.sink.blocks.size() > 50; }));
+    EXPECT_EQ(stage.player->state(), TavloSourcePlayerStatePlaying);
+    const size_t states = stage.sink.stateCount();
+    {
+        const std::lock_guard guard(card.lock);
+        EXPECT_THAT(card.properties, testing::UnorderedElementsAre(testing::Pair("device-number", "3"),
+                                                                   testing::Pair("mode", "1080p2997"),
+                                                                   testing::Pair("connection", "optical-sdi"),
+                                                                   testing::Pair("video-format", "8bit-yuv"),
+                                                                   testing::Pair("drop-no-signal-frames", "true")));
+        EXPECT_THAT(card.soundProperties, testing::UnorderedElementsAre(testing::Pair("device-number", "3"),
+                                                                        testing::Pair("connection", "embedded")));
+        GST_ELEMENT_ERROR(card.source, RESOURCE, READ, ("the cable is out"), (nullptr));
+    }
+    ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateOpening, 0}, states));
+    EXPECT_EQ(log.count("the cable is out"), 1);
+    const size_t before = stage.sink.pictureCount();
+    ASSERT_TRUE(stage.sink.waitForPictures(before + 5));
+    stage.player->stop();
+    EXPECT_EQ(stage.sink.videoInfo.chroma, tavloFourcc("UYVY"));
+    EXPECT_EQ(stage.sink.videoInfo.sourceWidth, 66);
+    EXPECT_EQ(stage.sink.videoInfo.fpsNum, 50 * stage.sink.videoInfo.fpsDen);
+    const double luma = 0.2126 * 200 + 0.7152 * 60 + 0.0722 * 30;
+    EXPECT_NEAR(stage.sink.lastPicture[0], 128 + 224 * (30 - luma) / 1.8556 / 255, 1.5);
+    EXPECT_NEAR(stage.sink.lastPicture[1], 16 + 219 * luma / 255, 1.5);
+    EXPECT_GT(std::ranges::count(stage.sink.blocks, 3, &PlayerSink::Block::second), 10);
+}
+
+} // namespace
+} // namespace tavlo::test
