@@ -9,7 +9,7 @@ set(tavlo_package "${CMAKE_INSTALL_LIBDIR}/cmake/Tavlo")
 install(TARGETS tavlo EXPORT TavloTargets
     LIBRARY DESTINATION "${tavlo_folder}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS tavlo-headers EXPORT TavloTargets)
-install(TARGETS TavloAudioPortModule TavloCodecAggregationModule TavloCommonModule TavloMpegModule TavloOutputModule
+install(TARGETS TavloAudioPortModule TavloCUDAUtil TavloCodecAggregationModule TavloCommonModule TavloMpegModule TavloOutputModule
     LIBRARY DESTINATION "${tavlo_folder}" COMPONENT runtime)
 file(RELATIVE_PATH tavlo_from_programs "/${CMAKE_INSTALL_BINDIR}" "/${tavlo_folder}")
 set_target_properties(tavlo-host PROPERTIES INSTALL_RPATH "$ORIGIN/${tavlo_from_programs}")

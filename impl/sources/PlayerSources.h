@@ -26,6 +26,8 @@ public:
         _playerInfo.hwDecode = info.HWDecode;
         _playerInfo.deinterlaceMode = static_cast<qint32>(info.deinterlaceMode);
         _statistics.name = describe(info, _playerInfo, _outputFormat);
+        if (_playerInfo.kind == TavloSourcePlayerKindTvmp && keepsGraphicsMemory())
+            _playerInfo.kind = TavloSourcePlayerKindTvmpCuda;
         return true;
     }
 };

@@ -1,5 +1,7 @@
 #include "sources/TavloPresentSourceMediaVLC.h"
 
+#include "shared/CudaPicture.h"
+
 #include <QDebug>
 
 #include <algorithm>
@@ -7,7 +9,8 @@
 using namespace tavlo;
 
 TavloPresentSourceMediaVLC::TavloPresentSourceMediaVLC(const SourceSite& site)
-    : TavloPresentSourceMedia(site), _playerHelper("TavloCommonModule", "CreateTavloSourcePlayer")
+    : TavloPresentSourceMedia(site), _playerHelper("TavloCommonModule", "CreateTavloSourcePlayer"),
+      _cudaResource("TavloCUDAUtil", "CreateTavloVideoCUDAResource")
 {
     if (_playerHelper.create())
         _playerHelper->setSink(this);
@@ -23,12 +26,32 @@ bool TavloPresentSourceMediaVLC::openSource(const tagTavloPresentSourceInfo& inf
 {
     if (!TavloPresentSourceMedia::openSource(info))
         return false;
-    qDebug() << "use d3d resource to copy texture";
+    if (info.enableCUDAAccelerate)
+        createCudaResource();
+    qDebug() << (keepsGraphicsMemory() ? "use cuda resource to copy texture" : "use d3d resource to copy texture");
     return true;
+}
+
+/// Pictures go into a texture of their own, so that they are keyed, cropped and placed like all others.
+void TavloPresentSourceMediaVLC::createCudaResource()
+{
+    if (!_site.device || !_cudaResource.create())
+        return;
+    const graphics::TexturePtr probe =
+        _site.device->createTexture({.width = 16, .height = 24, .format = graphics::Format::R8_UNORM});
+    if (_cudaResource->create(probe.get(), 16, 24))
+        return;
+    qDebug() << "failed to create cuda res ";
+    _cudaResource.destroy();
 }
 
 void TavloPresentSourceMediaVLC::closeSource()
 {
+    if (keepsGraphicsMemory()) {
+        const std::lock_guard guard(_pictureMutex);
+        _cudaResource->release();
+        _cudaResource.destroy();
+    }
     forgetWaiting();
     TavloPresentSourceMedia::closeSource();
 }
@@ -42,6 +65,8 @@ IUnknownEx* TavloPresentSourceMediaVLC::queryInterface(const TavloInterfaceId& i
 
 void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps&)
 {
+    if (keepsGraphicsMemory() && _inGraphicsMemory)
+        drawFromGraphicsMemory();
     Waiting next = takeWaiting();
     if (!next.picture)
         return; // the channel keeps what it shows
@@ -53,6 +78,27 @@ void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps&)
     drawPicture(format.i_chroma, QSizeF(format.i_width, format.i_height),
                 {pooled.planeOffset[0], pooled.planeOffset[1]}, pooled.texture, false);
     picture_Release(next.picture);
+    _drawRate.Deliver(1);
+}
+
+void TavloPresentSourceMediaVLC::drawFromGraphicsMemory()
+{
+    quint32 width = 0, height = 0;
+    {
+        const QReadLocker locker(&_mediaLock);
+        width = _statistics.width;
+        height = _statistics.height;
+    }
+    const quint32 rows = height + height / 2;
+    if (width == 0 || height == 0)
+        return;
+    if (!_cudaTexture || _cudaTexture->desc().width != width || _cudaTexture->desc().height != rows)
+        _cudaTexture =
+            _site.device->createTexture({.width = width, .height = rows, .format = graphics::Format::R8_UNORM});
+    if (!_cudaTexture || !_cudaResource->copyTo(_cudaTexture.get()))
+        return; // the channel keeps what it shows
+    _videoClock = _graphicsMemoryDate.load();
+    drawPicture(tavloFourcc("NV12"), QSizeF(width, height), {width * height, 0}, _cudaTexture, false);
     _drawRate.Deliver(1);
 }
 
@@ -83,7 +129,13 @@ void TavloPresentSourceMediaVLC::forgetWaiting()
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& videoInfo)
 {
-    videoInfo.chroma = drawableChroma(chroma);
+    {
+        const std::lock_guard guard(_pictureMutex);
+        _inGraphicsMemory = keepsGraphicsMemory() && chroma == chromaInGraphicsMemory;
+        if (_inGraphicsMemory)
+            _cudaResource->videoStarted();
+    }
+    videoInfo.chroma = _inGraphicsMemory ? chroma : drawableChroma(chroma);
     const QWriteLocker locker(&_mediaLock);
     _mediaFormat.videoInfo = videoInfo;
     const auto width = static_cast<int>(videoInfo.sourceWidth), height = static_cast<int>(videoInfo.sourceHeight);
@@ -94,6 +146,11 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma,
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
 {
+    {
+        const std::lock_guard guard(_pictureMutex);
+        if (_inGraphicsMemory.exchange(false) && keepsGraphicsMemory())
+            _cudaResource->videoStopped();
+    }
     _picturePool.reset();
     const quint64 unwanted = _unwanted;
     if (const quint64 more = unwanted - std::exchange(_unwantedTold, unwanted); more > 0)
@@ -122,6 +179,8 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStop()
 picture_pool_t* TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
 {
     *count = PicturePool::pictureCount;
+    if (_inGraphicsMemory)
+        return nullptr;
     return _picturePool.create(
         _videoFormat, *_site.device, *_site.deferredContext,
         [](void* owner) { return static_cast<TavloPresentSourceMediaVLC*>(owner)->takesPicture(); }, this);
@@ -130,6 +189,13 @@ picture_pool_t* TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSamplePool
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
 {
     _decodeRate.Deliver(1);
+    if (picture->format.i_chroma == chromaInGraphicsMemory) {
+        const std::lock_guard guard(_pictureMutex);
+        _graphicsMemoryDate = picture->date;
+        if (keepsGraphicsMemory())
+            _cudaResource->takePicture(picture, 0);
+        return;
+    }
     PooledPicture* const pooled = pooledPicture(*picture);
     if (!pooled) {
         qDebug() << "picture->p_sys == nullptr ??";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TavloCUDAUtil/ITavloVideoCUDAResource.h"
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
 #include "base/CTempldateHelper.h"
 #include "sources/PicturePool.h"
@@ -10,6 +11,7 @@
 #include <mutex>
 
 using CTavloSourcePlayerHelper = CTempldateHelper<ITavloSourcePlayer>;
+using CTavloVideoCUDAResourceHelper = CTempldateHelper<ITavloVideoCUDAResource>;
 
 /// Base of all sources that a player plays.
 ///
@@ -72,6 +74,9 @@ protected:
     /// The player, or null when its module is missing.
     ITavloSourcePlayer* player() const { return _playerHelper.get(); }
 
+    /// Whether pictures may stay in graphics memory on their way; fixed from openSource on.
+    bool keepsGraphicsMemory() const { return _cudaResource.get() != nullptr; }
+
     tagTavloSourcePlayerInfo _playerInfo; ///< what is played; fixed from openSource on
 
 private:
@@ -84,11 +89,19 @@ private:
 
     static constexpr std::size_t waitingLimit = 2;
 
+    void createCudaResource();
+    void drawFromGraphicsMemory();
     bool takesPicture();
     Waiting takeWaiting();
     void forgetWaiting();
 
     CTavloSourcePlayerHelper _playerHelper;
+
+    // frame thread writes, under _pictureMutex; any thread reads under it
+    CTavloVideoCUDAResourceHelper _cudaResource;
+    tavlo::graphics::TexturePtr _cudaTexture;    ///< frame thread: brightness, behind it chroma in pairs
+    std::atomic<bool> _inGraphicsMemory = false; ///< the pictures of now
+    std::atomic<qint64> _graphicsMemoryDate = 0; ///< of the newest, microseconds
 
     // player's video thread
     tavlo::PicturePool _picturePool;

@@ -2,10 +2,12 @@
 
 #include "TavloCUDAUtil/ITavloVideoCUDAResource.h"
 #include "base/CTempldateHelper.h"
+#include "drawing/TavloDrawDX11.h"
 #include "fake/FakeCuda.h"
 #include "graphics/Device.h"
 #include "shared/CudaPicture.h"
 #include "shared/VlcTypes.h"
+#include "sources/PlayerSources.h"
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -121,6 +123,53 @@ TEST_F(CudaResource, WhatFailsIsToldOnceAndLeftOut)
     fakeCuda()->failing = 0;
     give(0xC0000);
     EXPECT_TRUE(helper->copyTo(target.get()));
+}
+
+/// From the player's threads to the texture that is drawn.
+TEST_F(CudaResource, ASourceKeepsPicturesInGraphicsMemoryWhereItCan)
+{
+    const FakeCuda& cuda = *fakeCuda();
+    for (const bool possible : {true, false}) {
+        fakeCuda()->devices = possible ? 1 : 0;
+        const LogCapture log;
+        SourceSite site;
+        site.device = device;
+        site.context = device->immediateContext();
+        site.deferredContext = device->createDeferredContext();
+        auto* const source = new TavloPresentSourceMediaVLCURL(site);
+        ITavloSourcePlayerSink& sink = *source;
+        tagTavloPresentSourceInfo info;
+        info.enableCUDAAccelerate = 1;
+        ASSERT_TRUE(source->openSource(info));
+        EXPECT_EQ(log.count("use cuda resource to copy texture"), possible);
+        EXPECT_EQ(log.count("failed to create cuda res "), !possible);
+        EXPECT_EQ(log.count("use d3d resource to copy texture"), !possible);
+        tagTavloVideoInfo video;
+        video.sourceWidth = 64;
+        video.sourceHeight = 36;
+        sink.OnMediaSourcePlayerDoVideoStart(chromaInGraphicsMemory, video);
+        EXPECT_EQ(video.chroma, possible ? chromaInGraphicsMemory : tavloFourcc("NV12"));
+        if (possible) {
+            quint32 count = 0;
+            EXPECT_EQ(sink.OnMediaSourcePlayerDoVideoSamplePool(&count), nullptr);
+            picture_t* const picture = pictureInGraphicsMemory(0xA0000, &count, 64, 36);
+            sink.OnMediaSourcePlayerDoVideoSample(0, picture);
+            picture_Release(picture);
+            TavloDrawDX11 draw;
+            source->drawFrame(draw, {});
+            EXPECT_EQ(cuda.copies.size(), 2U);
+            source->drawFrame(draw, {});
+            EXPECT_EQ(cuda.copies.size(), 2U) << "it stands already";
+            EXPECT_EQ(alive, 1);
+        }
+        source->closeSource();
+        EXPECT_EQ(alive, 0);
+        picture_t* const late = pictureInGraphicsMemory(0xB0000, nullptr, 64, 36);
+        sink.OnMediaSourcePlayerDoVideoSample(0, late);
+        picture_Release(late);
+        sink.OnMediaSourcePlayerDoVideoStop();
+        source->release();
+    }
 }
 
 } // namespace

@@ -111,7 +111,7 @@ void Decoder::flush()
         avcodec_flush_buffers(_context.get());
 }
 
-void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
+void Decoder::decode(const AVPacket* packet, const TakeFrame& take, const MayStay& mayStay)
 {
     if (_frame && packet && carriesFrames())
         unpack(*packet, take);
@@ -122,7 +122,7 @@ void Decoder::decode(const AVPacket* packet, const TakeFrame& take)
         return;
     bool wanted = true;
     while (wanted && avcodec_receive_frame(_context.get(), _frame.get()) >= 0) {
-        if (AVFrame* const frame = inMainMemory())
+        if (AVFrame* const frame = inReach(mayStay))
             wanted = take(*frame);
         av_frame_unref(_frame.get());
     }
@@ -142,9 +142,10 @@ void Decoder::unpack(const AVPacket& packet, const TakeFrame& take)
     av_frame_unref(_frame.get());
 }
 
-AVFrame* Decoder::inMainMemory()
+/// In main memory, unless the frame may stay where it is.
+AVFrame* Decoder::inReach(const MayStay& mayStay)
 {
-    if (_deviceFormat == AV_PIX_FMT_NONE || _frame->format != _deviceFormat)
+    if (_deviceFormat == AV_PIX_FMT_NONE || _frame->format != _deviceFormat || mayStay(*_frame))
         return _frame.get();
     if (!_fetched)
         _fetched.reset(av_frame_alloc());

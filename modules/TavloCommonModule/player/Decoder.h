@@ -13,6 +13,9 @@ public:
     /// Takes a frame, which is the decoder's again afterwards. False ends the decoding of the packet.
     using TakeFrame = std::function<bool(AVFrame&)>;
 
+    /// Whether a frame that lies in graphics memory may stay there.
+    using MayStay = std::function<bool(const AVFrame&)>;
+
     /// Begins with a stream; the same one as before goes on with the decoder that there is. False, with a log line,
     /// when no decoder can take it.
     /// \param hardware  on the graphics processor where there is one that can; the log says what came of it
@@ -25,13 +28,13 @@ public:
     void flush();
 
     /// \param packet  null at the end of a stream: what is held back comes out, and the decoder can begin anew
-    void decode(const AVPacket* packet, const TakeFrame& take);
+    void decode(const AVPacket* packet, const TakeFrame& take, const MayStay& mayStay);
 
 private:
     bool carriesFrames() const;
     void unpack(const AVPacket& packet, const TakeFrame& take);
     void chooseHardware(const AVCodec& codec);
-    AVFrame* inMainMemory();
+    AVFrame* inReach(const MayStay& mayStay);
 
     std::shared_ptr<const StreamInfo> _stream;
     CodecPtr _context;

@@ -59,6 +59,11 @@ bool PictureFilter::process(AVFrame& frame, qint64 stamp, const Take& take)
     return fetch(take);
 }
 
+bool PictureFilter::changes(const AVFrame& frame) const
+{
+    return _deinterlaces || _mode == 2 || (_mode == 1 && frame.interlaced_frame) || _quarterTurns != 0 || _mirrored;
+}
+
 bool PictureFilter::drain(const Take& take)
 {
     if (!_graph)

@@ -22,6 +22,9 @@ public:
     /// \param stamp  microseconds. \return what `take` returned last
     bool process(AVFrame& frame, qint64 stamp, const Take& take);
 
+    /// Whether a frame would become another one.
+    bool changes(const AVFrame& frame) const;
+
     /// What is held back comes out.
     bool drain(const Take& take);
 

@@ -1,5 +1,7 @@
 #include "TavloCommonModule/player/PictureOutput.h"
 
+#include "TavloCommonModule/player/GraphicsMemory.h"
+
 #include <QDebug>
 
 #include <utility>
@@ -10,12 +12,9 @@ PictureOutput::Outcome PictureOutput::show(const AVFrame& frame, AVRational fram
 {
     if (frame.width <= 0 || frame.height <= 0)
         return Outcome::Unfit;
-    const FrameFormat format{frame.width, frame.height, frame.format, frame.color_range};
-    if (!_announced || format != _format) {
-        close();
-        _format = format;
-        open(frame, frameRate);
-    }
+    begin(frame, frameRate);
+    if (_inPlace)
+        return showInPlace(frame, date);
     if (!_pool)
         return Outcome::Unfit;
     const std::unique_ptr<picture_t, ReleasePicture> picture(picture_pool_Get(_pool.get()));
@@ -23,16 +22,51 @@ PictureOutput::Outcome PictureOutput::show(const AVFrame& frame, AVRational fram
         return Outcome::NoPicture;
     if (!_writer.write(frame, *picture))
         return Outcome::Unfit;
-    picture->date = date;
-    picture->b_progressive = !frame.interlaced_frame;
-    picture->b_top_field_first = frame.top_field_first != 0;
-    _sink.OnMediaSourcePlayerDoVideoSample(0, picture.get());
+    handOver(frame, *picture, date);
     return Outcome::Shown;
+}
+
+PictureOutput::Outcome PictureOutput::showInPlace(const AVFrame& frame, qint64 date)
+{
+    const std::unique_ptr<picture_t, ReleasePicture> picture(pictureInGraphicsMemory(frame));
+    if (!picture)
+        return Outcome::NoPicture;
+    handOver(frame, *picture, date);
+    return Outcome::Shown;
+}
+
+void PictureOutput::handOver(const AVFrame& frame, picture_t& picture, qint64 date)
+{
+    picture.date = date;
+    picture.b_progressive = !frame.interlaced_frame;
+    picture.b_top_field_first = frame.top_field_first != 0;
+    _sink.OnMediaSourcePlayerDoVideoSample(0, &picture);
+}
+
+bool PictureOutput::takesFromGraphicsMemory(const AVFrame& frame, AVRational frameRate)
+{
+    if (_fetchesAll)
+        return false;
+    begin(frame, frameRate);
+    _fetchesAll = !_inPlace;
+    return _inPlace;
+}
+
+/// Announces a format that is not the one before.
+void PictureOutput::begin(const AVFrame& frame, AVRational frameRate)
+{
+    const FrameFormat format{frame.width, frame.height, frame.format, frame.color_range};
+    if (_announced && format == _format)
+        return;
+    close();
+    _format = format;
+    open(frame, frameRate);
 }
 
 void PictureOutput::close()
 {
     _pool.reset();
+    _inPlace = false;
     if (std::exchange(_announced, false))
         _sink.OnMediaSourcePlayerDoVideoStop();
 }
@@ -42,6 +76,10 @@ void PictureOutput::open(const AVFrame& frame, AVRational frameRate)
     tagTavloVideoInfo info = describe(frame, frameRate);
     _announced = true;
     _sink.OnMediaSourcePlayerDoVideoStart(info.chroma, info);
+    if (isInGraphicsMemory(frame)) {
+        _inPlace = info.chroma == chromaInGraphicsMemory;
+        return; // what is fetched from there is announced as what it then is
+    }
     if (!PictureWriter::canWrite(info.chroma)) {
         qDebug() << "player: the sink asks for a picture layout that there is none of:" << Qt::hex << info.chroma;
         return;
@@ -70,7 +108,9 @@ tagTavloVideoInfo PictureOutput::describe(const AVFrame& frame, AVRational frame
     }
     info.progressive = !frame.interlaced_frame;
     const bool asked = _wanted.chroma != 0 && PictureWriter::canWrite(_wanted.chroma);
-    info.chroma = asked ? _wanted.chroma : PictureWriter::naturalChroma(frame);
+    info.chroma = isInGraphicsMemory(frame) ? chromaInGraphicsMemory
+                  : asked                   ? _wanted.chroma
+                                            : PictureWriter::naturalChroma(frame);
     return info;
 }
 

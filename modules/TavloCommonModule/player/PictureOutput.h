@@ -33,6 +33,9 @@ public:
     /// \param date       microseconds of the clock's time at which it is due
     Outcome show(const AVFrame& frame, AVRational frameRate, qint64 date);
 
+    /// Whether the sink takes a frame that lies in graphics memory as it is; it is asked with the first of a format.
+    bool takesFromGraphicsMemory(const AVFrame& frame, AVRational frameRate);
+
     void close();
 
 private:
@@ -57,7 +60,10 @@ private:
         friend bool operator==(const FrameFormat&, const FrameFormat&) = default;
     };
 
+    void begin(const AVFrame& frame, AVRational frameRate);
     void open(const AVFrame& frame, AVRational frameRate);
+    Outcome showInPlace(const AVFrame& frame, qint64 date);
+    void handOver(const AVFrame& frame, picture_t& picture, qint64 date);
     tagTavloVideoInfo describe(const AVFrame& frame, AVRational frameRate) const;
     picture_pool_t* ownPool(const tagTavloVideoInfo& info) const;
 
@@ -65,6 +71,8 @@ private:
     const tagTavloVideoInfo _wanted;
     FrameFormat _format;
     bool _announced = false;
+    bool _inPlace = false;    ///< the sink takes this format out of graphics memory
+    bool _fetchesAll = false; ///< it takes none
     std::unique_ptr<picture_pool_t, ReleasePool> _pool;
     PictureWriter _writer;
 };

@@ -94,10 +94,9 @@ MatrixConversion::Matrix sharesOf(int matrix)
     }
 }
 
-/// Whether the shaders see the right colours in a frame of YUV: they take it as BT.709 of limited range.
-bool isShaders(const AVFrame& frame) { return !isFullRange(frame) && matrixOf(frame) == SWS_CS_ITU709; }
-
 } // namespace
+
+bool PictureWriter::isDrawn(const AVFrame& frame) { return !isFullRange(frame) && matrixOf(frame) == SWS_CS_ITU709; }
 
 quint32 PictureWriter::naturalChroma(const AVFrame& frame)
 {
@@ -113,7 +112,7 @@ bool PictureWriter::canWrite(quint32 chroma) { return std::ranges::find(writable
 bool PictureWriter::write(const AVFrame& frame, picture_t& picture)
 {
     const AVPixelFormat wanted = pixelFormatOfChroma(_chroma);
-    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || isShaders(frame));
+    const bool fits = formatOf(frame) == wanted && (isColours(wanted) || isDrawn(frame));
     if (fits) {
         copy(frame, picture);
     } else if (MatrixConversion::canConvert(frame, _chroma)) {

@@ -18,6 +18,9 @@ public:
     /// colours and transparency, else NV12.
     static quint32 naturalChroma(const AVFrame& frame);
 
+    /// Whether a frame of YUV has the matrix and the range that the drawing knows.
+    static bool isDrawn(const AVFrame& frame);
+
     /// Whether pictures of that layout can be written.
     static bool canWrite(quint32 chroma);
 

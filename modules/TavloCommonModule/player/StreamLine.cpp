@@ -42,7 +42,7 @@ void StreamLine::handle(QueueEntry& entry)
     else if (!entry.packet)
         drain();
     else if (_decodes)
-        _decoder.decode(entry.packet.get(), [this](AVFrame& frame) { return takeFrame(frame); });
+        decode(entry.packet.get());
 }
 
 void StreamLine::beginSegment(SegmentPtr segment)
@@ -64,10 +64,17 @@ bool StreamLine::takeFrame(AVFrame& frame)
     return (_segment->isBeyondEnd(stamp) || take(frame, stamp)) && !isOver();
 }
 
+void StreamLine::decode(const AVPacket* packet)
+{
+    _decoder.decode(
+        packet, [this](AVFrame& frame) { return takeFrame(frame); },
+        [this](const AVFrame& frame) { return mayStay(frame); });
+}
+
 void StreamLine::drain()
 {
     if (_decodes)
-        _decoder.decode(nullptr, [this](AVFrame& frame) { return takeFrame(frame); });
+        decode(nullptr);
     if (!isOver())
         endSegment();
     if (!isOver())

@@ -36,6 +36,9 @@ protected:
     /// \param stamp  microseconds of the input. \return false when the segment is void
     virtual bool take(AVFrame& frame, qint64 stamp) = 0;
 
+    /// Whether a frame that lies in graphics memory may stay there.
+    virtual bool mayStay(const AVFrame&) { return false; }
+
     /// The segment's last frame was taken.
     virtual void endSegment() = 0;
 
@@ -58,6 +61,7 @@ private:
     void handle(QueueEntry& entry);
     void beginSegment(SegmentPtr segment);
     bool takeFrame(AVFrame& frame);
+    void decode(const AVPacket* packet);
     void drain();
 
     PacketQueue& _queue;

@@ -1,5 +1,7 @@
 #include "TavloCommonModule/player/VideoLine.h"
 
+#include "TavloCommonModule/player/GraphicsMemory.h"
+
 #include <QDebug>
 
 #include <algorithm>
@@ -24,6 +26,12 @@ void VideoLine::begin(bool anew)
 bool VideoLine::take(AVFrame& frame, qint64 stamp)
 {
     return _filter.process(frame, stamp, [this](AVFrame& f, qint64 s) { return schedule(f, s); });
+}
+
+bool VideoLine::mayStay(const AVFrame& frame)
+{
+    return isInGraphicsMemory(frame) && PictureWriter::isDrawn(frame) && !_filter.changes(frame) &&
+           _output.takesFromGraphicsMemory(frame, _segment->video->frameRate);
 }
 
 /// What stands before the place to begin with is left out, but for the last: that is the picture of the place.

@@ -21,6 +21,7 @@ private:
     const std::shared_ptr<const StreamInfo>& streamOf(const Segment& segment) const override { return segment.video; }
     void begin(bool anew) override;
     bool take(AVFrame& frame, qint64 stamp) override;
+    bool mayStay(const AVFrame& frame) override;
     void endSegment() override;
     void finish() override;
 
