@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QProcess>
-#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
@@ -11,7 +10,16 @@ namespace {
 using namespace tavlo::test;
 
 constexpr int net = TavloPresentOutputTypeNet;
-const QString rtmpModule = QStringLiteral("/usr/lib/nginx/modules/ngx_rtmp_module.so");
+
+/// A file of nginx: unpacked by scripts/setup, or else the machine's.
+QString fileOfNginx(const QString& path)
+{
+    const QString unpacked = QStringLiteral(TAVLO_PEERS) + path;
+    return QFile::exists(unpacked) ? unpacked : path;
+}
+
+const QString nginx = fileOfNginx(QStringLiteral("/usr/sbin/nginx"));
+const QString rtmpModule = fileOfNginx(QStringLiteral("/usr/lib/nginx/modules/ngx_rtmp_module.so"));
 
 /// nginx as a server of RTMP alone, with a configuration and a folder of its own, for this user.
 class RtmpServer
@@ -39,18 +47,11 @@ public:
     }
     ~RtmpServer() { kill(); }
 
-    static QString program()
-    {
-        const QString found = QStandardPaths::findExecutable(QStringLiteral("nginx"));
-        return found.isEmpty() ? QStandardPaths::findExecutable(QStringLiteral("nginx"), {QStringLiteral("/usr/sbin")})
-                               : found;
-    }
-
     void start()
     {
         const QString folder = _folder.path() + QLatin1Char('/');
         _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        _process.start(program(),
+        _process.start(nginx,
                        {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
                         QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
         ASSERT_TRUE(_process.waitForStarted());
@@ -72,8 +73,8 @@ private:
 /// Takes some seconds: the pause in front of the second attempt is the real one.
 TEST(StreamNet, AnRtmpServerThatWasKilledAndIsBackHandsOnEveryPicture)
 {
-    if (RtmpServer::program().isEmpty() || !QFile::exists(rtmpModule))
-        GTEST_SKIP() << "nginx and its RTMP module are not installed";
+    if (!QFile::exists(nginx) || !QFile::exists(rtmpModule))
+        GTEST_SKIP() << "nginx and its RTMP module are not there";
     const int port = freePort();
     RtmpServer server(port);
     Stage stage(Stage::Way::Pictures);
