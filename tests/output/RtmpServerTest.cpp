@@ -51,9 +51,8 @@ public:
     {
         const QString folder = _folder.path() + QLatin1Char('/');
         _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        _process.start(nginx,
-                       {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
-                        QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
+        _process.start(nginx, {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
+                               QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
         ASSERT_TRUE(_process.waitForStarted());
         awaitListener(_port);
     }
