@@ -60,6 +60,7 @@ void TavloAudioPreviewObject::close()
     }
     _stopped.notify_all();
     _thread->wait();
+    (void)_ended.load(std::memory_order_acquire);
     _thread.reset();
 }
 
@@ -75,6 +76,7 @@ void TavloAudioPreviewObject::watch()
         }
     }
     closeAudioRenderInner();
+    _ended.store(true, std::memory_order_release);
 }
 
 /// False when it is time to end.

@@ -104,6 +104,7 @@ private:
 
     std::mutex _runLock;
     std::condition_variable _stopped;
-    bool _isRunning = false; ///< guarded by _runLock
+    bool _isRunning = false;          ///< guarded by _runLock
+    std::atomic<bool> _ended = false; ///< what the watch thread wrote is seen by whoever has seen that
     std::unique_ptr<TavloAudioPreviewObjectThread> _thread;
 };

@@ -231,7 +231,11 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
 
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
 {
+#ifdef __SANITIZE_THREAD__
+    constexpr std::array types{0, 1, 2, 5, 8}; // no card: GStreamer's locks are none that the sanitizer knows
+#else
     constexpr std::array types{0, 1, 2, 3, 5, 8};
+#endif
     const QTemporaryDir folder;
     Stage stage(Stage::Way::Pictures);
     tagTavloPresentOutputParam param = Stage::param(folder.path());

@@ -164,7 +164,10 @@ void PlayerSink::OnMediaSourcePlayerDoVideoStop() { note(videoStops); }
 
 void PlayerSink::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
 {
-    _audioInfo = audioInfo;
+    {
+        const std::scoped_lock lock(_lock);
+        _audioInfo = audioInfo;
+    }
     note(audioStarts);
 }
 
