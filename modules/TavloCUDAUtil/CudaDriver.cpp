@@ -1,22 +1,8 @@
 #include "TavloCUDAUtil/CudaDriver.h"
 
-#include <QDebug>
-
-#include <dlfcn.h>
+#include "shared/RuntimeLibrary.h"
 
 namespace tavlo {
-namespace {
-
-template <class Function>
-bool resolve(void* library, const char* name, Function*& function)
-{
-    function = reinterpret_cast<Function*>(dlsym(library, name));
-    if (!function)
-        qDebug() << "CUDA: the driver has no" << name;
-    return function != nullptr;
-}
-
-} // namespace
 
 bool CudaDriver::open()
 {
@@ -25,17 +11,16 @@ bool CudaDriver::open()
         qDebug() << "CUDA: no driver is installed:" << dlerror();
         return false;
     }
+    const auto resolve = [library](const char* name, auto*& function) {
+        return resolveFunction("CUDA", library, name, function);
+    };
     const bool complete =
-        resolve(library, "cuInit", init) && resolve(library, "cuGetErrorName", errorName) &&
-        resolve(library, "cuGLGetDevices_v2", glDevices) &&
-        resolve(library, "cuDevicePrimaryCtxRetain", retainContext) &&
-        resolve(library, "cuDevicePrimaryCtxRelease", releaseContext) &&
-        resolve(library, "cuCtxPushCurrent_v2", pushContext) && resolve(library, "cuCtxPopCurrent_v2", popContext) &&
-        resolve(library, "cuGraphicsGLRegisterImage", registerImage) &&
-        resolve(library, "cuGraphicsUnregisterResource", unregister) &&
-        resolve(library, "cuGraphicsMapResources", map) && resolve(library, "cuGraphicsUnmapResources", unmap) &&
-        resolve(library, "cuGraphicsSubResourceGetMappedArray", mappedArray) &&
-        resolve(library, "cuMemcpy2DAsync_v2", copy);
+        resolve("cuInit", init) && resolve("cuGetErrorName", errorName) && resolve("cuGLGetDevices_v2", glDevices) &&
+        resolve("cuDevicePrimaryCtxRetain", retainContext) && resolve("cuDevicePrimaryCtxRelease", releaseContext) &&
+        resolve("cuCtxPushCurrent_v2", pushContext) && resolve("cuCtxPopCurrent_v2", popContext) &&
+        resolve("cuGraphicsGLRegisterImage", registerImage) && resolve("cuGraphicsUnregisterResource", unregister) &&
+        resolve("cuGraphicsMapResources", map) && resolve("cuGraphicsUnmapResources", unmap) &&
+        resolve("cuGraphicsSubResourceGetMappedArray", mappedArray) && resolve("cuMemcpy2DAsync_v2", copy);
     if (!complete)
         return false;
     if (const CUresult result = init(0); result != CUDA_SUCCESS) {

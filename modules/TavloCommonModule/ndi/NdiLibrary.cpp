@@ -1,23 +1,8 @@
 #include "TavloCommonModule/ndi/NdiLibrary.h"
 
-#include <QDebug>
-
-#include <dlfcn.h>
+#include "shared/RuntimeLibrary.h"
 
 namespace tavlo::ndi {
-
-namespace {
-
-template <class Function>
-bool resolve(void* library, const char* name, Function& function)
-{
-    function = reinterpret_cast<Function>(dlsym(library, name));
-    if (!function)
-        qDebug() << "NDI: the library has no" << name;
-    return function != nullptr;
-}
-
-} // namespace
 
 bool Library::open()
 {
@@ -29,21 +14,19 @@ bool Library::open()
         qDebug() << "NDI: no libndi.so.6, .5 or .4 is installed:" << dlerror();
         return false;
     }
-    const bool complete = resolve(library, "NDIlib_initialize", initialize) &&
-                          resolve(library, "NDIlib_send_create", createSender) &&
-                          resolve(library, "NDIlib_send_destroy", destroySender) &&
-                          resolve(library, "NDIlib_send_send_video_v2", sendVideo) &&
-                          resolve(library, "NDIlib_util_send_send_audio_interleaved_16s", sendAudio) &&
-                          resolve(library, "NDIlib_find_create_v2", createFinder) &&
-                          resolve(library, "NDIlib_find_destroy", destroyFinder) &&
-                          resolve(library, "NDIlib_find_wait_for_sources", waitForSources) &&
-                          resolve(library, "NDIlib_find_get_current_sources", sources) &&
-                          resolve(library, "NDIlib_recv_create_v3", createReceiver) &&
-                          resolve(library, "NDIlib_recv_destroy", destroyReceiver) &&
-                          resolve(library, "NDIlib_recv_capture_v2", capture) &&
-                          resolve(library, "NDIlib_recv_free_video_v2", freeVideo) &&
-                          resolve(library, "NDIlib_recv_free_audio_v2", freeAudio) &&
-                          resolve(library, "NDIlib_recv_get_no_connections", connections);
+    const auto resolve = [library](const char* name, auto*& function) {
+        return resolveFunction("NDI", library, name, function);
+    };
+    const bool complete =
+        resolve("NDIlib_initialize", initialize) && resolve("NDIlib_send_create", createSender) &&
+        resolve("NDIlib_send_destroy", destroySender) && resolve("NDIlib_send_send_video_v2", sendVideo) &&
+        resolve("NDIlib_util_send_send_audio_interleaved_16s", sendAudio) &&
+        resolve("NDIlib_find_create_v2", createFinder) && resolve("NDIlib_find_destroy", destroyFinder) &&
+        resolve("NDIlib_find_wait_for_sources", waitForSources) &&
+        resolve("NDIlib_find_get_current_sources", sources) && resolve("NDIlib_recv_create_v3", createReceiver) &&
+        resolve("NDIlib_recv_destroy", destroyReceiver) && resolve("NDIlib_recv_capture_v2", capture) &&
+        resolve("NDIlib_recv_free_video_v2", freeVideo) && resolve("NDIlib_recv_free_audio_v2", freeAudio) &&
+        resolve("NDIlib_recv_get_no_connections", connections);
     if (!complete)
         return false;
     if (!initialize()) {

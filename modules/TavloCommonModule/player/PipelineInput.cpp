@@ -1,6 +1,7 @@
 #include "TavloCommonModule/player/PipelineInput.h"
 
 #include "TavloCommonModule/player/MonotonicClock.h"
+#include "shared/Gstreamer.h"
 
 #include <QDebug>
 
@@ -14,21 +15,16 @@
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace tavlo {
 namespace {
 
-struct UnrefObject
-{
-    void operator()(void* object) const { gst_object_unref(object); }
-};
 struct UnrefSample
 {
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
 };
-template <class Object>
-using Owned = std::unique_ptr<Object, UnrefObject>;
 using SamplePtr = std::unique_ptr<GstSample, UnrefSample>;
 
 struct VideoLayout
@@ -56,17 +52,6 @@ constexpr char pictureEnd[] = " ! videoconvert ! video/x-raw,format={UYVY,NV12,B
                               " ! appsink name=pictures sync=false max-buffers=4 drop=true ";
 constexpr char soundEnd[] = " ! audio/x-raw,format={S16LE,S32LE,F32LE},layout=interleaved"
                             " ! appsink name=sound sync=false max-buffers=50 drop=true ";
-
-/// Empty when GStreamer works.
-QString startGstreamer()
-{
-    GError* failure = nullptr;
-    if (gst_init_check(nullptr, nullptr, &failure))
-        return QString();
-    const QString reason = QString::fromUtf8(failure ? failure->message : "GStreamer does not start");
-    g_clear_error(&failure);
-    return reason;
-}
 
 /// Microseconds of the pipeline's clock.
 qint64 stampOf(GstBuffer* buffer)
@@ -198,19 +183,15 @@ public:
         GstMessage* const message = gst_bus_pop_filtered(_bus.get(), ends); // the others are thrown away
         if (!message)
             return QString();
-        QString text = QStringLiteral("it ended");
-        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
-            GError* error = nullptr;
+        GError* error = nullptr;
+        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
             gst_message_parse_error(message, &error, nullptr);
-            text = QString::fromUtf8(error->message);
-            g_error_free(error);
-        }
         gst_message_unref(message);
-        return text;
+        return QString::fromStdString(takeGstError(error, "it ended"));
     }
 
 private:
-    Owned<GstAppSink> outlet(const char* name)
+    GstOwned<GstAppSink> outlet(const char* name)
     {
         auto* const found = reinterpret_cast<GstAppSink*>(gst_bin_get_by_name(GST_BIN(_element.get()), name));
         if (!found)
@@ -221,10 +202,10 @@ private:
             return GST_FLOW_OK;
         };
         gst_app_sink_set_callbacks(found, &callbacks, this, nullptr);
-        return Owned<GstAppSink>(found);
+        return GstOwned<GstAppSink>(found);
     }
 
-    static SamplePtr take(const Owned<GstAppSink>& sink)
+    static SamplePtr take(const GstOwned<GstAppSink>& sink)
     {
         return SamplePtr(sink ? gst_app_sink_try_pull_sample(sink.get(), 0) : nullptr);
     }
@@ -243,10 +224,10 @@ private:
     bool _rang = false; ///< guarded by _lock
 
     // fixed after create
-    const Owned<GstElement> _element;
-    const Owned<GstBus> _bus;
-    const Owned<GstAppSink> _pictures;
-    const Owned<GstAppSink> _sound;
+    const GstOwned<GstElement> _element;
+    const GstOwned<GstBus> _bus;
+    const GstOwned<GstAppSink> _pictures;
+    const GstOwned<GstAppSink> _sound;
 };
 
 PipelineInput::PipelineInput(const std::atomic<bool>& interrupted) : FrameInput(interrupted) {}
@@ -256,8 +237,8 @@ PipelineInput::~PipelineInput() { close(); }
 QString PipelineInput::connect(const InputLocation& location, bool pictures, bool sound)
 {
     _name = location.name;
-    if (const QString reason = startGstreamer(); !reason.isEmpty())
-        return reason;
+    if (std::string reason; !initGstreamer(reason))
+        return QString::fromStdString(reason);
     QString text;
     if (pictures && !location.url.isEmpty())
         text += location.url + QLatin1String(pictureEnd);
@@ -268,11 +249,8 @@ QString PipelineInput::connect(const InputLocation& location, bool pictures, boo
     GError* error = nullptr;
     GstElement* const element =
         gst_parse_launch_full(text.toUtf8().constData(), nullptr, GST_PARSE_FLAG_FATAL_ERRORS, &error);
-    if (!element) {
-        const QString reason = QString::fromUtf8(error ? error->message : "no such elements");
-        g_clear_error(&error);
-        return reason;
-    }
+    if (!element)
+        return QString::fromStdString(takeGstError(error, "no such elements"));
     _pipeline = std::make_unique<Pipeline>(element);
     if (_pipeline->start())
         return QString();
