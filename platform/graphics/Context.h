@@ -29,7 +29,8 @@ enum class MapMode : std::uint8_t
 /// the immediate context when the command list is executed there, and not before. A deferred context may draw into and
 /// write default textures too, as long as the immediate context does not use them before it has executed the list.
 ///
-/// Nothing here waits for the graphics processor, `map` with Read excepted. Nothing allocates once the textures and
+/// Nothing here waits for the graphics processor, `map` with Read excepted; with the software renderer a call may wait for
+/// that of another thread (docs/graphics.md). Nothing allocates once the textures and
 /// buffers in use have been through once. Failures are logged and returned; a call that fails changes nothing.
 class Context
 {
@@ -53,7 +54,8 @@ public:
     // Writing and reading
 
     /// A dynamic texture with WriteDiscard, or a staging texture with Read. Dynamic textures are written in place, into
-    /// memory that the driver reads from; a mapped texture still draws what it showed before.
+    /// memory that the driver reads from, or that the immediate context copies with the software renderer; a mapped
+    /// texture still draws what it showed before. Nothing, and a line in the log, on failure.
     std::optional<Mapped> map(Texture& texture, MapMode mode);
 
     /// Ends `map`. On a deferred context the picture goes into its next command list; when the texture is in that list
