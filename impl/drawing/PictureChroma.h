@@ -14,6 +14,9 @@ inline constexpr std::array yuvChromas{tavloFourcc("I420"), tavloFourcc("YV12"),
 
 inline constexpr quint32 chromaRgba = tavloFourcc("RGBA");
 
+/// The same of pictures whose alpha is 1 everywhere.
+inline constexpr quint32 chromaRgbx = tavloFourcc("RGBX");
+
 constexpr bool isYuv(quint32 chroma) { return std::ranges::find(yuvChromas, chroma) != yuvChromas.end(); }
 
 } // namespace tavlo

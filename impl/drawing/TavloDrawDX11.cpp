@@ -65,6 +65,11 @@ bool isTarget(const Quad& quad, QSizeF target)
     });
 }
 
+bool hasAdjustment(const tagTavloPresentPictureFilterParam* process)
+{
+    return process && process->colorAdjustParam.enable;
+}
+
 bool isSameSize(const TextureDesc& a, const TextureDesc& b) { return a.width == b.width && a.height == b.height; }
 
 void setCrop(EffectDraw& draw, const tagTavloPresentPictureFilterParam* process)
@@ -147,8 +152,9 @@ void setClearedColor(EffectDraw& draw, const Rgba& color)
 /// Whether every pixel of the draw comes out with alpha 1.
 bool comesOutOpaque(quint32 chroma, const tagTavloPresentPictureFilterParam* process)
 {
-    return isYuv(chroma) && !(process && (process->rectCropParam.enable || process->chromaKeyParam.enable ||
-                                          process->lumaKeyParam.enable));
+    return (isYuv(chroma) || chroma == chromaRgbx) &&
+           !(process &&
+             (process->rectCropParam.enable || process->chromaKeyParam.enable || process->lumaKeyParam.enable));
 }
 
 } // namespace
@@ -256,7 +262,7 @@ void TavloDrawDX11::drawPicturePlaced(quint32 chroma, const TexturePtr& picture,
 void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictureFilterParam* process, const Quad& quad,
                                bool clearFirst)
 {
-    if (!isMade() || !_graphicsRes || !_graphicsRes->effect(simpleEffect))
+    if (!isMade() || !_graphicsRes || !_graphicsRes->effect(simpleEffect) || copySource(source, process, quad))
         return;
     const TexturePtr& picture = source.picture ? source.picture : _blank;
     const quint32 chroma = source.picture && isYuv(source.chroma) ? source.chroma : chromaRgba;
@@ -265,7 +271,7 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
 
     // Blending is the dearest part of a draw. Where the result is known without it, over what was just cleared and
     // where nothing of the target shows through, the other passes write the same without.
-    const bool opaque = source.picture && comesOutOpaque(chroma, process);
+    const bool opaque = source.picture && comesOutOpaque(source.chroma, process);
     if (clearFirst)
         clearAround(quad);
     // Neither blending nor the pass that stands for it takes anything from an alpha of 1.
@@ -295,6 +301,19 @@ void TavloDrawDX11::drawSource(const Source& source, const tagTavloPresentPictur
     draw.setFloat("targetY", targetY(_rows));
     writeQuad(quad);
     draw.draw(opaque ? PassOpaque : clearFirst ? PassReplaced : PassBlended, _dynamicVertices, _quadIndices);
+}
+
+/// What would come out as it is needs no draw, which a software renderer would run a shader for at each pixel.
+bool TavloDrawDX11::copySource(const Source& source, const tagTavloPresentPictureFilterParam* process, const Quad& quad)
+{
+    const bool same = _rows == Rows::TopFirst && source.picture && source.chroma == chromaRgbx &&
+                      comesOutOpaque(source.chroma, process) && !hasAdjustment(process) && !source.flip &&
+                      !source.mirror && isExact(source.picture, quad) &&
+                      source.picture->desc().format == _targetDesc.format;
+    if (!same || !_context->copyResource(*_target, source.picture))
+        return false;
+    _opaque = true;
+    return true;
 }
 
 bool TavloDrawDX11::isExact(const TexturePtr& picture, const Quad& quad) const

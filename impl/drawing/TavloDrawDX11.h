@@ -65,7 +65,8 @@ public:
     void clear() { clear(clearColor); }
 
     /// A picture in the target's middle, as large as fits, over what is there.
-    /// \param chroma        four-character code of its layout; what is no YUV layout counts as red, green, blue, alpha
+    /// \param chroma        four-character code of its layout; what is no YUV layout counts as red, green, blue, alpha,
+    ///                      "RGBX" as one that is opaque
     /// \param picture       null draws a transparent picture
     /// \param sourceSize    of the picture, pixels
     /// \param process       crop, colour adjustment and keys; null: none
@@ -129,6 +130,7 @@ private:
     bool createBuffers(const tavlo::graphics::DevicePtr& device);
     void drawSource(const Source& source, const tagTavloPresentPictureFilterParam* process, const tavlo::Quad& quad,
                     bool clearFirst);
+    bool copySource(const Source& source, const tagTavloPresentPictureFilterParam* process, const tavlo::Quad& quad);
     bool isExact(const TexturePtr& picture, const tavlo::Quad& quad) const;
     void clearAround(const tavlo::Quad& quad);
     void writeQuad(const tavlo::Quad& quad);

@@ -20,7 +20,6 @@ struct ChromaRow
 {
     quint32 chroma;
     Format format;
-    quint32 bytesPerTexel; ///< of the texture
     quint32 texelsPerPixel;
     enum class Planes
     {
@@ -33,16 +32,20 @@ struct ChromaRow
 
 using Planes = ChromaRow::Planes;
 
+constexpr quint32 chromaBgrx = tavloFourcc("RV32");
+
 constexpr std::array rows{
-    ChromaRow{tavloFourcc("I420"), Format::R8_UNORM, 1, 1, Planes::Three, true},
-    ChromaRow{tavloFourcc("YV12"), Format::R8_UNORM, 1, 1, Planes::Three, false},
-    ChromaRow{tavloFourcc("NV12"), Format::R8_UNORM, 1, 1, Planes::Two, false},
-    ChromaRow{tavloFourcc("NV21"), Format::R8_UNORM, 1, 1, Planes::Two, false},
-    ChromaRow{tavloFourcc("YUY2"), Format::R8_UNORM, 1, 2, Planes::One, false},
-    ChromaRow{tavloFourcc("YVYU"), Format::R8_UNORM, 1, 2, Planes::One, false},
-    ChromaRow{tavloFourcc("UYVY"), Format::R8_UNORM, 1, 2, Planes::One, false},
-    ChromaRow{tavloFourcc("VYUY"), Format::R8_UNORM, 1, 2, Planes::One, false},
-    ChromaRow{tavloFourcc("RGBA"), Format::R8G8B8A8_UNORM, 4, 1, Planes::One, false},
+    ChromaRow{tavloFourcc("I420"), Format::R8_UNORM, 1, Planes::Three, true},
+    ChromaRow{tavloFourcc("YV12"), Format::R8_UNORM, 1, Planes::Three, false},
+    ChromaRow{tavloFourcc("NV12"), Format::R8_UNORM, 1, Planes::Two, false},
+    ChromaRow{tavloFourcc("NV21"), Format::R8_UNORM, 1, Planes::Two, false},
+    ChromaRow{tavloFourcc("YUY2"), Format::R8_UNORM, 2, Planes::One, false},
+    ChromaRow{tavloFourcc("YVYU"), Format::R8_UNORM, 2, Planes::One, false},
+    ChromaRow{tavloFourcc("UYVY"), Format::R8_UNORM, 2, Planes::One, false},
+    ChromaRow{tavloFourcc("VYUY"), Format::R8_UNORM, 2, Planes::One, false},
+    ChromaRow{chromaRgba, Format::R8G8B8A8_UNORM, 1, Planes::One, false},
+    ChromaRow{tavloFourcc("BGRA"), Format::B8G8R8A8_UNORM, 1, Planes::One, false},
+    ChromaRow{chromaBgrx, Format::B8G8R8X8_UNORM, 1, Planes::One, false},
 };
 
 const ChromaRow* rowOf(quint32 chroma)
@@ -84,10 +87,19 @@ void layOut(picture_t& picture, const ChromaRow& row, const graphics::Mapped& ma
 
 PooledPicture* pooledPicture(const picture_t& picture) { return sysOf(picture); }
 
-quint32 drawableChroma(quint32 chroma) { return rowOf(chroma) ? chroma : tavloFourcc("NV12"); }
+PictureLayout pictureLayout(quint32 decoded, const graphics::Device& device)
+{
+    const ChromaRow* row = rowOf(decoded);
+    if (!row || !graphics::supports(device.formatSupport(row->format), graphics::FormatSupport::Texture2D))
+        row = rowOf(tavloFourcc("NV12"));
+    const bool opaque = isYuv(row->chroma) || row->chroma == chromaBgrx;
+    if (opaque && device.adapter().software)
+        return {chromaRgba, chromaRgbx};
+    return {row->chroma, isYuv(row->chroma) ? row->chroma : opaque ? chromaRgbx : chromaRgba};
+}
 
-picture_pool_t* PicturePool::create(const video_format_t& format, graphics::Device& device, graphics::Context& context,
-                                    Wanted wanted, void* owner)
+picture_pool_t* PicturePool::create(const video_format_t& format, quint32 drawn, graphics::Device& device,
+                                    graphics::Context& context, Wanted wanted, void* owner)
 {
     reset();
     _context = &context;
@@ -96,7 +108,7 @@ picture_pool_t* PicturePool::create(const video_format_t& format, graphics::Devi
     _scratch = picture_NewFromFormat(&format);
     std::array<picture_t*, pictureCount> pictures{};
     for (picture_t*& picture : pictures)
-        picture = makePicture(format, device);
+        picture = makePicture(format, drawn, device);
     if (std::ranges::find(pictures, nullptr) != pictures.end()) {
         for (picture_t* const picture : pictures) {
             if (picture)
@@ -119,7 +131,7 @@ void PicturePool::reset()
     _context = nullptr;
 }
 
-picture_t* PicturePool::makePicture(const video_format_t& format, graphics::Device& device)
+picture_t* PicturePool::makePicture(const video_format_t& format, quint32 drawn, graphics::Device& device)
 {
     const ChromaRow* const row = rowOf(format.i_chroma);
     if (!row)
@@ -127,6 +139,7 @@ picture_t* PicturePool::makePicture(const video_format_t& format, graphics::Devi
     const quint32 width = format.i_width, height = format.i_height;
     auto sys = std::make_unique<Sys>();
     sys->pool = this;
+    sys->chroma = drawn;
     graphics::TextureDesc desc{width * row->texelsPerPixel, height, row->format, graphics::Usage::Dynamic};
     if (row->planes == Planes::Three) {
         desc.height = height + (height & ~1U);

@@ -102,9 +102,7 @@ QString tavlo::describeCard(const tagTavloPresentSourceInfo& info, tagTavloSourc
 void TavloPresentSourceMediaVLCMovieList::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32 count)
 {
     const auto item = static_cast<qsizetype>(getItemIndex());
-    if (state < TavloSourcePlayerStateStopped && item < _playerInfo.pathList.size()) {
-        const QWriteLocker locker(&_infoLock);
-        _statistics.name = QFileInfo(_playerInfo.pathList[item]).fileName();
-    }
+    if (state < TavloSourcePlayerStateStopped && item < _playerInfo.pathList.size())
+        setName(QFileInfo(_playerInfo.pathList[item]).fileName());
     TavloPresentSourceMediaVLC::OnMediaSourcePlayerState(state, index, count);
 }

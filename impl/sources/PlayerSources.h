@@ -25,7 +25,7 @@ public:
         _playerInfo.enabled = 1;
         _playerInfo.hwDecode = info.HWDecode;
         _playerInfo.deinterlaceMode = static_cast<qint32>(info.deinterlaceMode);
-        _statistics.name = describe(info, _playerInfo, _outputFormat);
+        setName(describe(info, _playerInfo, _outputFormat));
         if (_playerInfo.kind == TavloSourcePlayerKindTvmp && keepsGraphicsMemory())
             _playerInfo.kind = TavloSourcePlayerKindTvmpCuda;
         return true;

@@ -10,7 +10,6 @@
 #include <tavlo/records/SourceRecords.h>
 
 #include <QObject>
-#include <QReadWriteLock>
 
 #include <atomic>
 
@@ -120,8 +119,6 @@ protected:
     std::atomic<ITavloPresentChannelSource*> _channel;
     std::atomic<ITavloPresentEnginePrivate*> _engine;
 
-    /// Guards `_info` where it changes after opening.
-    QReadWriteLock _infoLock;
     tagTavloPresentSourceInfo _info;
 
     tagTavloMediaFormatInfo _outputFormat; ///< asked of the source; fixed from openSource on

@@ -2,6 +2,8 @@
 
 #include "sources/TavloPresentSource.h"
 
+#include <QReadWriteLock>
+
 /// Base of the sources that decode: what they draw needs no clear of the channel between two pictures.
 class TavloPresentSourceMedia : public TavloPresentSource
 {
@@ -16,7 +18,7 @@ public:
 protected:
     ~TavloPresentSourceMedia() override = default;
 
-    /// Guards `_mediaFormat`.
+    /// Guards what the decoder's threads tell.
     QReadWriteLock _mediaLock;
     tagTavloMediaFormatInfo _mediaFormat; ///< what the decoder delivers
 };

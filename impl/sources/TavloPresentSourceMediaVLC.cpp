@@ -75,8 +75,8 @@ void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps&)
     _videoClock = next.picture->date;
     const PooledPicture& pooled = *pooledPicture(*next.picture);
     const video_format_t& format = next.picture->format;
-    drawPicture(format.i_chroma, QSizeF(format.i_width, format.i_height),
-                {pooled.planeOffset[0], pooled.planeOffset[1]}, pooled.texture, false);
+    drawPicture(pooled.chroma, QSizeF(format.i_width, format.i_height), {pooled.planeOffset[0], pooled.planeOffset[1]},
+                pooled.texture, false);
     picture_Release(next.picture);
     _drawRate.Deliver(1);
 }
@@ -86,17 +86,21 @@ void TavloPresentSourceMediaVLC::drawFromGraphicsMemory()
     quint32 width = 0, height = 0;
     {
         const QReadLocker locker(&_mediaLock);
-        width = _statistics.width;
-        height = _statistics.height;
+        width = _told.width;
+        height = _told.height;
     }
     const quint32 rows = height + height / 2;
     if (width == 0 || height == 0)
         return;
-    if (!_cudaTexture || _cudaTexture->desc().width != width || _cudaTexture->desc().height != rows)
+    if (!_cudaTexture || _cudaTexture->desc().width != width || _cudaTexture->desc().height != rows) {
+        if (!_formerCudaTexture) // the resource knows it until it has written another one
+            _formerCudaTexture = std::move(_cudaTexture);
         _cudaTexture =
             _site.device->createTexture({.width = width, .height = rows, .format = graphics::Format::R8_UNORM});
+    }
     if (!_cudaTexture || !_cudaResource->copyTo(_cudaTexture.get()))
         return; // the channel keeps what it shows
+    _formerCudaTexture.reset();
     _videoClock = _graphicsMemoryDate.load();
     drawPicture(tavloFourcc("NV12"), QSizeF(width, height), {width * height, 0}, _cudaTexture, false);
     _drawRate.Deliver(1);
@@ -135,13 +139,14 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma,
         if (_inGraphicsMemory)
             _cudaResource->videoStarted();
     }
-    videoInfo.chroma = _inGraphicsMemory ? chroma : drawableChroma(chroma);
+    _layout = _inGraphicsMemory ? PictureLayout{chroma, chroma} : pictureLayout(chroma, *_site.device);
+    videoInfo.chroma = _layout.written;
     const QWriteLocker locker(&_mediaLock);
     _mediaFormat.videoInfo = videoInfo;
     const auto width = static_cast<int>(videoInfo.sourceWidth), height = static_cast<int>(videoInfo.sourceHeight);
     video_format_Setup(&_videoFormat, videoInfo.chroma, width, height, width, height, 1, 1);
-    _statistics.width = static_cast<quint32>(width);
-    _statistics.height = static_cast<quint32>(height);
+    _told.width = static_cast<quint32>(width);
+    _told.height = static_cast<quint32>(height);
 }
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
@@ -159,15 +164,15 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
         _site.deferredContext->detach(); // another run may come on another thread
     const QWriteLocker locker(&_mediaLock);
     _mediaFormat.videoInfo.chroma = 0;
-    _statistics.width = 0;
-    _statistics.height = 0;
+    _told.width = 0;
+    _told.height = 0;
 }
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
 {
     const QWriteLocker locker(&_mediaLock);
     _mediaFormat.audioInfo = audioInfo;
-    _statistics.audioSampleRate = static_cast<quint32>(audioInfo.sampleRate);
+    _told.audioSampleRate = static_cast<quint32>(audioInfo.sampleRate);
 }
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStop()
@@ -182,7 +187,7 @@ picture_pool_t* TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSamplePool
     if (_inGraphicsMemory)
         return nullptr;
     return _picturePool.create(
-        _videoFormat, *_site.device, *_site.deferredContext,
+        _videoFormat, _layout.drawn, *_site.device, *_site.deferredContext,
         [](void* owner) { return static_cast<TavloPresentSourceMediaVLC*>(owner)->takesPicture(); }, this);
 }
 
@@ -261,6 +266,12 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerState(qint32 state, qint32 i
     ITavloPresentChannelSource* const channel = _channel;
     if (ITavloPresentEnginePrivate* const engine = _engine; engine && channel)
         engine->sourceStateChanged(channel->channelIndex(), state, index, count);
+}
+
+void TavloPresentSourceMediaVLC::setName(const QString& name)
+{
+    const QWriteLocker locker(&_mediaLock);
+    _told.name = name;
 }
 
 // The host's hands on the player. Any thread
@@ -347,6 +358,13 @@ quint32 TavloPresentSourceMediaVLC::getState() { return player() ? static_cast<q
 tagTavloPresentSourceStatisticsItem* TavloPresentSourceMediaVLC::getStatistics()
 {
     tagTavloPresentSourceStatisticsItem* const statistics = TavloPresentSourceMedia::getStatistics();
+    {
+        const QReadLocker locker(&_mediaLock);
+        statistics->name = _told.name;
+        statistics->width = _told.width;
+        statistics->height = _told.height;
+        statistics->audioSampleRate = _told.audioSampleRate;
+    }
     statistics->droppedPictures = _unwanted;
     if (quint64 dropped = 0; player()) {
         player()->losses(&statistics->latePictures, &dropped);

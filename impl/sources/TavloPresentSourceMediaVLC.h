@@ -77,6 +77,9 @@ protected:
     /// Whether pictures may stay in graphics memory on their way; fixed from openSource on.
     bool keepsGraphicsMemory() const { return _cudaResource.get() != nullptr; }
 
+    /// The name for people. Any thread.
+    void setName(const QString& name);
+
     tagTavloSourcePlayerInfo _playerInfo; ///< what is played; fixed from openSource on
 
 private:
@@ -85,6 +88,14 @@ private:
     {
         picture_t* picture = nullptr;
         tavlo::graphics::CommandListPtr commandList;
+    };
+
+    /// What the player's threads tell for the statistics.
+    struct Told
+    {
+        QString name;
+        quint32 width = 0, height = 0; ///< pixels; 0 while no pictures come
+        quint32 audioSampleRate = 0;   ///< samples a second
     };
 
     static constexpr std::size_t waitingLimit = 2;
@@ -99,12 +110,16 @@ private:
 
     // frame thread writes, under _pictureMutex; any thread reads under it
     CTavloVideoCUDAResourceHelper _cudaResource;
-    tavlo::graphics::TexturePtr _cudaTexture;    ///< frame thread: brightness, behind it chroma in pairs
-    std::atomic<bool> _inGraphicsMemory = false; ///< the pictures of now
-    std::atomic<qint64> _graphicsMemoryDate = 0; ///< of the newest, microseconds
+    tavlo::graphics::TexturePtr _cudaTexture;       ///< frame thread: brightness, behind it chroma in pairs
+    tavlo::graphics::TexturePtr _formerCudaTexture; ///< frame thread
+    std::atomic<bool> _inGraphicsMemory = false;    ///< the pictures of now
+    std::atomic<qint64> _graphicsMemoryDate = 0;    ///< of the newest, microseconds
+
+    Told _told; ///< guarded by _mediaLock
 
     // player's video thread
     tavlo::PicturePool _picturePool;
+    tavlo::PictureLayout _layout;
     video_format_t _videoFormat{};
     quint64 _unwantedTold = 0;
     std::atomic<quint64> _unwanted = 0; ///< pictures that came while others still waited for a frame

@@ -55,7 +55,7 @@ void draw(TavloCanvas& canvas, const QImage& picture)
                                                            graphics::Usage::Dynamic, graphics::Format::R8G8B8A8_UNORM);
     ASSERT_TRUE(PrivateUtil::UpdateSubresource(*canvas.context(), texture, 0, 0, picture.constBits(),
                                                static_cast<int>(picture.bytesPerLine()), 0, picture.height()));
-    canvas.renderTargetDraw().drawPicture(chromaRgba, texture, picture.size(), {}, nullptr, true, false, false);
+    canvas.renderTargetDraw().drawPicture(chromaRgbx, texture, picture.size(), {}, nullptr, true, false, false);
 }
 
 QImage backBuffer(TavloCanvas& canvas)

@@ -1,5 +1,7 @@
 #include "drawing/DrawTest.h"
 
+#include "drawing/PictureChroma.h"
+
 #include <array>
 
 namespace tavlo::test {
@@ -13,9 +15,10 @@ struct LayoutName
     const char* name;
 };
 
-constexpr std::array layouts{LayoutName{I420, "I420"}, LayoutName{YV12, "YV12"}, LayoutName{NV12, "NV12"},
-                             LayoutName{NV21, "NV21"}, LayoutName{YUY2, "YUY2"}, LayoutName{YVYU, "YVYU"},
-                             LayoutName{UYVY, "UYVY"}, LayoutName{VYUY, "VYUY"}, LayoutName{RV32, "RV32"}};
+constexpr std::array layouts{LayoutName{I420, "I420"},      LayoutName{YV12, "YV12"}, LayoutName{NV12, "NV12"},
+                             LayoutName{NV21, "NV21"},      LayoutName{YUY2, "YUY2"}, LayoutName{YVYU, "YVYU"},
+                             LayoutName{UYVY, "UYVY"},      LayoutName{VYUY, "VYUY"}, LayoutName{RV32, "RV32"},
+                             LayoutName{chromaRgbx, "RGBX"}};
 constexpr std::array<std::array<int, 2>, 7> sizes{{{1, 1}, {2, 2}, {7, 5}, {16, 9}, {9, 16}, {33, 17}, {64, 36}}};
 
 class DrawLayoutGL : public DrawTest, public testing::WithParamInterface<LayoutName>
@@ -26,6 +29,8 @@ public:
         const Shape shape = shapeOf(GetParam().chroma, width, height);
         _bytes = pattern(static_cast<std::uint32_t>(shape.width * shape.channels),
                          static_cast<std::uint32_t>(shape.height), static_cast<std::uint32_t>(width));
+        for (std::size_t i = 3; GetParam().chroma == chromaRgbx && i < _bytes.size(); i += 4)
+            _bytes[i] = 255;
         const Picture texture(shape.width, shape.height, shape.channels, _bytes);
         return {GetParam().chroma, texture, width, height, shape.u, shape.v, flip, mirror};
     }
@@ -33,8 +38,9 @@ public:
     Picture drawn(const Input& input, int targetWidth, int targetHeight)
     {
         const Draw draw = makeDraw(targetWidth, targetHeight);
-        const int channels = input.chroma == RV32 ? 4 : 1;
-        draw->drawPicture(input.chroma, upload(input.texture.width, input.texture.height, channels, _bytes),
+        const Picture& texture = input.texture;
+        const int channels = shapeOf(input.chroma, input.width, input.height).channels;
+        draw->drawPicture(input.chroma, upload(texture.width, texture.height, channels, _bytes),
                           QSizeF(input.width, input.height), {input.u, input.v}, nullptr, true, input.flip,
                           input.mirror);
         return result(*draw);

@@ -53,12 +53,18 @@ struct Matrix
     double red, blue;
 };
 
-/// Y, Cb and Cr of BT.709 and limited range.
-std::array<double, 3> expected(const Matrix& m, bool full, double y, double cb, double cr)
+/// Red, green and blue, 0 to 1 where they are in range.
+std::array<double, 3> coloursOf(const Matrix& m, bool full, double y, double cb, double cr)
 {
     const double luma = full ? y / 255 : (y - 16) / 219, scale = full ? 255 : 224;
     const double red = luma + cr / scale * (2 - 2 * m.red), blue = luma + cb / scale * (2 - 2 * m.blue);
-    const double green = (luma - m.red * red - m.blue * blue) / (1 - m.red - m.blue);
+    return {red, (luma - m.red * red - m.blue * blue) / (1 - m.red - m.blue), blue};
+}
+
+/// Y, Cb and Cr of BT.709 and limited range.
+std::array<double, 3> expected(const Matrix& m, bool full, double y, double cb, double cr)
+{
+    const auto [red, green, blue] = coloursOf(m, full, y, cb, cr);
     const double hd = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
     const auto byte = [](double value) { return std::clamp(value, 0.0, 255.0); };
     return {byte(16 + 219 * hd), byte(128 + 224 * (blue - hd) / 1.8556) - 128,
@@ -82,20 +88,33 @@ FramePtr noise(const Layout& layout, const Matrix& matrix, bool full, int width,
     return frame;
 }
 
+struct ReleasePicture
+{
+    void operator()(picture_t* picture) const { picture_Release(picture); }
+};
+
+std::unique_ptr<picture_t, ReleasePicture> written(const AVFrame& frame, quint32 chroma)
+{
+    video_format_t format;
+    video_format_Setup(&format, chroma, frame.width, frame.height, frame.width, frame.height, 1, 1);
+    std::unique_ptr<picture_t, ReleasePicture> picture(picture_NewFromFormat(&format));
+    PictureWriter writer;
+    writer.setChroma(chroma);
+    EXPECT_TRUE(writer.write(frame, *picture));
+    return picture;
+}
+
+double sourceAt(const Layout& from, const AVFrame& frame, size_t component, int x, int y)
+{
+    return valueAt(
+        from, component, x, y, [&](int p) { return frame.data[p]; }, [&](int p) { return frame.linesize[p]; });
+}
+
 void expectConverted(const Layout& from, const Layout& to, const Matrix& matrix, bool full, int width, int height)
 {
     const FramePtr frame = noise(from, matrix, full, width, height);
-    video_format_t format;
-    video_format_Setup(&format, to.chroma, width, height, width, height, 1, 1);
-    const std::unique_ptr<picture_t, void (*)(picture_t*)> picture(picture_NewFromFormat(&format),
-                                                                   [](picture_t* p) { picture_Release(p); });
-    PictureWriter writer;
-    writer.setChroma(to.chroma);
-    ASSERT_TRUE(writer.write(*frame, *picture));
-    const auto source = [&](size_t component, int x, int y) {
-        return valueAt(
-            from, component, x, y, [&](int p) { return frame->data[p]; }, [&](int p) { return frame->linesize[p]; });
-    };
+    const auto picture = written(*frame, to.chroma);
+    const auto source = [&](size_t component, int x, int y) { return sourceAt(from, *frame, component, x, y); };
     const bool joinsRows = !from.places[1].halfRows && to.places[1].halfRows;
     double worst = 0.0;
     for (int y = 0; y < height; ++y) {
@@ -116,11 +135,45 @@ void expectConverted(const Layout& from, const Layout& to, const Matrix& matrix,
     EXPECT_LT(worst, 0.55) << "of a step, and half a one is rounding";
 }
 
+void expectColours(const Layout& from, const Matrix& matrix, bool full, int width, int height)
+{
+    const FramePtr frame = noise(from, matrix, full, width, height);
+    const auto picture = written(*frame, tavloFourcc("RGBA"));
+    double worst = 0.0;
+    for (int y = 0; y < height; ++y) {
+        const uint8_t* const line = picture->p[0].p_pixels + y * picture->p[0].i_pitch;
+        for (int x = 0; x < width; ++x) {
+            const auto wanted = coloursOf(matrix, full, sourceAt(from, *frame, 0, x, y),
+                                          sourceAt(from, *frame, 1, x, y), sourceAt(from, *frame, 2, x, y));
+            for (size_t i = 0; i < 3; ++i)
+                worst = std::max(worst,
+                                 std::abs(line[4 * x + static_cast<int>(i)] - std::clamp(wanted[i] * 255, 0.0, 255.0)));
+            EXPECT_EQ(line[4 * x + 3], 255);
+        }
+    }
+    EXPECT_LT(worst, 0.55) << "of a step, and half a one is rounding";
+}
+
+constexpr std::array matrices{Matrix{AVCOL_SPC_SMPTE170M, 0.299, 0.114}, Matrix{AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593},
+                              Matrix{AVCOL_SPC_BT709, 0.2126, 0.0722}};
+
+TEST(PlayerMatrix, EveryLayoutAndRangeBecomesColours)
+{
+    for (const Matrix& matrix : matrices) {
+        for (const bool full : {false, true}) {
+            for (const Layout& from : layouts) {
+                SCOPED_TRACE(testing::Message() << matrix.space << (full ? " full " : " limited ") << from.format);
+                expectColours(from, matrix, full, 38, 10);
+                if (from.places[0].step == 1)
+                    expectColours(from, matrix, full, 33, 7);
+            }
+        }
+    }
+}
+
 TEST(PlayerMatrix, EveryLayoutAndRangeBecomesThatOfTheDrawing)
 {
-    for (const Matrix& matrix :
-         {Matrix{AVCOL_SPC_SMPTE170M, 0.299, 0.114}, Matrix{AVCOL_SPC_BT2020_NCL, 0.2627, 0.0593},
-          Matrix{AVCOL_SPC_BT709, 0.2126, 0.0722}}) {
+    for (const Matrix& matrix : matrices) {
         for (const bool full : {false, true}) {
             for (const Layout& from : layouts) {
                 for (const Layout& to : layouts) {

@@ -12,7 +12,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <cstring>
 #include <functional>
 #include <numbers>
 #include <thread>
@@ -51,8 +50,8 @@ public:
             values[static_cast<size_t>(i)] = 0.5F * static_cast<float>(std::sin(2 * std::numbers::pi * 1000 * time));
             values[static_cast<size_t>(i + frame.stride / 4)] = 0.0F;
         }
-        frame.bytes.resize(values.size() * 4);
-        std::memcpy(frame.bytes.data(), values.data(), frame.bytes.size());
+        const auto* bytes = reinterpret_cast<const uint8_t*>(values.data());
+        frame.bytes.assign(bytes, bytes + values.size() * sizeof(float));
         return frame;
     }
 

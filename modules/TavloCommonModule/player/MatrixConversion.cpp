@@ -21,8 +21,9 @@ constexpr int half = 1 << (bits - 1);
 enum class Packing
 {
     Planes,
-    Pairs, ///< of both chroma components, in a plane of their own
-    Words  ///< of two pixels: two brightnesses and their chroma
+    Pairs,  ///< of both chroma components, in a plane of their own
+    Words,  ///< of two pixels: two brightnesses and their chroma
+    Colours ///< red, green, blue and an alpha of 255; to write alone
 };
 
 struct Layout
@@ -39,7 +40,7 @@ constexpr std::array layouts{
     Layout{AV_PIX_FMT_YUV422P, Packing::Planes, false, 0, 0}, Layout{AV_PIX_FMT_YUVJ422P, Packing::Planes, false, 0, 0},
     Layout{AV_PIX_FMT_NV12, Packing::Pairs, true, 0, 0},      Layout{AV_PIX_FMT_NV21, Packing::Pairs, true, 0, 8},
     Layout{AV_PIX_FMT_UYVY422, Packing::Words, false, 8, 0},  Layout{AV_PIX_FMT_YUYV422, Packing::Words, false, 0, 8},
-    Layout{AV_PIX_FMT_YVYU422, Packing::Words, false, 0, 24},
+    Layout{AV_PIX_FMT_YVYU422, Packing::Words, false, 0, 24}, Layout{AV_PIX_FMT_RGBA, Packing::Colours, false, 0, 0},
 };
 
 const Layout* layoutOf(AVPixelFormat format)
@@ -57,6 +58,15 @@ struct Factors
     qint32 crCb, crCr;     ///< of the second
 };
 
+/// With `bits` behind the point: what a step of brightness and one of chroma add to a colour.
+struct ColourFactors
+{
+    qint32 gain, base;
+    qint32 redCr, greenCb, greenCr, blueCb;
+};
+
+qint32 fixed(double value) { return static_cast<qint32>(std::lround(value * (1 << bits))); }
+
 /// From the equations of Rec. ITU-R BT.709, items 3.2 to 3.4, which the other matrices share but for the two shares:
 /// Y = kr R + kg G + kb B, Cb = (B - Y) / (2 - 2 kb), Cr = (R - Y) / (2 - 2 kr).
 Factors factorsOf(MatrixConversion::Matrix from, bool fullRange)
@@ -64,7 +74,6 @@ Factors factorsOf(MatrixConversion::Matrix from, bool fullRange)
     constexpr MatrixConversion::Matrix to{0.2126, 0.0722};
     const double lumaScale = fullRange ? 219.0 / 255 : 1.0, chromaScale = fullRange ? 224.0 / 255 : 1.0;
     const double fromGreen = 1 - from.red - from.blue, toGreen = 1 - to.red - to.blue;
-    const auto fixed = [](double value) { return static_cast<qint32>(std::lround(value * (1 << bits))); };
     Factors factors{};
     factors.gain = fixed(lumaScale);
     factors.base = (16 << bits) + half - (fullRange ? 0 : 16 * factors.gain);
@@ -78,6 +87,22 @@ Factors factorsOf(MatrixConversion::Matrix from, bool fullRange)
     };
     solve(0, 2 - 2 * from.blue, factors.lumaCb, factors.cbCb, factors.crCb);
     solve(2 - 2 * from.red, 0, factors.lumaCr, factors.cbCr, factors.crCr);
+    return factors;
+}
+
+/// The same equations, solved for the colours.
+ColourFactors colourFactorsOf(MatrixConversion::Matrix from, bool fullRange)
+{
+    const double lumaScale = fullRange ? 1.0 : 255.0 / 219, chromaScale = fullRange ? 1.0 : 255.0 / 224;
+    const double cr = (2 - 2 * from.red) * chromaScale, cb = (2 - 2 * from.blue) * chromaScale;
+    const double green = 1 - from.red - from.blue;
+    ColourFactors factors{};
+    factors.gain = fixed(lumaScale);
+    factors.base = half - (fullRange ? 0 : 16 * factors.gain);
+    factors.redCr = fixed(cr);
+    factors.blueCb = fixed(cb);
+    factors.greenCr = fixed(-from.red * cr / green);
+    factors.greenCb = fixed(-from.blue * cb / green);
     return factors;
 }
 
@@ -119,6 +144,36 @@ TAVLO_INLINE void lumaRow(Factors f, const quint8* source, const qint32* added, 
     }
     if (width % 2 != 0)
         target[width - 1] = clamped(f.gain * source[width - 1] + added[pairs]);
+}
+
+TAVLO_INLINE void addColours(ColourFactors f, const qint16* cb, const qint16* cr, qint32* red, qint32* green,
+                             qint32* blue, int count)
+{
+    for (int x = 0; x < count; ++x) {
+        red[x] = f.base + f.redCr * cr[x];
+        green[x] = f.base + f.greenCb * cb[x] + f.greenCr * cr[x];
+        blue[x] = f.base + f.blueCb * cb[x];
+    }
+}
+
+TAVLO_INLINE void putColour(qint32 luma, qint32 red, qint32 green, qint32 blue, quint8* target)
+{
+    const auto part = [luma](qint32 added) { return static_cast<quint32>(std::clamp((luma + added) >> bits, 0, 255)); };
+    const quint32 word = part(red) | part(green) << 8 | part(blue) << 16 | 0xff000000;
+    std::memcpy(target, &word, sizeof(word));
+}
+
+/// \param red, green, blue  what chroma adds to these, for each two pixels
+TAVLO_INLINE void colourRow(ColourFactors f, const quint8* source, const qint32* red, const qint32* green,
+                            const qint32* blue, quint8* target, int width)
+{
+    const int pairs = width / 2;
+    for (int x = 0; x < pairs; ++x) {
+        putColour(f.gain * source[2 * x], red[x], green[x], blue[x], target + 8 * x);
+        putColour(f.gain * source[2 * x + 1], red[x], green[x], blue[x], target + 8 * x + 4);
+    }
+    if (width % 2 != 0)
+        putColour(f.gain * source[width - 1], red[pairs], green[pairs], blue[pairs], target + 8 * pairs);
 }
 
 /// \param shift  1 where the input is the sum of two rows
@@ -164,7 +219,7 @@ struct Scratch
 {
     qint16 *cb, *cr;       ///< of the row that is read
     qint16 *cbSum, *crSum; ///< of two rows
-    qint32* added;
+    qint32* added;         ///< to brightness, or to the colours, each behind the other
     quint8 *luma, *first, *second, *joined;
 };
 
@@ -174,6 +229,7 @@ struct Job
     const Layout& from;
     const Layout& to;
     Factors factors;
+    ColourFactors colours;
     Target target;
     Scratch scratch;
 };
@@ -196,6 +252,8 @@ TAVLO_INLINE void readChroma(const Job& job, int row, int count)
         break;
     case Packing::Words:
         splitChroma<quint32>(line(0), job.from, s.cb, s.cr, count);
+        break;
+    case Packing::Colours:
         break;
     }
 }
@@ -256,8 +314,25 @@ TAVLO_INLINE void passChroma(const Job& job, int y, int count)
     }
 }
 
+TAVLO_INLINE void runColours(const Job& job)
+{
+    const Scratch& s = job.scratch;
+    const int width = job.frame.width, count = (width + 1) / 2;
+    qint32 *const red = s.added, *const green = red + count, *const blue = green + count;
+    for (int y = 0; y < job.frame.height; ++y) {
+        if (!job.from.halfRows || y % 2 == 0) {
+            readChroma(job, job.from.halfRows ? y / 2 : y, count);
+            addColours(job.colours, s.cb, s.cr, red, green, blue, count);
+        }
+        colourRow(job.colours, readLuma(job, y, width), red, green, blue, job.target.data[0] + y * job.target.pitch[0],
+                  width);
+    }
+}
+
 TAVLO_INLINE void run(const Job& job)
 {
+    if (job.to.packing == Packing::Colours)
+        return runColours(job);
     const Scratch& s = job.scratch;
     const int width = job.frame.width, count = (width + 1) / 2;
     for (int y = 0; y < job.frame.height; ++y) {
@@ -312,7 +387,7 @@ bool MatrixConversion::canConvert(const AVFrame& frame, quint32 chroma)
     const auto isWhole = [&](const Layout* layout) {
         return layout && (layout->packing != Packing::Words || frame.width % 2 == 0);
     };
-    return isWhole(from) && isWhole(to);
+    return isWhole(from) && isWhole(to) && from->packing != Packing::Colours;
 }
 
 void MatrixConversion::convert(const AVFrame& frame, Matrix matrix, bool fullRange, picture_t& picture, quint32 chroma)
@@ -320,14 +395,20 @@ void MatrixConversion::convert(const AVFrame& frame, Matrix matrix, bool fullRan
     static auto* const chosen = chooseRun();
     const auto count = static_cast<size_t>(frame.width + 1) / 2;
     _chroma.resize(4 * count);
-    _brightness.resize(count);
+    _added.resize(3 * count);
     _bytes.resize(6 * count + 2);
-    const Scratch scratch{
-        _chroma.data(),           _chroma.data() + count, _chroma.data() + 2 * count, _chroma.data() + 3 * count,
-        _brightness.data(),       _bytes.data(),          _bytes.data() + 2 * count,  _bytes.data() + 3 * count,
-        _bytes.data() + 4 * count};
+    const Scratch scratch{_chroma.data(),
+                          _chroma.data() + count,
+                          _chroma.data() + 2 * count,
+                          _chroma.data() + 3 * count,
+                          _added.data(),
+                          _bytes.data(),
+                          _bytes.data() + 2 * count,
+                          _bytes.data() + 3 * count,
+                          _bytes.data() + 4 * count};
     chosen({frame, *layoutOf(static_cast<AVPixelFormat>(frame.format)), *layoutOf(pixelFormatOfChroma(chroma)),
-            factorsOf(matrix, fullRange), targetOf(picture, chroma, frame.height), scratch});
+            factorsOf(matrix, fullRange), colourFactorsOf(matrix, fullRange), targetOf(picture, chroma, frame.height),
+            scratch});
 }
 
 } // namespace tavlo

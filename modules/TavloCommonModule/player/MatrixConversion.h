@@ -10,7 +10,8 @@
 
 namespace tavlo {
 
-/// Writes frames of YUV of any matrix and range into pictures of the drawing's, which are of BT.709 and limited range.
+/// Writes frames of YUV of any matrix and range into pictures of the drawing's: YUV of BT.709 and limited range, or
+/// red, green, blue and an alpha of 255.
 /// Each pixel gets the colour that it has with the chroma sample that belongs to it. Exact to half a step. Owner's thread.
 class MatrixConversion
 {
@@ -21,7 +22,7 @@ public:
         double red, blue;
     };
 
-    /// Whether a frame can be written into a picture of that layout: 4:2:0 and 4:2:2 of eight bits.
+    /// Whether a frame can be written into a picture of that layout: 4:2:0 and 4:2:2 of eight bits, and RGBA to write.
     static bool canConvert(const AVFrame& frame, quint32 chroma);
 
     /// Copies into a picture of the frame's size.
@@ -30,8 +31,8 @@ public:
 
 private:
     // rows at work
-    std::vector<qint16> _chroma;     ///< of both components, without their middle
-    std::vector<qint32> _brightness; ///< what chroma adds to it
+    std::vector<qint16> _chroma; ///< of both components, without their middle
+    std::vector<qint32> _added;  ///< what chroma adds to brightness or colours
     std::vector<quint8> _bytes;
 };
 

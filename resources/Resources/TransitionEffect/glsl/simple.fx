@@ -94,6 +94,8 @@ pass quad opaque
     variant samplerChroma=1498831189 doColorAdjust=1 // UYVY
     variant samplerChroma=1498765654 doColorAdjust=0 // VYUY
     variant samplerChroma=1498765654 doColorAdjust=1 // VYUY
+    variant samplerChroma=1094862674 doColorAdjust=0 // RGBA
+    variant samplerChroma=1094862674 doColorAdjust=1 // RGBA
 
 [common]
 const int VLC_CODEC_I420 = 808596553;
