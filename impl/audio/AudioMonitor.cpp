@@ -10,6 +10,12 @@ namespace {
 
 constexpr int spareBytes = 1024; ///< of the buffer: blocks of nearly one length need not let it grow
 
+void turnSigns(char* bytes, int length)
+{
+    for (int i = 0; i < length; ++i)
+        bytes[i] = static_cast<char>(static_cast<unsigned char>(bytes[i]) ^ 0x80U);
+}
+
 } // namespace
 
 AudioMonitor::AudioMonitor() : _render("TavloAudioPortModule", "CreateTavloAudioPortRenderOutput") {}
@@ -53,7 +59,12 @@ void AudioMonitor::write(const void* samples, int length, double volume)
     if (_buffer.size() < length)
         _buffer.resize(length + spareBytes);
     std::memcpy(_buffer.data(), samples, static_cast<size_t>(length));
+    // Sound of eight bits has its middle at 128, the gain's at 0.
+    if (_format.bitsPerSample == 8)
+        turnSigns(_buffer.data(), length);
     scaleWithDither(_buffer.data(), length, _format.bitsPerSample, volume);
+    if (_format.bitsPerSample == 8)
+        turnSigns(_buffer.data(), length);
     _render->write(_buffer.constData(), length, 0, 0);
 }
 

@@ -82,8 +82,8 @@ void TavloAudioFilterChain::processSamples(const tagTavloAudioEffectParam& param
 float* TavloAudioFilterChain::scratch(size_t count)
 {
     if (count > _scratchCapacity) {
+        _scratch = std::make_unique<float[]>(count + 4);
         _scratchCapacity = count + 4;
-        _scratch = std::make_unique<float[]>(_scratchCapacity);
     }
     return _scratch.get();
 }

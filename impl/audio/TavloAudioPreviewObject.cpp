@@ -68,8 +68,8 @@ void TavloAudioPreviewObject::watch()
 {
     openAudioRenderInner();
     while (sleep(watchInterval)) {
-        const quint32 now = tavlo::millisecondClock();
-        const quint32 activity = _audioDeviceContext ? _audioDeviceContext->lastActivity() : now;
+        const quint32 activity = _audioDeviceContext ? _audioDeviceContext->lastActivity() : tavlo::millisecondClock();
+        const quint32 now = tavlo::millisecondClock(); // not before the activity is
         if (now - activity >= patience && now - _openTime >= patience) {
             qDebug() << "open audio preview again ";
             openAudioRenderInner();
@@ -101,6 +101,7 @@ void TavloAudioPreviewObject::openAudioRenderInner()
                               QStringLiteral(" failed to create audio render !!!"));
         return;
     }
+    _openTime = tavlo::millisecondClock(); // a device may open slowly, and then begin slowly
     qDebug().noquote() << "succeeded to open audio render " + formatText();
 }
 

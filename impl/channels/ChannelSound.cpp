@@ -39,6 +39,8 @@ block_t* ChannelSound::process(block_t* block, const tagTavloAudioInfo& format)
     }
     if (changed)
         _chain.reset();
+    if (_effect.audioChannelProcessType != TavloPresentSourceAudioChannelProcessTypeNone)
+        routing = static_cast<TavloPresentSourceAudioChannelProcessType>(_effect.audioChannelProcessType);
     block = TavloPresentUtil::doAudioChannelProcess(routing, 0, block, format);
     return _chain.process(_effect, block, format.channels, format.bitsPerSample, format.sampleRate, 0);
 }

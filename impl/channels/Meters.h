@@ -16,7 +16,8 @@ using Meter = tagTavloPresentAudioLevel::Meter;
 inline float meterLevel(Meter& meter, std::size_t side, quint32& time)
 {
     constexpr quint32 staleMilliseconds = 999;
-    const quint32 age = millisecondClock() - std::atomic_ref(time).load(std::memory_order_relaxed);
+    const quint32 measured = std::atomic_ref(time).load(std::memory_order_relaxed); // before now is
+    const quint32 age = millisecondClock() - measured;
     return age > staleMilliseconds ? 0.0F : std::atomic_ref(meter[side]).load(std::memory_order_relaxed);
 }
 

@@ -23,7 +23,7 @@ ProgramMix::Volume ProgramMix::volume(int channel, int bus) const
     const double own = _mixer.audioVolume[at];
     const Audibility heard =
         audibilityOf(_mixer.audioEnable[at], own, _picture.position, _picture.onProgram[at], _picture.onNext[at]);
-    return {own, heard.mixed(), _mixer.audioVolumePGM[static_cast<std::size_t>(bus)]};
+    return {heard.volume, heard.mixed(), _mixer.audioVolumePGM[static_cast<std::size_t>(bus)]};
 }
 
 } // namespace tavlo

@@ -106,7 +106,7 @@ bool OpenAlDevice::openLoopback(int channels, int rate)
 {
     close();
     const ALCenum layout = loopbackChannels(channels);
-    if (!loopback().open || !threadContext().set || layout == 0) {
+    if (!loopback().open || !threadContext().set || !threadContext().get || layout == 0) {
         qDebug() << "no sound mix of channels" << channels;
         return false;
     }

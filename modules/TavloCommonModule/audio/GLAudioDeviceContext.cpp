@@ -14,6 +14,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -124,10 +125,15 @@ bool GLAudioDeviceContext::createGLAudioDevice(int mixes)
         return false;
     }
     _isStopping = false;
-    _thread = std::thread([this] {
-        pthread_setname_np(pthread_self(), "tavlo-mix");
-        run();
-    });
+    try {
+        _thread = std::thread([this] {
+            pthread_setname_np(pthread_self(), "tavlo-mix");
+            run();
+        });
+    } catch (const std::system_error& error) {
+        qDebug() << "sound mix: cannot start a thread:" << error.what();
+        return false;
+    }
     return true;
 }
 

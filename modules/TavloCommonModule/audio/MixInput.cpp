@@ -37,8 +37,10 @@ bool MixInput::write(const void* data, int length, const SoundFormat& format)
     if (!data || sourceFrames <= 0)
         return true;
     const int frames = _resampler.convert(data, sourceFrames, _trim.load(std::memory_order_relaxed));
-    if (frames < 0)
+    if (frames < 0) {
+        tellFailure(format);
         return false;
+    }
     // Shorter blocks count little by little: one short block does not make a source a punctual one.
     const int longest = _longestBlock.load(std::memory_order_relaxed);
     _longestBlock.store(std::max(frames, longest - longest / 64), std::memory_order_relaxed);
@@ -63,9 +65,15 @@ bool MixInput::takeFormat(const SoundFormat& format)
     }
     if (_resampler.setSource(format))
         return true;
+    tellFailure(format);
+    return false;
+}
+
+/// Under the lock.
+void MixInput::tellFailure(const SoundFormat& format)
+{
     if (!std::exchange(_failureTold, true))
         qDebug() << "sound mix: cannot convert channels, bits, rate" << format.channels << format.bits << format.rate;
-    return false;
 }
 
 /// Under the lock.
@@ -83,7 +91,11 @@ qint64 MixInput::playedMicroseconds() const
     const quint64 dropped = _dropped.load(std::memory_order_acquire);
     const quint64 from = std::max(_ring.readPosition(), dropped);
     const auto waiting = static_cast<qint64>(std::max(_ring.writePosition(), from) - from);
-    return std::max(_writtenMicroseconds.load(std::memory_order_relaxed) - waiting * 1'000'000 / _rate, qint64{0});
+    const qint64 played = _writtenMicroseconds.load(std::memory_order_relaxed) - waiting * 1'000'000 / _rate;
+    qint64 told = _toldMicroseconds.load(std::memory_order_relaxed);
+    while (told < played && !_toldMicroseconds.compare_exchange_weak(told, played, std::memory_order_relaxed)) {
+    }
+    return std::max(told, played);
 }
 
 bool MixInput::take(float* block)

@@ -38,7 +38,8 @@ public:
     void setVolume(float volume) { _volume = volume; }
     float volume() const { return _volume; }
 
-    /// Microseconds of the source's sound that the mix has taken, or that were dropped.
+    /// Microseconds of the source's sound that the mix has taken, or that were dropped. Never less than before: a block
+    /// that was stretched as it was written counts no part of what was told.
     qint64 playedMicroseconds() const;
 
     // --- mixing thread ---
@@ -48,6 +49,7 @@ public:
 
 private:
     bool takeFormat(const SoundFormat& format);
+    void tellFailure(const SoundFormat& format);
     void countSource(int frames, const SoundFormat& format);
     bool canBegin(int waiting) const;
     void begin();
@@ -77,6 +79,7 @@ private:
     std::atomic<quint64> _dropped{0};            ///< what waits before this position is not played
     std::atomic<quint64> _complete{0};           ///< what waits before this position is played without waiting for more
     std::atomic<qint64> _writtenMicroseconds{0}; ///< of the source's sound
+    mutable std::atomic<qint64> _toldMicroseconds{0};
 
     // from the mixing to the writing thread
     std::atomic<double> _trim{0.0};
