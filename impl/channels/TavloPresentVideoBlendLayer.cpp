@@ -19,6 +19,8 @@ bool TavloPresentVideoBlendLayer::createLayer(ITavloPresentEnginePrivate* engine
         qDebug() << "failed to create _renderTargetPainter";
         return false;
     }
+    // What is opaque black leaves the picture below as it is, where the file has no picture or none yet.
+    _painter.clearColor = {0.0F, 0.0F, 0.0F, 1.0F};
     _painter.clear();
     _deferredContext = _device->createDeferredContext();
     return _deferredContext != nullptr;
@@ -47,6 +49,7 @@ void TavloPresentVideoBlendLayer::setPath(const QString& path)
 
 QVariant TavloPresentVideoBlendLayer::openSource()
 {
+    _painter.clear();
     tagTavloPresentSourceInfo info;
     info.type = TavloPresentSourceTypeMovieList;
     info.moviePathList = {_path};
