@@ -5,7 +5,9 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <functional>
 
 int main(int argc, char** argv)
 {
@@ -18,7 +20,9 @@ int main(int argc, char** argv)
     const int width = argc > 2 ? std::max(QString::fromLocal8Bit(argv[2]).toInt(), 32) : 160;
     const QSize cell(width, width * 9 / 16);
     const QDir folder(QString::fromLocal8Bit(argv[1]));
-    const bool written = folder.mkpath(QStringLiteral(".")) && writeMultiViewSheet(folder) && writeSceneSheet(folder) &&
-                         writePictureSheets(folder, cell) && writeTransitionSheets(folder, cell);
-    return written ? 0 : 1;
+    if (!folder.mkpath(QStringLiteral(".")))
+        return 1;
+    const std::array written{writeMultiViewSheet(folder), writeSceneSheet(folder), writePictureSheets(folder, cell),
+                             writeTransitionSheets(folder, cell)};
+    return std::ranges::all_of(written, std::identity{}) ? 0 : 1;
 }

@@ -1,5 +1,7 @@
 #include "channels/TavloPresentChannelPGM.h"
 
+#include "drawing/TransitionTable.h"
+
 #include <tavlo/TavloEngineEvents.h>
 #include <tavlo/TavloPresentUtil.h>
 
@@ -13,9 +15,7 @@ using namespace tavlo;
 
 namespace {
 
-constexpr quint32 plainFade = 22;
-constexpr quint32 randomEffects = 80; ///< the numbers that chance chooses from
-constexpr quint32 neverByChance = 72;
+constexpr quint32 randomEffects = 80;   ///< the numbers that chance chooses from
 constexpr float longestTake = 86400.0F; ///< seconds
 
 } // namespace
@@ -85,7 +85,7 @@ void TavloPresentChannelPGM::onTranAnimation_finished()
 quint32 TavloPresentChannelPGM::effectForDraw(quint32 number)
 {
     const bool none = TavloPresentUtil::getEffectCatalog(number) == TavloPresentEffectKindCatalogNone;
-    return number != 0 && (none || number == neverByChance) ? plainFade : number;
+    return number != 0 && (none || number == transitionKind::applyTextureMap) ? transitionKind::fadeNormal : number;
 }
 
 void TavloPresentChannelPGM::setFader(qreal position)

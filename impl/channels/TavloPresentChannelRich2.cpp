@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "drawing/PrivateUtil.h"
 
+#include <tavlo/TavloPictureFilters.h>
 #include <tavlo/records/EngineRecords.h>
 
 #include <QDir>
@@ -10,12 +11,6 @@
 #include <cmath>
 
 using namespace tavlo;
-
-namespace {
-
-constexpr quint32 screenBlend = 22; ///< the filter that brightens one picture by another
-
-} // namespace
 
 bool TavloPresentChannelRich2::createChannel(const QSizeF& size)
 {
@@ -77,7 +72,7 @@ void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fi
     if (_channelFilter != 0)
         drawOver(_channelFilter, nullptr);
     if (const graphics::TexturePtr blend = _videoBlendLayer.picture())
-        drawOver(screenBlend, blend);
+        drawOver(TavloPresentPictureFilterType_ScreenBlend, blend);
 
     const QSizeF size(picture->desc().width, picture->desc().height);
     const bool sized = _pictureSprite->texture() && _pictureSprite->texture()->desc().width == picture->desc().width &&

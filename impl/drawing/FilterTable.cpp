@@ -8,8 +8,6 @@ constexpr const char* mask = "maskInput";
 constexpr std::array grey{"", "grey1Frame", "grey2Frame", "grey3Frame", "grey4Frame", "grey5Frame"};
 
 constexpr FilterInput table(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
-constexpr FilterInput weight(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
-constexpr FilterInput light(const char* variable, int slot) { return {variable, slot, FilterReading::Texels}; }
 constexpr FilterInput cube(const char* variable, int slot) { return {variable, slot, FilterReading::Smooth}; }
 constexpr FilterInput curve(int slot) { return table("curve", slot); }
 
@@ -18,22 +16,22 @@ constexpr std::array<FilterRow, 22> rows{{
     {TavloPresentPictureFilterType_FAIRYTALE, "FAIRYTALE", {cube(mask, 22)}},
     {TavloPresentPictureFilterType_SUNRISE,
      "SUNRISE",
-     {curve(38), weight(grey[1], 6), weight(grey[2], 7), weight(grey[3], 35)}},
-    {TavloPresentPictureFilterType_SUNSET, "SUNSET", {curve(39), weight(grey[1], 28), weight(grey[2], 29)}},
-    {TavloPresentPictureFilterType_HEALTHY, "HEALTHY", {curve(40), weight(mask, 16)}},
-    {TavloPresentPictureFilterType_SWEETS, "SWEETS", {curve(41), weight(mask, 29)}},
+     {curve(38), table(grey[1], 6), table(grey[2], 7), table(grey[3], 35)}},
+    {TavloPresentPictureFilterType_SUNSET, "SUNSET", {curve(39), table(grey[1], 28), table(grey[2], 29)}},
+    {TavloPresentPictureFilterType_HEALTHY, "HEALTHY", {curve(40), table(mask, 16)}},
+    {TavloPresentPictureFilterType_SWEETS, "SWEETS", {curve(41), table(mask, 29)}},
     {TavloPresentPictureFilterType_ROMANCE, "ROMANCE", {curve(42)}},
-    {TavloPresentPictureFilterType_WARM, "WARM", {curve(43), weight(grey[1], 8), light(grey[2], 37)}},
+    {TavloPresentPictureFilterType_WARM, "WARM", {curve(43), table(grey[1], 8), table(grey[2], 37)}},
     {TavloPresentPictureFilterType_ANTIQUE, "ANTIQUE", {curve(44)}},
-    {TavloPresentPictureFilterType_CALM, "CALM", {curve(45), weight(grey[1], 16), weight(grey[2], 17)}},
+    {TavloPresentPictureFilterType_CALM, "CALM", {curve(45), table(grey[1], 16), table(grey[2], 17)}},
     {TavloPresentPictureFilterType_LATTE, "LATTE", {curve(46)}},
     {TavloPresentPictureFilterType_COOL, "COOL", {curve(47)}},
     {TavloPresentPictureFilterType_CRAYON, "CRAYON", {}, 0.5F},
     {TavloPresentPictureFilterType_SKETCH, "SKETCH", {}, 0.5F},
-    {TavloPresentPictureFilterType_AMARO, "AMARO", {light(grey[1], 9), table(grey[2], 27), table(grey[3], 5)}, 1.0F},
+    {TavloPresentPictureFilterType_AMARO, "AMARO", {table(grey[1], 9), table(grey[2], 27), table(grey[3], 5)}, 1.0F},
     {TavloPresentPictureFilterType_BRANNAN,
      "BRANNAN",
-     {table(grey[1], 12), light(grey[2], 9), table(grey[3], 10), table(grey[4], 11), table(grey[5], 13)},
+     {table(grey[1], 12), table(grey[2], 9), table(grey[3], 10), table(grey[4], 11), table(grey[5], 13)},
      1.0F},
     {TavloPresentPictureFilterType_BROOKLYN,
      "BROOKLYN",
@@ -44,12 +42,12 @@ constexpr std::array<FilterRow, 22> rows{{
      {table(grey[1], 19), table(grey[2], 21), table(grey[3], 36), table(grey[4], 18), table(grey[5], 20)}},
     {TavloPresentPictureFilterType_HUDSON,
      "HUDSON",
-     {light(grey[1], 24), table(grey[2], 27), table(grey[3], 25)},
+     {table(grey[1], 24), table(grey[2], 27), table(grey[3], 25)},
      1.0F},
     {TavloPresentPictureFilterType_INKWELL, "INKWELL", {table(grey[1], 26)}},
     {TavloPresentPictureFilterType_TOASTER2,
      "TOASTER2",
-     {light(grey[1], 32), table(grey[2], 34), table(grey[3], 31), table(grey[4], 33), table(grey[5], 30)}},
+     {table(grey[1], 32), table(grey[2], 34), table(grey[3], 31), table(grey[4], 33), table(grey[5], 30)}},
     {TavloPresentPictureFilterType_DY, "DY", {}, 0, 0.5F},
     {TavloPresentPictureFilterType_ScreenBlend, "ScreenBlend", {}},
 }};

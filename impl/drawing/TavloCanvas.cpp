@@ -34,7 +34,7 @@ DevicePtr openDevice(int deviceId, bool forWindow, tagTavloGraphicsDevInfo& info
     }
     DevicePtr device = Device::create({info.id});
     const bool asked = deviceId >= 0 && deviceId < list.size();
-    if (forWindow && !asked && device && !device->hasDisplay()) {
+    if (forWindow && !asked && (!device || !device->hasDisplay())) {
         device = Device::create(); // the display server's own
         if (device)
             info = list.value(device->adapter().id, info);

@@ -14,7 +14,8 @@
 /// A device, a store of effects and images, and a back buffer to draw on: that of a window, or off screen.
 ///
 /// Empty until `createCanvas` or `createSwapChain`, and again after `destroyCanvas` and after a failure. Both creations
-/// and `destroyCanvas` belong to the owner's thread; between them the frame thread draws and presents.
+/// and `destroyCanvas` belong to the owner's thread; between them the frame thread draws and presents, and detaches the
+/// context (`Context::detach`) before the owner destroys the canvas.
 class TavloCanvas : public QObject
 {
     Q_OBJECT

@@ -1,11 +1,11 @@
 #include "drawing/TransitionDraw.h"
 
 #include "base/Log.h"
+#include "drawing/PrivateUtil.h"
 #include "drawing/SeededRandom.h"
 #include "drawing/TransitionTable.h"
 
 #include <QDebug>
-#include <QImage>
 
 #include <array>
 #include <string_view>
@@ -151,13 +151,12 @@ void TransitionDraw::updateTransitionMaskTexture(graphics::Context& context,
     if (images.size() <= transitionMaskSlot || !images[transitionMaskSlot])
         return;
     const graphics::TexturePtr& texture = images[transitionMaskSlot];
-    const auto mapped = context.map(*texture, graphics::MapMode::WriteDiscard);
-    if (!mapped)
-        return;
-    QImage image(reinterpret_cast<uchar*>(mapped->data), static_cast<int>(texture->desc().width),
-                 static_cast<int>(texture->desc().height), mapped->rowPitch, QImage::Format_ARGB32);
-    _mask.paintTransition(kind, static_cast<double>(progress), image);
-    context.unmap(texture);
+    const QSize size(static_cast<int>(texture->desc().width), static_cast<int>(texture->desc().height));
+    if (_maskImage.size() != size)
+        _maskImage = QImage(size, QImage::Format_ARGB32);
+    if (_mask.paintTransition(kind, static_cast<double>(progress), _maskImage))
+        PrivateUtil::UpdateSubresource(context, texture, 0, 0, std::as_const(_maskImage).bits(),
+                                       static_cast<int>(_maskImage.bytesPerLine()), 0, size.height());
 }
 
 } // namespace tavlo

@@ -5,6 +5,7 @@
 #include "effects/Effect.h"
 #include "graphics/Context.h"
 
+#include <QImage>
 #include <QSizeF>
 
 #include <span>
@@ -57,6 +58,7 @@ private:
                                      quint32 kind, float progress);
 
     TransitionMask _mask;
+    QImage _maskImage; ///< painted here: an edge is read while it is painted, which a texture's memory may forbid
 };
 
 } // namespace tavlo

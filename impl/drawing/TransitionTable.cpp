@@ -253,10 +253,4 @@ TavloPresentEffectKindCatalog transitionFamily(quint32 kind)
     return family->catalog;
 }
 
-quint32 randomTransition(quint32 draw)
-{
-    const quint32 kind = draw % 80;
-    return kind == transitionKind::applyTextureMap ? transitionKind::fadeNormal : kind;
-}
-
 } // namespace tavlo

@@ -15,12 +15,10 @@ namespace tavlo {
 
 /// Numbers that the code names; the others are rows of the table alone.
 namespace transitionKind {
-inline constexpr quint32 none = 0;
 inline constexpr quint32 fadeNormal = 22;
 inline constexpr quint32 applyTextureMap = 72; ///< shows the outgoing picture whatever the position
 inline constexpr quint32 firstLuma = 81;
 inline constexpr quint32 lastLuma = 112;
-inline constexpr quint32 random = 65535; ///< asks the start of a transition to choose one
 } // namespace transitionKind
 
 inline constexpr int transitionMaskSlot = 4;    ///< image slot of the mask
@@ -73,9 +71,5 @@ const TransitionRow* findTransition(std::string_view name);
 
 /// The family of a kind, which is also the index of its effect.
 TavloPresentEffectKindCatalog transitionFamily(quint32 kind);
-
-/// The kind that a request for a random one becomes: any number from 0 to 79, the gaps and 0 among them, but never 72.
-/// \param draw  0 or above, from a random generator
-quint32 randomTransition(quint32 draw);
 
 } // namespace tavlo

@@ -97,17 +97,5 @@ TEST(TransitionTable, SetsOnlyWhatTheFamilysEffectHas)
     }
 }
 
-TEST(TransitionTable, DrawsAnyNumberToSeventyNineButTheOneThatShowsNothing)
-{
-    QSet<quint32> seen;
-    for (quint32 draw = 0; draw < 400; ++draw)
-        seen.insert(randomTransition(draw * 7));
-    EXPECT_EQ(seen.size(), 79);
-    EXPECT_FALSE(seen.contains(72));
-    EXPECT_TRUE(seen.contains(0));
-    EXPECT_EQ(randomTransition(72), 22U);
-    EXPECT_EQ(randomTransition(2147483647), 2147483647U % 80);
-}
-
 } // namespace
 } // namespace tavlo

@@ -136,6 +136,7 @@ bool DeviceCore::isCurrentHere() const
 
 EGLContext DeviceCore::createContext(EGLConfig config) const
 {
+    const Turn turn = takeTurn();
     return createEglContext(target.display, config, _service);
 }
 

@@ -15,46 +15,8 @@ float   slidePush                // above 0: the old picture is pushed
 
 [technique Transprocess]
 pass quad transition
-    variant transitionType=25 texelExact=1 // glide_In_Left
-    variant transitionType=25 texelExact=0
-    variant transitionType=26 texelExact=1 // glide_In_Right
-    variant transitionType=26 texelExact=0
-    variant transitionType=27 texelExact=1 // glide_In_Top
-    variant transitionType=27 texelExact=0
-    variant transitionType=28 texelExact=1 // glide_In_Bottom
-    variant transitionType=28 texelExact=0
-    variant transitionType=29 texelExact=1 // glide_In_TopLeft
-    variant transitionType=29 texelExact=0
-    variant transitionType=30 texelExact=1 // glide_In_TopRight
-    variant transitionType=30 texelExact=0
-    variant transitionType=31 texelExact=1 // glide_In_BottomRight
-    variant transitionType=31 texelExact=0
-    variant transitionType=32 texelExact=1 // glide_In_BottomLeft
-    variant transitionType=32 texelExact=0
-    variant transitionType=33 texelExact=1 // glide_Out_Left
-    variant transitionType=33 texelExact=0
-    variant transitionType=34 texelExact=1 // glide_Out_Right
-    variant transitionType=34 texelExact=0
-    variant transitionType=35 texelExact=1 // glide_Out_Top
-    variant transitionType=35 texelExact=0
-    variant transitionType=36 texelExact=1 // glide_Out_Bottom
-    variant transitionType=36 texelExact=0
-    variant transitionType=37 texelExact=1 // glide_Out_TopLeft
-    variant transitionType=37 texelExact=0
-    variant transitionType=38 texelExact=1 // glide_Out_TopRight
-    variant transitionType=38 texelExact=0
-    variant transitionType=39 texelExact=1 // glide_Out_BottomRight
-    variant transitionType=39 texelExact=0
-    variant transitionType=40 texelExact=1 // glide_Out_BottomLeft
-    variant transitionType=40 texelExact=0
-    variant transitionType=41 texelExact=1 // glide_Push_Left
-    variant transitionType=41 texelExact=0
-    variant transitionType=42 texelExact=1 // glide_Push_Right
-    variant transitionType=42 texelExact=0
-    variant transitionType=43 texelExact=1 // glide_Push_Top
-    variant transitionType=43 texelExact=0
-    variant transitionType=44 texelExact=1 // glide_Push_Bottom
-    variant transitionType=44 texelExact=0
+    variant texelExact=1 // directions are numbers of the program, not programs
+    variant texelExact=0
 
 [common]
 const int TavloSwitchEffectKind_glide_In_Left = 25;

@@ -14,12 +14,6 @@ vec2    StretchDirect            // which way; 0 0 from the middle, 0.5 0.5 towa
 
 [technique Transprocess]
 pass quad transition
-    variant transitionType=46 // stretch_Left
-    variant transitionType=47 // stretch_Right
-    variant transitionType=48 // stretch_Top
-    variant transitionType=49 // stretch_Bottom
-    variant transitionType=50 // stretch_Center_Inner_AOut
-    variant transitionType=51 // stretch_Center_Inner_BIn
 
 [common]
 const int TavloSwitchEffectKind_stretch_Left = 46;
