@@ -1,6 +1,7 @@
 #include "audio/Audibility.h"
 #include "audio/AudioMonitor.h"
 #include "audio/DitheredGain.h"
+#include "channels/ChannelSound.h"
 
 #include "audio/AudioSupport.h"
 #include "audio/FileDevice.h"
@@ -66,6 +67,23 @@ TEST(ChannelAudio, DitheredGainKeepsTheMeanAndSaturates)
     EXPECT_NEAR(bytes[3], 0, 1);
 }
 
+TEST(ChannelAudio, TheEffectsRoutingCountsBeforeTheSources)
+{
+    ChannelSound sound;
+    sound.create();
+    sound.setRouting(TavloPresentSourceAudioChannelProcessTypeSwap);
+    const auto routed = [&sound] {
+        const BlockPtr block = blockOf(std::vector<qint16>{1, 2, 1, 2});
+        return samplesOf<qint16>(*sound.process(block.get(), {}))[1];
+    };
+    EXPECT_EQ(routed(), 1);
+    tagTavloAudioEffectParam effect;
+    effect.audioChannelProcessType = TavloPresentSourceAudioChannelProcessTypeRightToBoth;
+    sound.setEffect(effect);
+    EXPECT_EQ(routed(), 2);
+    sound.destroy();
+}
+
 TEST(ChannelAudio, ALMonitorPlaysAtItsVolume)
 {
     FileDevice& device = FileDevice::instance();
@@ -83,6 +101,14 @@ TEST(ChannelAudio, ALMonitorPlaysAtItsVolume)
         const auto played = device.played();
         EXPECT_NEAR(*std::max_element(played.begin(), played.end()), 16384 * volume, 2) << volume;
     }
+    tagTavloAudioInfo bytes;
+    bytes.bitsPerSample = 8;
+    ASSERT_TRUE(monitor.open("Auto", bytes));
+    monitor.write(std::vector<quint8>(9600, 192).data(), 9600, 0.25);
+    EXPECT_TRUE(device.play(300));
+    monitor.close();
+    const auto played = device.played();
+    EXPECT_NEAR(*std::max_element(played.begin(), played.end()), 4096, 260) << "a step of eight bits";
 }
 
 } // namespace

@@ -149,11 +149,15 @@ TEST_F(ALMix, VolumesChangeWithoutAStep)
 
 TEST_F(ALMix, SoundsOfDifferentRatesStayInTune)
 {
+    Source beside{*add(), 1000, 480};
     for (const int sourceRate : {44100, 48000, 32000}) {
         const auto input = add();
         Source tone{*input, 1000, 1152, sourceRate};
         tone.resumeAt(now);
-        const auto heard = mix(2, [&](double t) { tone.run(t); });
+        const auto heard = mix(2, [&](double t) {
+            beside.run(t);
+            tone.run(t);
+        });
         EXPECT_NEAR(countedFrequency(heard, rate, heard.size(), rate), 1000, 0.3) << sourceRate;
         EXPECT_LT(clicks(heard, 1000, rate, rate / 2), -80) << sourceRate;
         mixer.remove(input);
