@@ -1,7 +1,5 @@
 #include "channels/TavloPresentChannelPGM.h"
 
-#include "drawing/TransitionTable.h"
-
 #include <tavlo/TavloEngineEvents.h>
 #include <tavlo/TavloPresentUtil.h>
 
@@ -36,6 +34,10 @@ bool TavloPresentChannelPGM::createChannel(const QSizeF& size)
     _target->setClearColor({0.0F, 0.0F, 0.0F, 1.0F});
     _target->setClearFlags(scene::RenderTexture::clearColorBit);
     _target->setAutoDraw(true);
+    // A program is compiled as it is drawn first, which takes a few steps of a software renderer: the usual one before
+    // there are any.
+    painter(0).drawTransition(targetTexture(), _size, false, targetTexture(), _size, false, 0.5F, _effect);
+    painter(0).clear();
     openMix();
     return true;
 }

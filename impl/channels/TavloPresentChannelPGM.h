@@ -2,6 +2,7 @@
 
 #include "channels/ProgramMix.h"
 #include "channels/TavloPresentChannelRich2.h"
+#include "drawing/TransitionTable.h"
 
 #include <tavlo/ITavloAudioPreviewObject.h>
 #include <tavlo/records/PictureRecords.h>
@@ -90,7 +91,7 @@ private:
     qreal _switchProcessPos = 0.0;
     QPropertyAnimation _animation;
     bool _animating = false; ///< a take runs by itself and is not done
-    quint32 _effect = 22;
+    quint32 _effect = tavlo::transitionKind::fadeNormal;
 
     tavlo::ProgramMix _mix;                                      ///< any thread
     tavlo::InterfacePtr<ITavloAudioPreviewObject> _audioPreview; ///< fixed from createChannel to destroyChannel
