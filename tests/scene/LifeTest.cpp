@@ -10,6 +10,8 @@
 #include "support/LogCapture.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QFontDatabase>
 #include <QTemporaryDir>
 
 using namespace tavlo;
@@ -70,6 +72,36 @@ TEST(SceneLife, aDirectorComesAndGoesManyTimes)
         EXPECT_EQ(engine.director->referenceCount(), 1U); // no node holds it any more
         EXPECT_EQ(engine.view->referenceCount(), 1U);
     }
+}
+
+// A font of the machine that is quickly read; empty when there is none.
+QString fontFile()
+{
+    QDirIterator files(QStringLiteral("/usr/share/fonts"), {QStringLiteral("*.ttf")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext())
+        if (QFileInfo(files.next()).size() < 2'000'000)
+            return files.filePath();
+    return {};
+}
+
+TEST(SceneLife, manyDirectorsReadAFontFileOnce)
+{
+    const QString file = fontFile();
+    if (file.isEmpty())
+        GTEST_SKIP() << "no font file";
+    const auto filesOfQt = [&file] { // the number of the next one
+        const int id = QFontDatabase::addApplicationFont(file);
+        QFontDatabase::removeApplicationFont(id);
+        return id;
+    };
+    const int before = filesOfQt();
+    for (int i = 0; i < 200; ++i) {
+        const RefPtr<Director> director = Director::create();
+        const auto label = TavloCLabel::createWithTTF(*director, {file.toStdString(), 20}, "abc");
+        EXPECT_GT(label->contentSize().width, 5);
+    }
+    EXPECT_LE(filesOfQt(), before + 1);
 }
 
 TEST(SceneLife, severalLiveSideBySide)

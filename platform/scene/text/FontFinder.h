@@ -3,14 +3,13 @@
 #include "scene/text/TextStyle.h"
 
 #include <QFont>
-#include <QStringList>
+#include <QRawFont>
 
-#include <string>
 #include <vector>
 
 namespace tavlo::scene {
 
-/// Finds the fonts of styles. A font file is made known to Qt once, for the whole process, as Qt has it. Frame thread.
+/// Finds the fonts of styles. A font file is made known to Qt once, for the whole process and to its end. Frame thread.
 class FontFinder
 {
 public:
@@ -18,18 +17,17 @@ public:
     /// that is no font is logged and leaves the family.
     QFont fontFor(const TextStyle& style);
 
+    /// Whether a font's glyphs are pictures of their own, such as emoji.
+    bool bringsPictures(const QRawFont& font);
+
 private:
-    struct KnownFile
+    struct KnownFont
     {
-        std::string path;
-        QStringList families; ///< empty: it is no font
-        int weight = QFont::Normal;
-        QFont::Style style = QFont::StyleNormal;
+        QRawFont font;
+        bool bringsPictures;
     };
 
-    const KnownFile& fileOf(const std::string& path);
-
-    std::vector<KnownFile> _files;
+    std::vector<KnownFont> _fonts; ///< a few, the last that were asked for
 };
 
 /// The whole number of pixels at which a size is shaped.
