@@ -6,7 +6,6 @@
 #include <QFontDatabase>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <map>
 #include <mutex>
@@ -51,13 +50,6 @@ const FontFile& fileOf(const std::string& path)
     return found != files.end() ? found->second : files.emplace(path, readFile(path)).first->second;
 }
 
-// Asked of the font and not of the glyph: a font of pictures that is asked for an outline draws nothing afterwards.
-bool hasPictures(const QRawFont& font)
-{
-    return std::ranges::any_of(std::array{"CBDT", "sbix", "COLR", "SVG "},
-                               [&font](const char* table) { return !font.fontTable(table).isEmpty(); });
-}
-
 } // namespace
 
 int shapingPixels(float fontSize)
@@ -84,16 +76,14 @@ QFont FontFinder::fontFor(const TextStyle& style)
     return font;
 }
 
-// A table of a font is copied whole when it is asked for, which takes longer than the text.
-bool FontFinder::bringsPictures(const QRawFont& font)
+GlyphOutlines& FontFinder::glyphsOf(const QRawFont& font)
 {
-    const auto found = std::ranges::find(_fonts, font, &KnownFont::font);
+    const auto found = std::ranges::find(_fonts, font, &GlyphOutlines::font);
     if (found != _fonts.end())
-        return found->bringsPictures;
+        return *found;
     if (_fonts.size() == fontsToKnow)
         _fonts.erase(_fonts.begin());
-    _fonts.push_back({font, hasPictures(font)});
-    return _fonts.back().bringsPictures;
+    return _fonts.emplace_back(font);
 }
 
 } // namespace tavlo::scene

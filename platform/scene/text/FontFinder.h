@@ -1,9 +1,9 @@
 #pragma once
 
+#include "scene/text/GlyphOutlines.h"
 #include "scene/text/TextStyle.h"
 
 #include <QFont>
-#include <QRawFont>
 
 #include <vector>
 
@@ -17,17 +17,11 @@ public:
     /// that is no font is logged and leaves the family.
     QFont fontFor(const TextStyle& style);
 
-    /// Whether a font's glyphs are pictures of their own, such as emoji.
-    bool bringsPictures(const QRawFont& font);
+    /// The glyphs of a font. Valid until the next call.
+    GlyphOutlines& glyphsOf(const QRawFont& font);
 
 private:
-    struct KnownFont
-    {
-        QRawFont font;
-        bool bringsPictures;
-    };
-
-    std::vector<KnownFont> _fonts; ///< a few, the last that were asked for
+    std::vector<GlyphOutlines> _fonts; ///< a few, the last that were asked for
 };
 
 /// The whole number of pixels at which a size is shaped.

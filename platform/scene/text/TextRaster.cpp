@@ -24,11 +24,13 @@ public:
         QImage result(_area.size(), pictureFormat);
         result.fill(Qt::transparent);
         const bool outlined = _style.outlineColor.a > 0 && _style.outlineSize > 0;
-        if (_style.shadowColor.a > 0)
-            lay(result, blurred(mask(outlined ? _style.outlineSize : 0), _style.shadowBlur), _style.shadowColor,
+        const bool shadowed = _style.shadowColor.a > 0;
+        const QImage whole = outlined || shadowed ? mask(outlined ? _style.outlineSize : 0) : QImage(); // the dear part
+        if (shadowed)
+            lay(result, blurred(whole, _style.shadowBlur), _style.shadowColor,
                 QPointF(static_cast<qreal>(_style.shadowOffset.x), -static_cast<qreal>(_style.shadowOffset.y)));
         if (outlined)
-            lay(result, outline(), _style.outlineColor, {});
+            lay(result, outline(whole), _style.outlineColor, {});
         QPainter painter(&result);
         prepare(painter);
         for (const TextLine& line : _shape.lines) {
@@ -88,9 +90,9 @@ private:
 
     // Beneath words that are filled it goes through, so that no seam shows; where the fill is transparent, the words
     // stay free.
-    QImage outline() const
+    QImage outline(const QImage& whole) const
     {
-        QImage around = blurred(mask(_style.outlineSize), _style.outlineBlur);
+        QImage around = blurred(whole, _style.outlineBlur);
         const std::uint8_t filled = _style.fill == TextFill::Solid ? _style.fillColor.a : 255;
         if (filled == 255)
             return around;

@@ -2,7 +2,6 @@
 
 #include "scene/text/TextBounds.h"
 
-#include <QRawFont>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -32,18 +31,18 @@ void addOutline(const QPainterPath& outline, TextLine& line)
 
 void addGlyphs(const QGlyphRun& run, QPointF shift, FontFinder& fonts, TextLine& line)
 {
-    const QRawFont font = run.rawFont();
+    GlyphOutlines& font = fonts.glyphsOf(run.rawFont());
     QList<QPointF> positions = run.positions();
     for (QPointF& position : positions)
         position += shift;
-    if (fonts.bringsPictures(font)) {
+    if (font.arePictures()) {
         line.coloured.append(run);
         line.coloured.last().setPositions(positions);
         return;
     }
     const QList<quint32> glyphs = run.glyphIndexes();
     for (qsizetype i = 0; i < glyphs.size(); ++i)
-        addOutline(font.pathForGlyph(glyphs[i]).translated(positions[i]), line);
+        addOutline(font.outline(glyphs[i]).translated(positions[i]), line);
 }
 
 // One paragraph, broken at the width; its lines begin at left 0, below one another.
