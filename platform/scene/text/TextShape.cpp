@@ -18,11 +18,12 @@ constexpr qsizetype longestParagraph = 1 << 15; // UTF-16 units: more than a pic
 // one can look through they would show twice.
 void addOutline(const QPainterPath& outline, TextLine& line)
 {
-    constexpr int longestPiece = 400; // elements: a few words
+    if (outline.isEmpty())
+        return;
     const QRectF box = outline.boundingRect();
     const QRectF last = line.outlines.empty() ? QRectF() : line.outlines.back().boundingRect();
     const bool isApart = box.left() > last.right() || box.right() < last.left();
-    if (line.outlines.empty() || (isApart && line.outlines.back().elementCount() >= longestPiece)) {
+    if (line.outlines.empty() || isApart) {
         line.outlines.emplace_back();
         line.outlines.back().setFillRule(Qt::WindingFill);
     }

@@ -16,7 +16,7 @@ namespace tavlo::scene {
 struct TextLine
 {
     QRectF box;                         ///< of the line's advance and height
-    std::vector<QPainterPath> outlines; ///< of the glyphs that have some, in pieces of a few that stand apart
+    std::vector<QPainterPath> outlines; ///< of the glyphs that have some, in pieces that stand apart
     QList<QGlyphRun> coloured;          ///< those that bring their own picture, such as emoji, in pixels of the shaping
 };
 
