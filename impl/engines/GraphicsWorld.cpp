@@ -3,6 +3,7 @@
 #include "channels/ChannelSite.h"
 
 #include "scene/FileUtils.h"
+#include "scene/Renderer.h"
 
 #include <QDebug>
 
@@ -51,6 +52,7 @@ bool GraphicsWorld::createResources(const QString& shaderCachePath)
 
 bool GraphicsWorld::createCanvas()
 {
+    _director->renderer().prepare(); // now, and not in the first frame
     const scene::RefPtr<scene::Scene> scene = scene::Scene::createWithSize(*_director, _view->frameSize());
     _canvasLayer = scene::LayerColor::create(*_director, canvasColor);
     scene->addChild(_canvasLayer);

@@ -183,23 +183,25 @@ void TavloPresentEnginePrivate::updateWindow(const tagTavloWindowInfo& window)
 {
     if (!_world.view() || (window.layoutType == _windowInfo.layoutType && window.rect == _windowInfo.rect))
         return;
+    const tagTavloWindowInfo before = _windowInfo;
     _windowInfo.layoutType = window.layoutType;
     _windowInfo.rect = window.rect;
-    layOut();
+    if (!layOut())
+        _windowInfo = before;
 }
 
-void TavloPresentEnginePrivate::layOut()
+bool TavloPresentEnginePrivate::layOut()
 {
     constexpr quint32 everything = 65535;
     const QRect& rect = _windowInfo.rect;
     const QSizeF size = rect.size();
     if (!_world.view()->setWindowPlacement({static_cast<float>(rect.x()), static_cast<float>(rect.y()),
                                             static_cast<float>(rect.width()), static_cast<float>(rect.height())}))
-        return;
+        return false;
     TavloPresentUtil::computePresentViewLayoutInfo(_windowInfo.layoutType, static_cast<int>(_engineInfo.channelCount),
                                                    size, _layoutInfo, everything);
     if (!_world.grid())
-        return;
+        return true;
     const QRectF area(QPointF(), size);
     _world.grid()->clear();
     const auto place = [&](TavloPresentChannel* channel, const QRectF& pane) {
@@ -210,6 +212,7 @@ void TavloPresentEnginePrivate::layOut()
     place(_channels.program(), _layoutInfo.pgmRect);
     for (std::size_t i = 0; i < _channels.sources().size() && i < _layoutInfo.paneRects.size(); ++i)
         place(_channels.sources()[i], _layoutInfo.paneRects[i]);
+    return true;
 }
 
 void TavloPresentEnginePrivate::announceDestruction(const QString& progress)

@@ -99,7 +99,7 @@ private:
     void announceDestruction(const QString& progress);
 
     void updateWindow(const tagTavloWindowInfo& window);
-    void layOut();
+    bool layOut(); ///< false, and nothing changes, when the view refuses the window's rectangle
 
     bool showsChannel(int shown, int channelId) const;
     void drawHighlight();

@@ -141,10 +141,11 @@ struct ChildWindow::Impl
     std::unique_ptr<xcb_connection_t, Disconnect> connection;
     xcb_window_t window = XCB_NONE;
     std::uint8_t touchExtension = 0; ///< 0: the server knows no touches
+    bool gone = false;
 
     bool open(xcb_window_t parent, const Window::Place& place);
     void selectTouches();
-    bool read(const xcb_generic_event_t& event, WindowInput& input) const;
+    bool read(const xcb_generic_event_t& event, WindowInput& input);
 };
 
 bool ChildWindow::Impl::open(xcb_window_t parent, const Window::Place& place)
@@ -154,7 +155,8 @@ bool ChildWindow::Impl::open(xcb_window_t parent, const Window::Place& place)
         return false;
     window = xcb_generate_id(connection.get());
     const std::uint32_t values[]{XCB_BACK_PIXMAP_NONE, XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                                                           XCB_EVENT_MASK_POINTER_MOTION};
+                                                           XCB_EVENT_MASK_POINTER_MOTION |
+                                                           XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     // Checked, so that the window is the server's before another connection names it.
     const xcb_void_cookie_t asked = xcb_create_window_checked(
         connection.get(), XCB_COPY_FROM_PARENT, window, parent, static_cast<std::int16_t>(place.x),
@@ -188,7 +190,7 @@ void ChildWindow::Impl::selectTouches()
     touchExtension = extension->major_opcode;
 }
 
-bool ChildWindow::Impl::read(const xcb_generic_event_t& event, WindowInput& input) const
+bool ChildWindow::Impl::read(const xcb_generic_event_t& event, WindowInput& input)
 {
     switch (event.response_type & 0x7f) { // the top bit marks what another program sent
     case XCB_BUTTON_PRESS:
@@ -202,6 +204,9 @@ bool ChildWindow::Impl::read(const xcb_generic_event_t& event, WindowInput& inpu
         return touchExtension != 0 &&
                reinterpret_cast<const xcb_ge_generic_event_t&>(event).extension == touchExtension &&
                readTouch(reinterpret_cast<const xcb_input_touch_begin_event_t&>(event), input);
+    case XCB_DESTROY_NOTIFY:
+        gone = true;
+        return false;
     default:
         return false;
     }
@@ -248,5 +253,7 @@ bool ChildWindow::nextInput(WindowInput& input)
             return true;
     return false;
 }
+
+bool ChildWindow::isGone() const { return _impl->gone || xcb_connection_has_error(_impl->connection.get()) != 0; }
 
 } // namespace tavlo::graphics

@@ -62,6 +62,9 @@ public:
     /// Takes the next thing that happened; false when nothing has. Never blocks.
     bool nextInput(WindowInput& input);
 
+    /// Whether the window is no more, as far as what happened has been taken.
+    bool isGone() const;
+
 private:
     struct Impl;
     explicit ChildWindow(std::unique_ptr<Impl> impl);

@@ -18,9 +18,10 @@ struct SwapChain::Impl
 
     // fixed after create
     std::shared_ptr<DeviceCore> core;
-    TexturePtr backBuffer;
     EGLSurface surface = EGL_NO_SURFACE;
 
+    // frame thread
+    TexturePtr backBuffer;
     bool lossTold = false;
 };
 
@@ -28,6 +29,7 @@ SwapChain::SwapChain(std::unique_ptr<Impl> impl) : _impl(std::move(impl)) {}
 SwapChain::~SwapChain() = default;
 
 const TexturePtr& SwapChain::backBuffer() const { return _impl->backBuffer; }
+void SwapChain::setBackBuffer(TexturePtr target) { _impl->backBuffer = std::move(target); }
 
 PresentResult SwapChain::Impl::swap(Context::Impl& context)
 {

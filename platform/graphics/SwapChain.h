@@ -63,6 +63,9 @@ public:
 
     const TexturePtr& backBuffer() const;
 
+    /// Another target to show from the next `present` on, of any size.
+    void setBackBuffer(TexturePtr target);
+
     /// Shows the back buffer, without waiting for the screen. The context's settings stay.
     PresentResult present(Context& immediate);
 

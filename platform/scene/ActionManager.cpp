@@ -59,8 +59,14 @@ void ActionManager::drop(Entry& entry)
 
 void ActionManager::tidy()
 {
-    if (!_stepping)
-        std::erase_if(_entries, [](const Entry& entry) { return entry.node == nullptr; });
+    if (_stepping)
+        return;
+    // A function of an action may be the last that holds a node, whose end comes back here: by then the list is whole.
+    std::vector<RefPtr<Action>> gone;
+    for (Entry& entry : _entries)
+        if (!entry.node)
+            gone.push_back(std::move(entry.action));
+    std::erase_if(_entries, [](const Entry& entry) { return entry.node == nullptr; });
 }
 
 Action* ActionManager::find(const Node& node, int tag) const

@@ -31,6 +31,10 @@ bool Director::init()
 
 void Director::setOpenGLView(RefPtr<GLView> view)
 {
+    if (_view == view)
+        return;
+    if (_view)
+        _view->cancelTouches();
     if (_view)
         _view->_director = nullptr;
     _view = std::move(view);
@@ -50,6 +54,7 @@ void Director::runWithScene(RefPtr<Scene> scene)
 
 void Director::mainLoop()
 {
+    const RefPtr<Director> self(this); // what the scene and the pool let go of may hold the last reference
     if (_ending) {
         purge();
     } else if (_view) {
@@ -68,6 +73,8 @@ void Director::redraw()
 
 void Director::drawScene()
 {
+    if (!_view->backBuffer())
+        return;
     _renderer->beginFrame();
     _renderer->beginTarget(_view->backBuffer(), _view->isBottomRowFirst(), _clearColor);
     if (_scene)
@@ -82,7 +89,6 @@ void Director::drawScene()
 
 void Director::purge()
 {
-    const RefPtr<Director> self(this); // what goes may hold the last reference
     _ending = false;
     _animating = false;
     runWithScene(nullptr);

@@ -47,7 +47,7 @@ public:
     };
 
     Type type = Type::Move;
-    Vec2 location;                          ///< in the view, pixels, y up
+    Vec2 location;                          ///< in the view, pixels, y up: the left bottom of the pixel
     MouseButton button = MouseButton::None; ///< the one that went down or up
     std::uint8_t heldButtons = 0; ///< bit 1 << MouseButton; a button that goes down is in, one that goes up is not
     std::uint8_t modifiers = 0;   ///< a set of KeyModifier

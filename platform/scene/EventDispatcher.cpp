@@ -22,12 +22,15 @@ bool EventDispatcher::isRegistered(const EventListener* listener) const
 template <class Matches>
 void EventDispatcher::removeWhere(const Matches& matches)
 {
-    std::erase_if(_entries, [&matches](Entry& entry) {
+    // A listener's function may be the last that holds a node, whose end comes back here: by then the list is whole.
+    std::vector<RefPtr<EventListener>> gone;
+    for (Entry& entry : _entries) {
         if (!matches(entry))
-            return false;
+            continue;
         --entry.node->_listeners;
-        return true;
-    });
+        gone.push_back(std::move(entry.listener));
+    }
+    std::erase_if(_entries, [](const Entry& entry) { return !entry.listener; });
 }
 
 void EventDispatcher::removeEventListener(const EventListener* listener)

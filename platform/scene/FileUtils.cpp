@@ -1,5 +1,6 @@
 #include "scene/FileUtils.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -23,14 +24,13 @@ std::string FileUtils::fullPathForFilename(const std::string& name) const
     const QString asked = QString::fromStdString(name);
     if (asked.isEmpty())
         return {};
-    if (isFile(asked))
-        return name;
+    const bool searched = QDir::isRelativePath(asked);
     for (const std::string& folder : _folders) {
         const QString path = QString::fromStdString(folder) + QLatin1Char('/') + asked;
-        if (isFile(path))
+        if (searched && isFile(path))
             return path.toStdString();
     }
-    return {};
+    return isFile(asked) ? name : std::string();
 }
 
 } // namespace tavlo::scene

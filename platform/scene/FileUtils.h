@@ -13,8 +13,7 @@ public:
     void addSearchPath(const std::string& folder);
     const std::vector<std::string>& searchPaths() const { return _folders; }
 
-    /// The file itself when it is there as named, else the first of that name below a search path; empty when there is
-    /// none.
+    /// The first of a relative name below a search path, else the file as it is named; empty when there is none.
     std::string fullPathForFilename(const std::string& name) const;
     bool isFileExist(const std::string& name) const { return !fullPathForFilename(name).empty(); }
 

@@ -72,7 +72,19 @@ RefPtr<GLProgramState> GLProgramState::create(RefPtr<GLProgram> program)
 
 GLProgramState::GLProgramState(RefPtr<GLProgram> program)
     : _program(std::move(program)), _values(_program->program()->uniforms().size())
-{}
+{
+    const std::vector<Uniform>& uniforms = _program->program()->uniforms();
+    for (std::size_t i = 0; i < _values.size(); ++i)
+        _values[i].isOurs = isOurs(uniforms[i]);
+}
+
+bool GLProgramState::isOurs(const Uniform& uniform) const
+{
+    const SceneProgram& program = _program->sceneProgram();
+    const bool isPicture = uniform.type == UniformType::Texture && uniform.textureUnit == program.pictureUnit;
+    return &uniform != program.toClip && &uniform != program.background && !isPicture && uniform.count == 1 &&
+           graphics::uniformBytes(uniform.type) <= largestValue;
+}
 
 GLProgramState::Value* GLProgramState::find(std::string_view name, UniformType type)
 {
@@ -90,7 +102,7 @@ bool GLProgramState::setValue(std::string_view name, UniformType type, const T& 
     if (!place)
         return false;
     std::memcpy(place->bytes.data(), &value, sizeof value);
-    place->set = true;
+    place->isOurs = true;
     return true;
 }
 
@@ -117,7 +129,7 @@ bool GLProgramState::setUniformTexture(std::string_view name, graphics::TextureP
     if (!place)
         return false;
     place->texture = std::move(texture);
-    place->set = true;
+    place->isOurs = true;
     return true;
 }
 
@@ -127,7 +139,7 @@ void GLProgramState::apply(graphics::Context& context) const
     for (std::size_t i = 0; i < _values.size(); ++i) {
         const Uniform& uniform = program.uniforms()[i];
         const Value& value = _values[i];
-        if (!value.set)
+        if (!value.isOurs)
             continue;
         if (uniform.type == UniformType::Texture)
             context.setTexture(uniform.textureUnit, value.texture, graphics::Sampler::LinearClamp);

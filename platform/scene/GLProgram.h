@@ -39,7 +39,7 @@ private:
     const std::unique_ptr<const SceneProgram> _program; ///< of a program that is never null
 };
 
-/// A program and the values of its uniforms, as they are at the moment of the drawing. Several sprites may share one
+/// A program and the values of its uniforms, as they are at the moment of the drawing; zeros before they are set. Several sprites may share one
 /// when each sets its values in a custom command just before its own quad. Frame thread.
 class GLProgramState : public Ref
 {
@@ -64,16 +64,19 @@ public:
     void apply(graphics::Context& context) const;
 
 private:
+    static constexpr std::size_t largestValue = 16; ///< bytes
+
     struct Value
     {
-        std::array<std::byte, 16> bytes{};
+        std::array<std::byte, largestValue> bytes{};
         graphics::TexturePtr texture;
-        bool set = false;
+        bool isOurs = true; ///< and not the renderer's, as long as nobody sets it
     };
 
     template <class T>
     bool setValue(std::string_view name, graphics::UniformType type, const T& value);
     Value* find(std::string_view name, graphics::UniformType type);
+    bool isOurs(const graphics::Uniform& uniform) const;
 
     const RefPtr<GLProgram> _program;
     std::vector<Value> _values; ///< one for each uniform of the program

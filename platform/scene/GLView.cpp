@@ -36,4 +36,11 @@ void GLView::injectTouch(TouchPhase phase, int fingerId, Vec2 location)
         std::erase_if(_fingers, [fingerId](const Touch& touch) { return touch.id == fingerId; });
 }
 
+void GLView::cancelTouches()
+{
+    const std::vector<Touch> down = _fingers; // the listeners may inject more
+    for (const Touch& finger : down)
+        injectTouch(TouchPhase::Cancelled, finger.id, finger.location);
+}
+
 } // namespace tavlo::scene

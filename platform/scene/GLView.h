@@ -24,7 +24,8 @@ public:
     /// Pixels. Scene coordinates are these pixels.
     Size frameSize() const { return _frameSize; }
 
-    /// A back buffer of that size; no size below 1 × 1. False, and the old one stays, when it cannot be made.
+    /// A back buffer of that size. False, and the old one stays, for a side below 1 or above what the device can draw on,
+    /// or when it cannot be made.
     virtual bool setFrameSize(float width, float height) = 0;
 
     /// What the scene is drawn into.
@@ -53,6 +54,9 @@ protected:
 
     GLView() = default;
 
+    /// Tells the listeners that whatever was down will not be heard of again.
+    void cancelTouches();
+
     std::string _name;
     graphics::DevicePtr _device;
     Size _frameSize;
@@ -70,7 +74,8 @@ public:
     /// Opens the device and makes a back buffer of the rectangle's size. With a window that the device can show, the
     /// view is a child window of it, with the rectangle's left top at x, y in pixels from the window's left top; 0, or
     /// a window that cannot be shown, gives a view off screen and in the latter case a line in the log. Null, and the
-    /// reason in the log, without a device or for an empty rectangle.
+    /// reason in the log, without a device or for a size that it cannot draw on. A view whose window goes, goes on off
+    /// screen.
     /// \param deviceId  index into `graphics::enumerateAdapters`, -1 for the display's own
     /// \param window    lent by the host, who keeps it as long as the view lives or lets it go before
     static RefPtr<GLViewImpl> createWithRect(std::string viewName, const Rect& rect, int deviceId,
@@ -78,22 +83,25 @@ public:
     ~GLViewImpl() override;
 
     /// Moves the view in the host's window and gives it the rectangle's size, y counted from the window's top.
-    /// Off screen only the size counts. False, and the view stays, for an empty rectangle.
+    /// Off screen only the size counts. False, and the view stays, where `setFrameSize` refuses the size.
     bool setWindowPlacement(const Rect& rect);
 
     bool setFrameSize(float width, float height) override;
-    const graphics::TexturePtr& backBuffer() const override;
+    const graphics::TexturePtr& backBuffer() const override { return _target; }
     bool isBottomRowFirst() const override { return _chain != nullptr; }
     void beginFrame(std::uint64_t time, std::uint64_t frameId, std::uint64_t clockMicroseconds) override;
     void endFrame() override;
 
 private:
-    bool makeBackBuffer(std::uint32_t width, std::uint32_t height);
+    bool openWindow(graphics::NativeWindow host, const graphics::Window::Place& place);
+    void leaveWindow();
     void deliverWindowInput();
+    void present();
 
     std::unique_ptr<graphics::ChildWindow> _window; ///< null off screen
-    graphics::SwapChainPtr _chain;                  ///< null off screen
-    graphics::TexturePtr _target;                   ///< off screen: the back buffer
+    graphics::SwapChainPtr _chain;                  ///< of the window
+    graphics::TexturePtr _target;                   ///< the back buffer; the chain shows it
+    int _failedPresents = 0;                        ///< in a row
 };
 
 } // namespace tavlo::scene

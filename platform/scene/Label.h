@@ -37,7 +37,7 @@ public:
     void enableBold();
     void setTextColor(Color4B color); ///< the fill
     void setAlignment(TextHAlignment horizontal, TextVAlignment vertical);
-    void setDimensions(Size pixels); ///< 0 is as large as the text
+    void setDimensions(Size pixels); ///< 0 is as large as the text; sizes are held within `TextBounds.h`
 
     const TextStyle& textStyle() const { return _style; }
 
@@ -65,6 +65,10 @@ protected:
 
 private:
     void markTextDirty();
+    void raster(std::uint64_t frame);
+
+    /// Where it is drawn now; whether it was drawn there before, or not at all.
+    bool takePlace(const Affine& transform);
 
     std::string _string;
     TextStyle _style;
@@ -72,7 +76,8 @@ private:
     mutable Size _measured;
     mutable bool _measureDirty = true;
     bool _rasterDirty = true;
-    Affine _lastTransform; ///< of the last frame that drew it
+    std::uint64_t _nextTry = 0; ///< the frame from which on the device is asked again
+    Affine _lastPlace;          ///< of the anchor, in the last frame that drew it
     bool _drawn = false;
     std::uint64_t _rasterCount = 0;
 };

@@ -23,13 +23,21 @@ Node::~Node()
 
 void Node::addChild(RefPtr<Node> child, int zOrder)
 {
-    if (!child || child->_parent || child.get() == this) {
+    if (!child || child->_parent || isBelow(*child)) {
         graphics::logFailure("addChild of a node that has a parent, or of none");
         return;
     }
     child->_parent = this;
     child->_zOrder = zOrder;
     insertSorted(std::move(child));
+}
+
+bool Node::isBelow(const Node& other) const
+{
+    const Node* above = this;
+    while (above && above != &other)
+        above = above->_parent;
+    return above != nullptr;
 }
 
 void Node::insertSorted(RefPtr<Node> child)

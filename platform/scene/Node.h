@@ -42,7 +42,7 @@ public:
 
     // The tree
 
-    /// Adds a node that has no parent yet; one that has stays where it is, and nothing happens.
+    /// Adds a node that has no parent yet; one that has stays where it is, and so does one that this node is below.
     void addChild(RefPtr<Node> child, int zOrder = 0);
 
     /// Lets go of a child; of a node that is none, nothing happens. With clean-up the actions of the child and of all
@@ -168,6 +168,7 @@ private:
     friend class ActionManager;
     friend class EventDispatcher;
 
+    bool isBelow(const Node& other) const; ///< or is it
     void insertSorted(RefPtr<Node> child);
     void takeOut(std::size_t index, bool cleanUp);
 

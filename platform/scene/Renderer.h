@@ -82,6 +82,10 @@ public:
 
     // For the director
 
+    /// Makes what drawing takes on the view's device, which otherwise the first frame does: the programs are compiled.
+    /// False, and the reason in the log, without a view, or when the driver refuses; it is not asked again.
+    bool prepare();
+
     void beginFrame();
 
     /// Draws all that was collected, and lets go of it.
@@ -118,7 +122,6 @@ private:
         std::uint32_t vertexOffset = ~0U;
     };
 
-    bool prepareDevice();
     bool makeBuffers(std::size_t vertexBytes, std::size_t indexBytes);
     bool upload(graphics::Context& context);
     void drawPass(graphics::Context& context, const RenderPass& pass);
@@ -138,6 +141,7 @@ private:
 
     // on the device
     graphics::DevicePtr _device;
+    graphics::DevicePtr _refusing; ///< its driver does not take the programs
     PlainPrograms _programs;
     std::vector<NamedState> _namedStates;
     std::shared_ptr<const graphics::InputLayout> _layout;

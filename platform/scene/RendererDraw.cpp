@@ -51,14 +51,19 @@ void setUniform(Context& context, const SceneProgram& program, const Uniform* un
 
 } // namespace
 
-bool Renderer::prepareDevice()
+bool Renderer::prepare()
 {
     const DevicePtr device = _director.device();
-    if (device && device == _device)
-        return true;
+    if (device && (device == _device || device == _refusing))
+        return device == _device;
     releaseResources();
-    if (!device || !_programs.create(*device, _director.dataCachePath()))
+    if (!device)
         return false;
+    if (!_programs.create(*device, _director.dataCachePath())) {
+        _programs.release();
+        _refusing = device;
+        return false;
+    }
     _layout = std::make_shared<InputLayout>(InputLayout{
         {Semantic::Position, Format::R32G32_FLOAT, offsetof(Vertex, position)},
         {Semantic::TexCoord, Format::R32G32_FLOAT, offsetof(Vertex, uv)},
@@ -76,11 +81,12 @@ void Renderer::releaseResources()
     _vertices.reset();
     _indices.reset();
     _device.reset();
+    _refusing.reset();
 }
 
 ProgramPtr Renderer::compile(std::string_view fragmentSource)
 {
-    return prepareDevice() ? compileSceneProgram(*_device, fragmentSource, _director.dataCachePath()) : nullptr;
+    return prepare() ? compileSceneProgram(*_device, fragmentSource, _director.dataCachePath()) : nullptr;
 }
 
 RefPtr<GLProgramState> Renderer::namedState(std::string_view name) const
@@ -96,7 +102,7 @@ void Renderer::keepNamedState(std::string_view name, RefPtr<GLProgramState> stat
 
 void Renderer::endFrame()
 {
-    if (const ContextPtr context = _director.context(); context && prepareDevice() && upload(*context)) {
+    if (const ContextPtr context = _director.context(); context && prepare() && upload(*context)) {
         for (const RenderPass* pass : _order)
             drawPass(*context, *pass);
         context->clearState();

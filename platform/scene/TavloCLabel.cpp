@@ -2,6 +2,7 @@
 
 #include "graphics/Log.h"
 #include "scene/FileUtils.h"
+#include "scene/text/TextBounds.h"
 
 #include <QImageReader>
 
@@ -17,8 +18,8 @@ RefPtr<TavloCLabel> TavloCLabel::createWithTTF(Director& director, const TTFConf
 
 bool TavloCLabel::setTTFConfig(const TTFConfig& config)
 {
-    _config.fontSize = config.fontSize;
-    setStyle(&TextStyle::fontSize, config.fontSize);
+    setSystemFontSize(config.fontSize);
+    _config.fontSize = textStyle().fontSize;
     if (config.fontFilePath == _config.fontFilePath)
         return true;
     const std::string found =
@@ -61,15 +62,16 @@ bool TavloCLabel::setFillTexture(const std::string& path)
 void TavloCLabel::setShadow(Color4B color, Vec2 offset, float blur)
 {
     setStyle(&TextStyle::shadowColor, color);
-    setStyle(&TextStyle::shadowOffset, offset);
-    setStyle(&TextStyle::shadowBlur, blur);
+    setStyle(&TextStyle::shadowOffset,
+             {bounded(offset.x, -farthestShadow, farthestShadow), bounded(offset.y, -farthestShadow, farthestShadow)});
+    setStyle(&TextStyle::shadowBlur, bounded(blur, 0, widestBlur));
 }
 
 void TavloCLabel::setOutline(Color4B color, float size, float blur)
 {
     setStyle(&TextStyle::outlineColor, color);
-    setStyle(&TextStyle::outlineSize, size);
-    setStyle(&TextStyle::outlineBlur, blur);
+    setStyle(&TextStyle::outlineSize, bounded(size, 0, widestOutline));
+    setStyle(&TextStyle::outlineBlur, bounded(blur, 0, widestBlur));
 }
 
 } // namespace tavlo::scene

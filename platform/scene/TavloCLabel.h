@@ -13,7 +13,7 @@ struct TTFConfig
 };
 
 /// Text with a look: filled plainly, by a gradient or a picture, with a shadow and an outline, each of which may be
-/// blurred. Frame thread.
+/// blurred. Sizes are held within `TextBounds.h`. Frame thread.
 class TavloCLabel : public Label
 {
 public:

@@ -105,6 +105,24 @@ TEST_F(Actions, goWithTheirNode)
     node.reset();
     step();
     EXPECT_EQ(calls, 2);
+
+    // Functions that are the last to hold nodes with actions of their own, which go while the list is tidied.
+    node = Node::create(*director);
+    for (int i = 0; i < 3; ++i) {
+        const RefPtr<Node> other = Node::create(*director);
+        node->runAction(CallFunc::create([other] {}));
+        other->runAction(count());
+    }
+    node->runAction(count());
+    step();
+    EXPECT_EQ(calls, 6);
+    for (int i = 0; i < 3; ++i) {
+        const RefPtr<Node> other = Node::create(*director);
+        node->runAction(CallFunc::create([other] {}));
+        other->runAction(count());
+    }
+    node->stopAllActions();
+    EXPECT_EQ(director->actionManager().size(), 0U);
 }
 
 } // namespace

@@ -10,9 +10,11 @@
 #include "scene/TreePlan.h"
 #include "support/LogCapture.h"
 
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <limits>
 
 using namespace tavlo;
 using namespace tavlo::scene;
@@ -252,6 +254,25 @@ TEST_F(SceneGL, aSharedProgramStateTakesEachSpritesValues)
     EXPECT_EQ(pixel(10, 10), (std::array{41, 20, 10, 51}));
     EXPECT_EQ(pixel(30, 10), (std::array{122, 61, 31, 153}));
 
+    // What a state never sets is zero, whatever another one of the program has set before.
+    root->removeAllChildren();
+    const auto program = GLProgram::createWithFragmentSource(
+        *director, "uniform float level; uniform sampler2D picture;"
+                   "void main() { color = vec4(level, texture(picture, uv).gb, 1.0); }");
+    for (int i = 0; i < 2; ++i) {
+        const auto sprite = Sprite::createWithTexture(*director, upload(picture));
+        sprite->setGLProgramState(GLProgramState::create(program));
+        sprite->setTextureRect({0, 0, 1, 1}, {10, 10});
+        sprite->setPosition(static_cast<float>(10 + 20 * i), 10);
+        if (i == 0) {
+            EXPECT_TRUE(sprite->glProgramState()->setUniformFloat("level", 1));
+        }
+        root->addChild(sprite);
+    }
+    step();
+    EXPECT_EQ(pixel(10, 10), (std::array{255, 102, 51, 255}));
+    EXPECT_EQ(pixel(30, 10), (std::array{0, 102, 51, 255}));
+
     const LogCapture log;
     EXPECT_FALSE(state->setUniformFloat("noSuchUniform", 1));
     EXPECT_FALSE(state->setUniformFloat("maskImageTexture", 1)); // not of that type
@@ -260,10 +281,23 @@ TEST_F(SceneGL, aSharedProgramStateTakesEachSpritesValues)
     EXPECT_EQ(log.count("failed to compile a shader of the scene"), 1);
 }
 
+/// The process's folder, until the end of the test.
+class CurrentFolder
+{
+public:
+    explicit CurrentFolder(const QString& folder) { QDir::setCurrent(folder); }
+    ~CurrentFolder() { QDir::setCurrent(_before); }
+
+private:
+    const QString _before = QDir::currentPath();
+};
+
 TEST_F(SceneGL, spritesTakeFilesAndParts)
 {
-    const QTemporaryDir folder;
+    const QTemporaryDir folder, elsewhere;
     QImage image(4, 2, QImage::Format_ARGB32);
+    ASSERT_TRUE(image.scaled(9, 9).save(elsewhere.filePath(QStringLiteral("p.png"))));
+    const CurrentFolder current(elsewhere.path()); // whose file is not meant
     image.fill(QColor(200, 100, 50, 255));
     image.setPixelColor(3, 0, QColor(0, 0, 255, 128));
     ASSERT_TRUE(image.save(folder.filePath(QStringLiteral("p.png"))));
@@ -317,7 +351,12 @@ TEST_F(SceneGL, aViewOfAnotherSizeShowsTheSameScene)
 {
     root->addChild(LayerColor::create(*director, {40, 40, 40, 255}));
     ASSERT_TRUE(view->setWindowPlacement({5, 6, 31, 23}));
-    EXPECT_FALSE(view->setFrameSize(0, 9));
+    const auto tooLarge = static_cast<float>(view->device()->maxTextureSize() + 1);
+    for (const float wrong : {0.0F, -3.0F, tooLarge, std::nanf(""), std::numeric_limits<float>::infinity()}) {
+        EXPECT_FALSE(view->setFrameSize(wrong, 9)) << wrong;
+        EXPECT_FALSE(view->setWindowPlacement({1, 1, 9, wrong})) << wrong;
+    }
+    EXPECT_EQ(view->frameSize(), (Size{31, 23}));
     step();
     const Image image = shown();
     EXPECT_EQ(image.width, 31);

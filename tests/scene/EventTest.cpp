@@ -32,10 +32,11 @@ public:
         return listener;
     }
 
-    std::string click()
+    std::string click(Vec2 at = {})
     {
         heard.clear();
         EventMouse event;
+        event.location = at;
         event.type = EventMouse::Type::Down;
         event.button = MouseButton::Left;
         view->injectMouse(event);
@@ -119,6 +120,52 @@ TEST_F(Events, aNodeMayGoInItsOwnListener)
     EXPECT_EQ(director->eventDispatcher().listenerCount(), 0U);
 }
 
+TEST_F(Events, aListenerMayBeTheLastThatHoldsANode)
+{
+    const auto first = add(*root, 0, 'a');
+    for (int i = 0; i < 3; ++i) {
+        const RefPtr<Node> other = Node::create(*director);
+        listen(*first, 'x')->onMouseUp = [other](EventMouse&) {};
+        listen(*other, 'y');
+    }
+    add(*root, 1, 'z');
+    first->removeFromParent();
+    step();
+    EXPECT_EQ(click(), "z");
+    EXPECT_EQ(director->eventDispatcher().listenerCount(), 1U);
+}
+
+TEST_F(Events, overlappingNodesFindWhatLiesUnderTheMouse)
+{
+    const auto addAt = [this](char letter, Rect place, float scale, float degrees) {
+        const RefPtr<Node> node = Node::create(*director);
+        node->setPosition(place.x, place.y);
+        node->setContentSize(place.size());
+        node->setScale(scale);
+        node->setRotation(degrees);
+        root->addChild(node);
+        listen(*node, letter)->onMouseDown = [this, letter, lent = node.get()](EventMouse& event) {
+            const Size size = lent->contentSize();
+            if (!Rect{0, 0, size.width, size.height}.contains(lent->convertToNodeSpace(event.location)))
+                return;
+            heard += letter;
+            event.stopPropagation();
+        };
+    };
+    addAt('a', {0, 0, 20, 20}, 1, 0);
+    addAt('b', {10, 10, 10, 10}, 2, 0);  // to 30, 30
+    addAt('c', {40, 20, 20, 10}, 1, 90); // clockwise: down from its corner, to 50, 0
+    step();
+    const struct
+    {
+        Vec2 at;
+        const char* hears;
+    } places[]{{{5, 5}, "a"},  {{9, 15}, "a"}, {{10, 10}, "b"}, {{29, 29}, "b"}, {{30, 15}, ""},
+               {{19, 9}, "a"}, {{20, 9}, ""},  {{45, 10}, "c"}, {{45, 21}, ""},  {{55, 10}, ""}};
+    for (const auto& place : places)
+        EXPECT_EQ(click(place.at), place.hears) << place.at.x << ", " << place.at.y;
+}
+
 TEST_F(Events, tellOfAllFingersThatAreDown)
 {
     std::string told;
@@ -143,6 +190,11 @@ TEST_F(Events, tellOfAllFingersThatAreDown)
     view->injectTouch(TouchPhase::Cancelled, 9, {3, 3});
     view->injectTouch(TouchPhase::Began, 4, {1, 5});
     EXPECT_EQ(told, "b4/1 b9/2 m4/2 e4/2 c9/1 b4/1 ");
+    told.clear();
+    view->injectTouch(TouchPhase::Began, 5, {1, 1});
+    director->setOpenGLView(nullptr);
+    EXPECT_EQ(told, "b5/2 c4/2 c5/1 ");
+    director->setOpenGLView(view);
 }
 
 } // namespace

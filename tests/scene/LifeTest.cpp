@@ -10,6 +10,8 @@
 #include "support/LogCapture.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QFontDatabase>
 #include <QTemporaryDir>
 
 using namespace tavlo;
@@ -72,6 +74,36 @@ TEST(SceneLife, aDirectorComesAndGoesManyTimes)
     }
 }
 
+// A font of the machine that is quickly read; empty when there is none.
+QString fontFile()
+{
+    QDirIterator files(QStringLiteral("/usr/share/fonts"), {QStringLiteral("*.ttf")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext())
+        if (QFileInfo(files.next()).size() < 2'000'000)
+            return files.filePath();
+    return {};
+}
+
+TEST(SceneLife, manyDirectorsReadAFontFileOnce)
+{
+    const QString file = fontFile();
+    if (file.isEmpty())
+        GTEST_SKIP() << "no font file";
+    const auto filesOfQt = [&file] { // the number of the next one
+        const int id = QFontDatabase::addApplicationFont(file);
+        QFontDatabase::removeApplicationFont(id);
+        return id;
+    };
+    const int before = filesOfQt();
+    for (int i = 0; i < 200; ++i) {
+        const RefPtr<Director> director = Director::create();
+        const auto label = TavloCLabel::createWithTTF(*director, {file.toStdString(), 20}, "abc");
+        EXPECT_GT(label->contentSize().width, 5);
+    }
+    EXPECT_LE(filesOfQt(), before + 1);
+}
+
 TEST(SceneLife, severalLiveSideBySide)
 {
     Engine first, second;
@@ -100,6 +132,15 @@ TEST(SceneLife, aNodeMayOutliveTheEnd)
     EXPECT_EQ(log.count("a render texture needs a view and a size"), 1);
 }
 
+TEST(SceneLife, theLastHolderOfADirectorMayGoInItsOwnFrame)
+{
+    RefPtr<Director> director = Director::create();
+    Director* const lent = director.get();
+    lent->autoReleasePool().add(Node::create(*director));
+    director.reset(); // now the node alone holds it
+    lent->mainLoop();
+}
+
 TEST(SceneLife, compiledShadersAreKeptAndTakenBack)
 {
     const QTemporaryDir folder;
@@ -109,10 +150,12 @@ TEST(SceneLife, compiledShadersAreKeptAndTakenBack)
     };
     Engine first(false);
     first.director->setDataCachePath(folder.path().toStdString());
-    first.frame(0);
-    first.end();
+    EXPECT_TRUE(first.director->renderer().prepare());
     const auto kept = files();
     ASSERT_FALSE(kept.isEmpty());
+    first.frame(0);
+    first.end();
+    EXPECT_FALSE(first.director->renderer().prepare()); // without a view
     QFile broken(folder.filePath(QStringLiteral("shader/") + kept.first()));
     ASSERT_TRUE(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
     broken.write("no program");
@@ -146,7 +189,8 @@ TEST(SceneLife, treesTakeAndGiveNodes)
     const LogCapture log;
     engine.scene->addChild(child); // has a parent
     child->addChild(child);
-    EXPECT_EQ(log.count("addChild of a node that has a parent, or of none"), 2);
+    child->addChild(parent); // which it hangs on
+    EXPECT_EQ(log.count("addChild of a node that has a parent, or of none"), 3);
     EXPECT_EQ(child->referenceCount(), 2U);
     EXPECT_EQ(parent->childByName("child"), child.get());
     engine.scene->removeChild(child.get()); // not its parent
@@ -169,8 +213,9 @@ TEST(SceneLife, aViewNeedsADeviceAndASize)
 {
     const LogCapture log;
     EXPECT_FALSE(GLViewImpl::createWithRect({}, {0, 0, 0, 30}, -1));
+    EXPECT_FALSE(GLViewImpl::createWithRect({}, {0, 0, 1 << 20, 30}, -1));
     EXPECT_FALSE(GLViewImpl::createWithRect({}, {0, 0, 40, 30}, 4711));
-    EXPECT_EQ(log.count("a view of no size"), 1);
+    EXPECT_EQ(log.count("a view of no size, or of one too large"), 2);
     const auto view = GLViewImpl::createWithRect({}, {0, 0, 40, 30}, -1, 0x7fffff01);
     ASSERT_TRUE(view);
     EXPECT_EQ(log.count("the view is off screen"), 1);

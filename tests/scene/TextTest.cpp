@@ -3,6 +3,8 @@
 #include "scene/SceneTest.h"
 #include "scene/TavloCLabel.h"
 #include "scene/text/AlphaBlur.h"
+#include "scene/text/TextBounds.h"
+#include "scene/text/TextPicture.h"
 #include "support/LogCapture.h"
 
 #include <QFontDatabase>
@@ -11,6 +13,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <limits>
 
 using namespace tavlo;
 using namespace tavlo::scene;
@@ -55,13 +58,10 @@ public:
         return found;
     }
 
-    RefPtr<TavloCLabel> label;
-};
-
-TEST_F(TextGL, looksAsQtPaintsIt)
-{
-    for (const char* text : {"Tavlo gjÅ", "שלום abc", "Ωμέγα", "مرحبا"}) {
+    void looksAsQtPaintsIt(const char* text, const QString& family = {})
+    {
         SCOPED_TRACE(text);
+        label->setSystemFontName(family.toStdString());
         label->setString(text);
         label->setPosition(20, 30);
         label->setFillColor({255, 200, 100, 255});
@@ -69,6 +69,8 @@ TEST_F(TextGL, looksAsQtPaintsIt)
         const Image image = shown();
 
         QFont font;
+        if (!family.isEmpty())
+            font.setFamilies({family});
         font.setPixelSize(40);
         font.setHintingPreference(QFont::PreferNoHinting);
         QImage painted(width, height, QImage::Format_RGBA8888_Premultiplied);
@@ -95,6 +97,50 @@ TEST_F(TextGL, looksAsQtPaintsIt)
         EXPECT_GT(all, 100);
         EXPECT_LT(difference, all * 0.02);
     }
+
+    /// Half a pixel further, everything must be the mean of what stood on whole pixels.
+    void movesSmoothly(float x, float y, int byX, int byY)
+    {
+        label->setPosition(x, y);
+        step();
+        step();
+        const Image rests = shown();
+        label->setPosition(x + static_cast<float>(byX) / 2, y + static_cast<float>(byY) / 2);
+        step();
+        const Image moves = shown();
+        double all = 0, worst = 0;
+        for (int row = 1; row < height - 1; ++row)
+            for (int column = 1; column < width - 1; ++column) {
+                const double mean = (rests.at(column, row)[3] + rests.at(column - byX, row + byY)[3]) / 2;
+                all += mean;
+                worst = std::max(worst, std::abs(moves.at(column, row)[3] - mean));
+            }
+        EXPECT_GT(all, 100);
+        EXPECT_LT(worst, 3 / 255.0);
+    }
+
+    RefPtr<TavloCLabel> label;
+};
+
+TEST_F(TextGL, looksAsQtPaintsIt)
+{
+    for (const char* text : {"Tavlo gjÅ", "שלום abc", "Ωμέγα", "مرحبا"})
+        looksAsQtPaintsIt(text);
+}
+
+TEST_F(TextGL, ideographsLookAsQtPaintsThem)
+{
+    const QStringList families = QFontDatabase::families(QFontDatabase::Japanese);
+    if (families.isEmpty())
+        GTEST_SKIP() << "no font of ideographs";
+    looksAsQtPaintsIt("日本語 かな", families.first());
+    const auto inkOf = [this](const char* text) {
+        label->setString(text);
+        step();
+        return shown().pixels;
+    };
+    label->setSystemFontName({}); // which has none: another font steps in
+    EXPECT_NE(inkOf("日"), inkOf("本"));
 }
 
 TEST_F(TextGL, isDrawnAgainOnlyWhenItChanged)
@@ -266,6 +312,7 @@ TEST_F(TextGL, longCrawlsAreDrawnInParts)
     while (text.size() < 800)
         text += "crawl ";
     label->setString(text);
+    constexpr float partStep = 2046; // pixels, from part to part
     const double full = static_cast<double>(label->contentSize().width);
     ASSERT_GT(full, 6000);
     label->setPosition(static_cast<float>(-full / 2), 40);
@@ -276,6 +323,86 @@ TEST_F(TextGL, longCrawlsAreDrawnInParts)
     label->setPosition(static_cast<float>(-full - 30), 40);
     step();
     EXPECT_TRUE(ink().isNull());
+
+    // The parts meet without a seam, beside one another and below.
+    label->setString(std::string(500, '/'));
+    for (const int part : {1, 2})
+        movesSmoothly(150 - static_cast<float>(part) * partStep, 40, 1, 0);
+    label->setTTFConfig({{}, 300});
+    label->setString("//\n//\n//\n//\n//\n//\n//\n//");
+    ASSERT_GT(label->contentSize().height, partStep + 200);
+    movesSmoothly(10, 80 - (label->contentSize().height - partStep), 0, 1);
+}
+
+TEST_F(TextGL, staysSharpWhileItsWordsChange)
+{
+    label->setAnchorPoint({0.5F, 0.5F});
+    label->setPosition(150, 80);
+    bool odd = false, even = false;
+    for (const char* text : {"1", "11", "12:5", "12:50", "il", "W", "WWi"}) {
+        label->setString(text);
+        const bool isOdd = static_cast<int>(label->contentSize().width) % 2 != 0;
+        (isOdd ? odd : even) = true;
+        step();
+        const Image first = shown();
+        step();
+        EXPECT_EQ(first.pixels, shown().pixels) << text;
+    }
+    EXPECT_TRUE(odd && even);
+}
+
+TEST_F(TextGL, sizesAreHeldWithinBounds)
+{
+    const float infinite = std::numeric_limits<float>::infinity();
+    label->setString("");
+    for (const float value : {std::nanf(""), infinite, -infinite, 1e30F, -1e30F}) {
+        SCOPED_TRACE(value);
+        label->setTTFConfig({{}, value});
+        label->setShadow({0, 0, 0, 255}, {value, value}, value);
+        label->setOutline({0, 0, 0, 255}, value, value);
+        label->setDimensions({value, value});
+        const TextStyle& style = label->textStyle();
+        EXPECT_EQ(label->ttfConfig().fontSize, style.fontSize);
+        EXPECT_TRUE(style.fontSize >= smallestFont && style.fontSize <= largestFont);
+        EXPECT_LE(std::max(std::abs(style.shadowOffset.x), std::abs(style.shadowOffset.y)), farthestShadow);
+        for (const float size : {style.shadowBlur, style.outlineBlur, style.outlineSize})
+            EXPECT_TRUE(size >= 0 && size <= std::max(widestBlur, widestOutline));
+        step();
+    }
+    TextStyle largest = label->textStyle();
+    largest.outlineSize = widestOutline;
+    largest.outlineBlur = largest.shadowBlur = widestBlur;
+    for (const QSizeF natural :
+         {QSizeF(30, 20), QSizeF(1e6, 100), QSizeF(100, 1e6), QSizeF(2e4, 3e3), QSizeF(1e9, 1e9)})
+        for (const TextStyle& style : {TextStyle(), largest}) {
+            const QSizeF size = boundedText(natural, style);
+            const QSize picture = QRectF({}, size).marginsAdded(reachOf(style)).toAlignedRect().size();
+            EXPECT_EQ(boundedPicture(picture), picture);
+            EXPECT_LE(qint64{picture.width()} * picture.height(), mostTextPixels);
+            EXPECT_GE(size.width(), std::min(natural.width(), 800.0));
+            EXPECT_GE(size.height(), std::min(natural.height(), 6000.0));
+        }
+
+    // What does not fit is neither shown nor counted.
+    label = TavloCLabel::createWithTTF(*director, {{}, 12}, std::string(12000, 'W'));
+    label->setAnchorPoint({1, 0});
+    label->setPosition(100, 40);
+    root->removeAllChildren();
+    root->addChild(label);
+    step();
+    EXPECT_LE(label->contentSize().width, longestText);
+    EXPECT_NEAR(ink().right(), 99, 2);
+}
+
+TEST_F(TextGL, whatADeviceRefusedIsDrawnLater)
+{
+    TextPicture picture(*director);
+    const TextStyle style;
+    EXPECT_GT(picture.shape("Tavlo", style).width, 10);
+    director->setOpenGLView(nullptr);
+    EXPECT_FALSE(picture.raster(style));
+    director->setOpenGLView(view);
+    EXPECT_TRUE(picture.raster(style));
 }
 
 TEST(TextBlur, spreadsAndKeepsTheWhole)

@@ -210,6 +210,7 @@ RefPtr<Node> makeBare(SceneTest& test, const TreePlan& plan)
             RenderTexture::create(director, static_cast<int>(plan.width), static_cast<int>(plan.height));
         const Rgba& clear = *plan.clear;
         const double alpha = clear[3] > 0 ? clear[3] : 1;
+        node->sprite().setFlippedY(plan.flippedY);
         node->setAutoDraw(true);
         node->setClearFlags(RenderTexture::clearColorBit);
         node->setClearColor(
@@ -281,7 +282,7 @@ TreePlan randomTree(std::mt19937& random, int depth, double width, double height
     plan.opacity = whole(0, 2) == 0 ? 255 : whole(90, 255);
     plan.color = {whole(100, 255), whole(100, 255), whole(100, 255)};
     plan.visible = whole(0, 8) != 0;
-    plan.flippedY = plan.kind == Kind::Sprite && whole(0, 1) == 1;
+    plan.flippedY = (plan.kind == Kind::Sprite || plan.kind == Kind::RenderTexture) && whole(0, 1) == 1;
     plan.opaque = plan.kind == Kind::Sprite && whole(0, 3) == 0;
     plan.picture = static_cast<unsigned>(whole(1, 2));
     if (plan.kind == Kind::RenderTexture) {

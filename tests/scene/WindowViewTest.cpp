@@ -1,10 +1,14 @@
 #include "scene/EventDispatcher.h"
 #include "scene/EventListener.h"
+#include "scene/Layer.h"
 #include "scene/SceneTest.h"
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -20,14 +24,20 @@ struct Disconnect
 };
 using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
+struct FreeReply
+{
+    void operator()(void* reply) const { std::free(reply); }
+};
+template <class T>
+using Reply = std::unique_ptr<T, FreeReply>;
+
 /// The newest child of a window.
 xcb_window_t childOf(xcb_connection_t* connection, xcb_window_t parent)
 {
-    xcb_query_tree_reply_t* tree = xcb_query_tree_reply(connection, xcb_query_tree(connection, parent), nullptr);
-    const int count = tree ? xcb_query_tree_children_length(tree) : 0;
-    const xcb_window_t child = count > 0 ? xcb_query_tree_children(tree)[count - 1] : XCB_NONE;
-    std::free(tree);
-    return child;
+    const Reply<xcb_query_tree_reply_t> tree{
+        xcb_query_tree_reply(connection, xcb_query_tree(connection, parent), nullptr)};
+    const int count = tree ? xcb_query_tree_children_length(tree.get()) : 0;
+    return count > 0 ? xcb_query_tree_children(tree.get())[count - 1] : XCB_NONE;
 }
 
 class WindowView : public testing::Test
@@ -68,6 +78,40 @@ public:
         view->endFrame();
     }
 
+    /// As many frames as it takes the display server; false when it never comes true.
+    bool framesUntil(const std::function<bool()>& isTrue)
+    {
+        for (int turn = 0; turn < 5000; ++turn) {
+            frame();
+            if (isTrue())
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return false;
+    }
+
+    std::array<int, 4> place()
+    {
+        const Reply<xcb_get_geometry_reply_t> found{
+            xcb_get_geometry_reply(connection.get(), xcb_get_geometry(connection.get(), window), nullptr)};
+        return found ? std::array{int{found->x}, int{found->y}, int{found->width}, int{found->height}}
+                     : std::array<int, 4>{};
+    }
+
+    /// What the window shows: blue, green and red from the low byte up.
+    std::uint32_t shown(int x, int y)
+    {
+        const Reply<xcb_get_image_reply_t> image{
+            xcb_get_image_reply(connection.get(),
+                                xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window,
+                                              static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 1, 1, ~0U),
+                                nullptr)};
+        std::uint32_t pixel = 0;
+        if (image && xcb_get_image_data_length(image.get()) >= 4)
+            std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
+        return pixel & 0xffffff;
+    }
+
     void send(std::uint8_t type, std::uint8_t detail, int x, int y, std::uint16_t state)
     {
         xcb_button_press_event_t event{};
@@ -99,19 +143,17 @@ TEST_F(WindowView, bringsTheMouseToTheScene)
         listener->onMouseScroll = [&heard](EventMouse& event) { heard.push_back(event); };
     director->eventDispatcher().addEventListenerWithSceneGraphPriority(listener, scene.get());
     frame();
-    send(XCB_BUTTON_PRESS, 3, 7, 4, XCB_MOD_MASK_CONTROL);
-    send(XCB_MOTION_NOTIFY, 0, 8, 5, XCB_BUTTON_MASK_3);
+    send(XCB_BUTTON_PRESS, 3, 7, 0, XCB_MOD_MASK_CONTROL);
+    send(XCB_MOTION_NOTIFY, 0, 8, 52, XCB_BUTTON_MASK_3);
     send(XCB_BUTTON_RELEASE, 3, 9, 6, XCB_BUTTON_MASK_3);
     send(XCB_BUTTON_PRESS, 5, 9, 6, 0); // the wheel, towards the person
     send(XCB_BUTTON_PRESS, 9, 9, 6, 0); // a button that nobody knows
-    for (int turn = 0; turn < 500 && heard.size() < 4; ++turn) {
-        frame();
-        std::this_thread::yield();
-    }
+    ASSERT_TRUE(framesUntil([&] { return heard.size() >= 4; }));
     ASSERT_EQ(heard.size(), 4U);
     EXPECT_EQ(heard[0].type, EventMouse::Type::Down);
     EXPECT_EQ(heard[0].button, MouseButton::Right);
-    EXPECT_EQ(heard[0].location, (Vec2{7, 49}));
+    EXPECT_EQ(heard[0].location, (Vec2{7, 52})); // the topmost row of 53
+    EXPECT_EQ(heard[1].location, (Vec2{8, 0}));  // the lowest
     EXPECT_TRUE(heard[0].isControlDown() && heard[0].isHeld(MouseButton::Right));
     EXPECT_EQ(heard[1].type, EventMouse::Type::Move);
     EXPECT_TRUE(heard[1].isHeld(MouseButton::Right));
@@ -120,23 +162,41 @@ TEST_F(WindowView, bringsTheMouseToTheScene)
     EXPECT_EQ(heard[3].scroll, (Vec2{0, -1}));
 }
 
-TEST_F(WindowView, movesWithItsPlacementAndSurvivesItsHost)
+TEST_F(WindowView, movesWithItsPlacement)
 {
+    const RefPtr<LayerColor> top = LayerColor::create(*director, {200, 0, 0, 255}, {500, 500});
+    top->setPosition(0, 31); // the uppermost row of 32
+    scene->addChild(top);
+    director->setClearColor({0, 0, 1, 1});
     frame();
     ASSERT_TRUE(view->setWindowPlacement({30, 40, 64, 32}));
     frame();
-    xcb_get_geometry_reply_t* place =
-        xcb_get_geometry_reply(connection.get(), xcb_get_geometry(connection.get(), window), nullptr);
-    ASSERT_TRUE(place);
-    EXPECT_EQ((std::array{int{place->x}, int{place->y}, int{place->width}, int{place->height}}),
-              (std::array{30, 40, 64, 32}));
-    std::free(place);
+    EXPECT_EQ(place(), (std::array{30, 40, 64, 32}));
     EXPECT_EQ(view->backBuffer()->desc().width, 64U);
+    EXPECT_TRUE(framesUntil([&] { return shown(63, 0) == 0xc80000 && shown(63, 1) == 0xff && shown(0, 31) == 0xff; }));
+
+    const auto tooLarge = static_cast<float>(view->device()->maxTextureSize() + 1);
+    EXPECT_FALSE(view->setWindowPlacement({0, 0, 64, tooLarge}));
+    frame();
+    EXPECT_TRUE(view->isBottomRowFirst());
+    EXPECT_EQ(place(), (std::array{30, 40, 64, 32}));
+    EXPECT_EQ(view->frameSize(), (Size{64, 32}));
+}
+
+TEST_F(WindowView, goesOnOffScreenWhenItsHostGoes)
+{
+    int cancelled = 0;
+    const RefPtr<EventListenerTouch> listener = EventListenerTouch::create();
+    listener->onTouchesCancelled = [&cancelled](EventTouch&) { ++cancelled; };
+    director->eventDispatcher().addEventListenerWithSceneGraphPriority(listener, scene.get());
+    frame();
+    view->injectTouch(TouchPhase::Began, 3, {1, 1});
     host.reset();
+    EXPECT_TRUE(framesUntil([&] { return !view->isBottomRowFirst(); }));
+    EXPECT_EQ(cancelled, 1);
+    EXPECT_TRUE(view->setWindowPlacement({30, 40, 65, 33}));
     frame();
-    EXPECT_TRUE(view->setWindowPlacement({30, 40, 65, 33})); // goes on off screen
-    frame();
-    EXPECT_FALSE(view->isBottomRowFirst());
+    EXPECT_EQ(view->backBuffer()->desc().width, 65U);
 }
 
 } // namespace

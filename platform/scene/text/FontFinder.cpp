@@ -1,25 +1,60 @@
 #include "scene/text/FontFinder.h"
 
 #include "graphics/Log.h"
+#include "scene/text/TextBounds.h"
 
 #include <QFontDatabase>
-#include <QRawFont>
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <mutex>
+#include <string>
 
 namespace tavlo::scene {
 
 namespace {
 
-constexpr int largestPixels = 2048;
-constexpr qreal probePixels = 16; // any size serves to ask a file for its weight
+constexpr qreal probePixels = 16;       // any size serves to ask a file for its weight
+constexpr std::size_t fontsToKnow = 32; // fonts in different sizes count apart
+
+struct FontFile
+{
+    QStringList families; ///< empty: it is no font
+    int weight = QFont::Normal;
+    QFont::Style style = QFont::StyleNormal;
+};
+
+FontFile readFile(const std::string& path)
+{
+    FontFile file;
+    const QString name = QString::fromStdString(path);
+    if (const int id = QFontDatabase::addApplicationFont(name); id >= 0) {
+        const QRawFont probe(name, probePixels);
+        file.families = QFontDatabase::applicationFontFamilies(id).mid(0, 1);
+        file.weight = probe.weight();
+        file.style = probe.style();
+    } else {
+        graphics::logFailure("no font: " + path);
+    }
+    return file;
+}
+
+// Any thread.
+const FontFile& fileOf(const std::string& path)
+{
+    static std::mutex lock;
+    static std::map<std::string, FontFile> files; // guarded by lock; what is in it stays
+    const std::lock_guard guard(lock);
+    const auto found = files.find(path);
+    return found != files.end() ? found->second : files.emplace(path, readFile(path)).first->second;
+}
 
 } // namespace
 
 int shapingPixels(float fontSize)
 {
-    return std::clamp(static_cast<int>(std::lround(std::isfinite(fontSize) ? fontSize : 0)), 1, largestPixels);
+    return static_cast<int>(std::lround(bounded(fontSize, smallestFont, largestFont)));
 }
 
 QFont FontFinder::fontFor(const TextStyle& style)
@@ -29,7 +64,7 @@ QFont FontFinder::fontFor(const TextStyle& style)
         font.setFamilies({QString::fromStdString(style.fontFamily)});
     font.setBold(style.bold);
     if (!style.fontFile.empty()) {
-        const KnownFile& file = fileOf(style.fontFile);
+        const FontFile& file = fileOf(style.fontFile);
         if (!file.families.isEmpty()) {
             font.setFamilies(file.families);
             font.setWeight(static_cast<QFont::Weight>(file.weight));
@@ -41,24 +76,14 @@ QFont FontFinder::fontFor(const TextStyle& style)
     return font;
 }
 
-const FontFinder::KnownFile& FontFinder::fileOf(const std::string& path)
+GlyphOutlines& FontFinder::glyphsOf(const QRawFont& font)
 {
-    const auto found = std::ranges::find(_files, path, &KnownFile::path);
-    if (found != _files.end())
+    const auto found = std::ranges::find(_fonts, font, &GlyphOutlines::font);
+    if (found != _fonts.end())
         return *found;
-    KnownFile file;
-    file.path = path;
-    const QString name = QString::fromStdString(path);
-    if (const int id = QFontDatabase::addApplicationFont(name); id >= 0) {
-        const QRawFont probe(name, probePixels);
-        file.families = QFontDatabase::applicationFontFamilies(id).mid(0, 1);
-        file.weight = probe.weight();
-        file.style = probe.style();
-    } else {
-        graphics::logFailure("no font: " + path);
-    }
-    _files.push_back(std::move(file));
-    return _files.back();
+    if (_fonts.size() == fontsToKnow)
+        _fonts.erase(_fonts.begin());
+    return _fonts.emplace_back(font);
 }
 
 } // namespace tavlo::scene

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "scene/text/GlyphOutlines.h"
 #include "scene/text/TextStyle.h"
 
 #include <QFont>
-#include <QStringList>
 
-#include <string>
 #include <vector>
 
 namespace tavlo::scene {
 
-/// Finds the fonts of styles. A font file is made known to Qt once, for the whole process, as Qt has it. Frame thread.
+/// Finds the fonts of styles. A font file is made known to Qt once, for the whole process and to its end. Frame thread.
 class FontFinder
 {
 public:
@@ -18,18 +17,11 @@ public:
     /// that is no font is logged and leaves the family.
     QFont fontFor(const TextStyle& style);
 
+    /// The glyphs of a font. Valid until the next call.
+    GlyphOutlines& glyphsOf(const QRawFont& font);
+
 private:
-    struct KnownFile
-    {
-        std::string path;
-        QStringList families; ///< empty: it is no font
-        int weight = QFont::Normal;
-        QFont::Style style = QFont::StyleNormal;
-    };
-
-    const KnownFile& fileOf(const std::string& path);
-
-    std::vector<KnownFile> _files;
+    std::vector<GlyphOutlines> _fonts; ///< a few, the last that were asked for
 };
 
 /// The whole number of pixels at which a size is shaped.

@@ -13,9 +13,9 @@ namespace tavlo::scene {
 
 namespace {
 
-constexpr int tileWidth = 2048;      // texels
-constexpr int longestText = 1 << 17; // pixels
-constexpr int grain = 32;            // texels: sizes of textures are whole multiples, so that similar texts share one
+constexpr int tileSide = 2048;         // texels, which every device takes
+constexpr int tileStep = tileSide - 2; // a texel of each neighbour's is kept, so that filters find no seam
+constexpr int grain = 32;              // texels: sizes of textures are whole multiples, so that similar texts share one
 
 bool canDrawText()
 {
@@ -40,31 +40,35 @@ bool suits(const graphics::TexturePtr& texture, std::uint32_t width, std::uint32
 
 } // namespace
 
-Size TextPicture::measure(const std::string& text, const TextStyle& style)
-{
-    if (!canDrawText())
-        return {};
-    const QSizeF size = shapeText(QString::fromStdString(text), style, _director.fontFinder()).size;
-    return {static_cast<float>(size.width()), static_cast<float>(size.height())};
-}
-
 TextPicture::~TextPicture() { _director.textAtlas().release(_slot); }
 
-bool TextPicture::raster(const std::string& text, const TextStyle& style)
+Size TextPicture::shape(const std::string& text, const TextStyle& style)
+{
+    _shape.reset();
+    if (!canDrawText())
+        return {};
+    _shape = shapeText(QString::fromStdString(text), style, _director.fontFinder());
+    return {static_cast<float>(_shape->size.width()), static_cast<float>(_shape->size.height())};
+}
+
+bool TextPicture::raster(const TextStyle& style)
 {
     _used = 0;
-    const graphics::DevicePtr device = _director.device();
-    if (!device || !canDrawText())
-        return false;
-    const TextShape shape = shapeText(QString::fromStdString(text), style, _director.fontFinder());
-    const TextRaster raster = rasterText(shape, style, longestText);
-    if (raster.image.isNull())
+    if (!_shape)
         return true;
-    const int height = std::min(raster.image.height(), static_cast<int>(device->maxTextureSize()));
-    const Rect place{static_cast<float>(raster.leftTop.x()),
-                     static_cast<float>(shape.size.height()) - static_cast<float>(raster.leftTop.y() + height),
-                     static_cast<float>(raster.image.width()), static_cast<float>(height)};
-    return TextAtlas::takes(raster.image.size()) ? rasterSmall(raster.image, place) : rasterLarge(raster.image, place);
+    if (!_director.device())
+        return false;
+    const auto [image, leftTop] = rasterText(*_shape, style);
+    const Rect place{static_cast<float>(leftTop.x()),
+                     static_cast<float>(_shape->size.height()) - static_cast<float>(leftTop.y() + image.height()),
+                     static_cast<float>(image.width()), static_cast<float>(image.height())};
+    const bool drawn =
+        image.isNull() || (TextAtlas::takes(image.size()) ? rasterSmall(image, place) : rasterLarge(image, place));
+    if (drawn)
+        _shape.reset();
+    else
+        _used = 0;
+    return drawn;
 }
 
 bool TextPicture::rasterSmall(const QImage& image, const Rect& place)
@@ -84,19 +88,27 @@ bool TextPicture::rasterLarge(const QImage& image, const Rect& place)
     if (_slot.page)
         _tiles.clear();
     _director.textAtlas().release(_slot);
-    for (int left = 0; left < image.width(); left += tileWidth) {
-        const QRect part(left, 0, std::min(tileWidth, image.width() - left), static_cast<int>(place.height));
-        if (_used == _tiles.size())
-            _tiles.emplace_back();
-        Tile& tile = _tiles[_used];
-        tile.shown = {0, 0, static_cast<float>(part.width()), place.height};
-        tile.place = {place.x + static_cast<float>(left), place.y, tile.shown.width, place.height};
-        if (!upload(tile, image, part))
-            return false;
-        ++_used;
-    }
+    for (int top = 0; top < image.height(); top += tileStep)
+        for (int left = 0; left < image.width(); left += tileStep) {
+            const QRect part = QRect(left, top, tileStep, tileStep) & image.rect();
+            if (_used == _tiles.size())
+                _tiles.emplace_back();
+            if (!rasterTile(_tiles[_used], image, part, place))
+                return false;
+            ++_used;
+        }
     _tiles.resize(_used);
     return true;
+}
+
+bool TextPicture::rasterTile(Tile& tile, const QImage& image, QRect part, const Rect& place)
+{
+    const QRect kept = part.adjusted(-1, -1, 1, 1) & image.rect();
+    const auto left = static_cast<float>(part.x()), bottom = static_cast<float>(part.bottom() + 1);
+    tile.shown = {static_cast<float>(part.x() - kept.x()), static_cast<float>(part.y() - kept.y()),
+                  static_cast<float>(part.width()), static_cast<float>(part.height())};
+    tile.place = {place.x + left, place.maxY() - bottom, tile.shown.width, tile.shown.height};
+    return upload(tile, image, kept);
 }
 
 bool TextPicture::upload(Tile& tile, const QImage& image, QRect part)

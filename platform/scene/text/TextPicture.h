@@ -3,10 +3,11 @@
 #include "graphics/Texture.h"
 #include "scene/Geometry.h"
 #include "scene/text/TextAtlas.h"
-#include "scene/text/TextStyle.h"
+#include "scene/text/TextShape.h"
 
 #include <QImage>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,11 +26,13 @@ public:
     TextPicture(const TextPicture&) = delete;
     TextPicture& operator=(const TextPicture&) = delete;
 
-    /// Whole pixels. Zero without an application object of Qt Gui.
-    Size measure(const std::string& text, const TextStyle& style);
+    /// Shapes the words, for `raster` to draw, and gives their size, whole pixels. Zero without an application object of
+    /// Qt Gui.
+    Size shape(const std::string& text, const TextStyle& style);
 
-    /// Draws the words anew. False when the device cannot; then nothing is shown.
-    bool raster(const std::string& text, const TextStyle& style);
+    /// Draws the words that were shaped last, which are let go then. False when the device cannot: nothing is shown, and
+    /// it may be tried again.
+    bool raster(const TextStyle& style);
 
     /// `transform` goes from the text's left bottom.
     void draw(Renderer& renderer, const Affine& transform, Color4B tint) const;
@@ -44,10 +47,12 @@ private:
 
     bool rasterSmall(const QImage& image, const Rect& place);
     bool rasterLarge(const QImage& image, const Rect& place);
+    bool rasterTile(Tile& tile, const QImage& image, QRect part, const Rect& place);
     bool upload(Tile& tile, const QImage& image, QRect part);
 
     Director& _director;
-    TextAtlas::Slot _slot; ///< of a small text
+    std::optional<TextShape> _shape; ///< not drawn yet
+    TextAtlas::Slot _slot;           ///< of a small text
     std::vector<Tile> _tiles;
     std::size_t _used = 0; ///< tiles of the present text
 };

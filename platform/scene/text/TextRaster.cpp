@@ -1,11 +1,9 @@
 #include "scene/text/TextRaster.h"
 
 #include "scene/text/AlphaBlur.h"
+#include "scene/text/TextBounds.h"
 
 #include <QPainter>
-
-#include <algorithm>
-#include <cmath>
 
 namespace tavlo::scene {
 
@@ -26,15 +24,20 @@ public:
         QImage result(_area.size(), pictureFormat);
         result.fill(Qt::transparent);
         const bool outlined = _style.outlineColor.a > 0 && _style.outlineSize > 0;
-        if (_style.shadowColor.a > 0)
-            lay(result, blurred(mask(outlined ? _style.outlineSize : 0), _style.shadowBlur), _style.shadowColor,
+        const bool shadowed = _style.shadowColor.a > 0;
+        const QImage whole = outlined || shadowed ? mask(outlined ? _style.outlineSize : 0) : QImage(); // the dear part
+        if (shadowed)
+            lay(result, blurred(whole, _style.shadowBlur), _style.shadowColor,
                 QPointF(static_cast<qreal>(_style.shadowOffset.x), -static_cast<qreal>(_style.shadowOffset.y)));
         if (outlined)
-            lay(result, outline(), _style.outlineColor, {});
+            lay(result, outline(whole), _style.outlineColor, {});
         QPainter painter(&result);
         prepare(painter);
-        for (const TextLine& line : _shape.lines)
-            painter.fillPath(line.outlines, fillOf(line));
+        for (const TextLine& line : _shape.lines) {
+            const QBrush fill = fillOf(line);
+            for (const QPainterPath& piece : line.outlines)
+                painter.fillPath(piece, fill);
+        }
         drawColoured(painter);
         return result;
     }
@@ -79,16 +82,17 @@ private:
                            ? QPen(Qt::black, 2 * static_cast<qreal>(around), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin)
                            : QPen(Qt::NoPen));
         for (const TextLine& line : _shape.lines)
-            painter.drawPath(line.outlines);
+            for (const QPainterPath& piece : line.outlines)
+                painter.drawPath(piece);
         drawColoured(painter);
         return result;
     }
 
     // Beneath words that are filled it goes through, so that no seam shows; where the fill is transparent, the words
     // stay free.
-    QImage outline() const
+    QImage outline(const QImage& whole) const
     {
-        QImage around = blurred(mask(_style.outlineSize), _style.outlineBlur);
+        QImage around = blurred(whole, _style.outlineBlur);
         const std::uint8_t filled = _style.fill == TextFill::Solid ? _style.fillColor.a : 255;
         if (filled == 255)
             return around;
@@ -127,7 +131,8 @@ QRectF inkOf(const TextShape& shape)
 {
     QRectF ink;
     for (const TextLine& line : shape.lines) {
-        ink |= line.outlines.boundingRect();
+        for (const QPainterPath& piece : line.outlines)
+            ink |= piece.boundingRect();
         for (const QGlyphRun& run : line.coloured) {
             const QRectF box = run.boundingRect();
             ink |= QRectF(box.topLeft() * shape.scale, box.size() * shape.scale);
@@ -137,31 +142,22 @@ QRectF inkOf(const TextShape& shape)
 }
 
 // The words with all that reaches beyond them.
-QRect areaOf(const TextShape& shape, const TextStyle& style, int limit)
+QRect areaOf(const TextShape& shape, const TextStyle& style)
 {
-    const QRectF ink = inkOf(shape);
+    const qreal overhang = shape.cut ? 0 : static_cast<qreal>(style.fontSize); // no line of marks towers beyond that
+    const QRectF ink = inkOf(shape) & QRectF({}, shape.size).adjusted(-overhang, -overhang, overhang, overhang);
     if (ink.isEmpty())
         return {};
-    const bool outlined = style.outlineColor.a > 0 && style.outlineSize > 0;
-    const bool shadowed = style.shadowColor.a > 0;
-    const float outline = outlined ? style.outlineSize : 0;
-    const qreal around = static_cast<qreal>(outline + blurReach(outlined ? style.outlineBlur / 2 : 0));
-    const qreal aroundShadow = static_cast<qreal>(outline + blurReach(style.shadowBlur / 2));
-    QRectF area = ink.adjusted(-around, -around, around, around);
-    if (shadowed) // also where it is before its shift: it is made there
-        area |= ink.adjusted(-aroundShadow, -aroundShadow, aroundShadow, aroundShadow);
-    if (shadowed)
-        area |= ink.adjusted(-aroundShadow, -aroundShadow, aroundShadow, aroundShadow)
-                    .translated(static_cast<qreal>(style.shadowOffset.x), -static_cast<qreal>(style.shadowOffset.y));
+    const QRectF area = ink.marginsAdded(reachOf(style));
     const QRect whole = area.toAlignedRect().adjusted(-1, -1, 1, 1); // an empty pixel all around, for filtering
-    return {whole.topLeft(), whole.size().boundedTo({limit, limit})};
+    return {whole.topLeft(), boundedPicture(whole.size())};
 }
 
 } // namespace
 
-TextRaster rasterText(const TextShape& shape, const TextStyle& style, int limit)
+TextRaster rasterText(const TextShape& shape, const TextStyle& style)
 {
-    const QRect area = areaOf(shape, style, limit);
+    const QRect area = areaOf(shape, style);
     if (area.isEmpty())
         return {};
     return {Canvas(shape, style, area).picture(), area.topLeft()};

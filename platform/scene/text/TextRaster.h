@@ -14,8 +14,8 @@ struct TextRaster
     QPoint leftTop; ///< of the image, from the text's left top, y down, pixels
 };
 
-/// Draws the shadow, the outline and the words over one another.
-/// \param limit  no side of the image is longer, pixels: what is beyond is cut off on the right and below
-TextRaster rasterText(const TextShape& shape, const TextStyle& style, int limit);
+/// Draws the shadow, the outline and the words over one another. What is beyond the bounds of a picture is cut off on the
+/// right and below.
+TextRaster rasterText(const TextShape& shape, const TextStyle& style);
 
 } // namespace tavlo::scene
