@@ -179,9 +179,9 @@ int printSummary(const LiveFigures& figures, double framesPerSecond, const QStri
     for (const OutputFigures& output : figures.outputs) {
         const tagTavloOutputStatistics& s = output.statistics;
         out() << "output " << output.index << ": " << s.codedPictures << " pictures coded";
-        if (s.recordWritten > 0)
+        if (s.codedPictures > 0 && s.recordWritten > 0)
             out() << ", " << s.recordWritten << " recorded";
-        if (s.netWritten > 0)
+        if (s.codedPictures > 0 && s.netWritten > 0)
             out() << ", " << s.netWritten << " sent";
         out() << '\n';
     }

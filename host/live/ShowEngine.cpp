@@ -58,12 +58,14 @@ bool isAccounted(const OutputFigures& now, const OutputFigures& atEnd)
     const tagTavloOutputStatistics& s = now.statistics;
     const bool isCoded = s.committedPictures + s.repeatedPictures ==
                          s.droppedPictures + s.latePictures + s.encoderDropped + s.skippedPictures + s.codedPictures;
-    const auto isWritten = [&s](quint32 before, quint32 state, quint64 sum) {
-        return before == tagTavloOutputStatistics::Off ||
-               (state == tagTavloOutputStatistics::Off && sum >= s.codedPictures);
+    // What a cue has begun got a part of the coded pictures.
+    const auto isWritten = [&s](bool gotAll, quint32 before, quint32 state, quint64 sum) {
+        constexpr quint32 off = tagTavloOutputStatistics::Off;
+        return before == off || (state == off && (!gotAll || sum >= s.codedPictures));
     };
-    return isCoded && isWritten(atEnd.statistics.recordState, s.recordState, s.recordWritten + s.recordDropped) &&
-           isWritten(atEnd.statistics.netState, s.netState, s.netWritten + s.netDropped);
+    return isCoded &&
+           isWritten(now.records, atEnd.statistics.recordState, s.recordState, s.recordWritten + s.recordDropped) &&
+           isWritten(now.streams, atEnd.statistics.netState, s.netState, s.netWritten + s.netDropped);
 }
 
 } // namespace
