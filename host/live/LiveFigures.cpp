@@ -146,6 +146,11 @@ QString statusLine(const LiveFigures& figures, double framesPerSecond)
             .arg(QTime::fromMSecsSinceStartOfDay(static_cast<int>(milliseconds % 86'400'000)).toString(u"hh:mm:ss"))
             .arg(figures.frames)
             .arg(figures.fps, 0, 'f', 1);
+    const QList<Loss> losses = lossesOf(figures); // in front of what a narrow terminal may not show
+    for (const Loss& loss : losses)
+        line += QStringLiteral("  %1 %2").arg(loss.cause).arg(loss.count);
+    if (losses.isEmpty())
+        line += QStringLiteral("  nothing lost");
     forEachWay(figures, [&line](const Way& way, const OutputFigures& output, const QString& name) {
         const Statistics& statistics = output.statistics;
         line += QStringLiteral("  %1 %2 %3 kbit/s %4 pictures")
@@ -153,11 +158,7 @@ QString statusLine(const LiveFigures& figures, double framesPerSecond)
                     .arg(static_cast<double>(statistics.*way.video + statistics.*way.sound), 0, 'f', 0)
                     .arg(statistics.*way.written);
     });
-    line += QStringLiteral("  a/v %1 ms").arg(farthestDelay(figures));
-    const QList<Loss> losses = lossesOf(figures);
-    for (const Loss& loss : losses)
-        line += QStringLiteral("  %1 %2").arg(loss.cause).arg(loss.count);
-    return losses.isEmpty() ? line + QStringLiteral("  nothing lost") : line;
+    return line + QStringLiteral("  a/v %1 ms").arg(farthestDelay(figures));
 }
 
 QJsonObject statusObject(const LiveFigures& figures, double framesPerSecond)
