@@ -112,6 +112,7 @@ QList<Loss> lossesOf(const LiveFigures& figures)
     add("step late", QStringLiteral("frame thread"), figures.missedFrames);
     for (const OutputFigures& output : figures.outputs) {
         const QString place = figures.outputs.size() > 1 ? QStringLiteral("output %1, ").arg(output.index) : QString();
+        add("output late", place + QStringLiteral("frames before its encoder was open"), output.missedFrames);
         for (const LossRow& row : lossRows)
             add(row.cause, place + QLatin1String(row.culprit), output.statistics.*row.count);
     }

@@ -26,6 +26,7 @@ struct OutputFigures
 {
     int index = 0;
     bool records = false, streams = false; ///< from the show's beginning to its end
+    quint64 missedFrames = 0;              ///< of the show, before its encoder was open
     tagTavloOutputStatistics statistics;   ///< behind the show's end the states are still those of the end
 };
 

@@ -267,6 +267,7 @@ void ShowEngine::awaitOutputs()
         records = records || atEnd.statistics.recordState != tagTavloOutputStatistics::Off;
         accounted = accounted && isAccounted(outputs[i], atEnd); // before it is given the old states
         keepRates(atEnd.statistics, outputs[i].statistics);
+        outputs[i].missedFrames = atEnd.missedFrames;
     }
     const bool tooLong = Clock::now() - _since > (records ? recordPatience : streamPatience);
     if (!accounted && !tooLong)
@@ -293,6 +294,10 @@ void ShowEngine::measure()
         item.wasThere = _seen.contains(channel);
     }
     figures.outputs = measureOutputs();
+    for (OutputFigures& output : figures.outputs) {
+        if (output.records || output.streams) // each frame of theirs was committed as it was stepped
+            output.missedFrames = _frames - std::min(_frames, output.statistics.committedPictures);
+    }
     const std::scoped_lock lock(_lock);
     _figures = std::move(figures);
 }
