@@ -189,6 +189,7 @@ int main(int argc, char** argv)
     }
     LiveOptions options;
     options.quiet = true;
+    options.multiView = scene == QLatin1String("multiview");
     options.canvas = scene == QLatin1String("multiview") ? QSize(1920, 1080) : QSize(1280, 720);
     QString error;
     if (scene != QLatin1String("multiview") && !recordTo(folder.filePath(QStringLiteral("show.mp4")), show, error))

@@ -46,4 +46,6 @@ void printRows(const QJsonArray& rows, const QStringList& keys, bool json)
     out().flush();
 }
 
+void printLine(const QJsonObject& object) { out() << QJsonDocument(object).toJson(QJsonDocument::Compact) << Qt::endl; }
+
 } // namespace tavlo::host

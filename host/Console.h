@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 #include <QTextStream>
 
@@ -10,8 +11,8 @@ namespace tavlo::host {
 enum ExitStatus
 {
     Done = 0,
-    LostSomething = 1, ///< it ran, and what was lost stands in the summary; or a check found faults
-    WrongUse = 2,      ///< wrong arguments, or a show that cannot be read
+    LostSomething = 1, ///< it ran, and what was lost stands in the summary
+    WrongUse = 2,      ///< wrong arguments, or a show with faults
     CouldNotStart = 3,
 };
 
@@ -21,5 +22,8 @@ QTextStream& err();
 
 /// Prints rows of equal objects: as JSON, or as lines of columns in the order of `keys`.
 void printRows(const QJsonArray& rows, const QStringList& keys, bool json);
+
+/// Prints an object on a line of its own.
+void printLine(const QJsonObject& object);
 
 } // namespace tavlo::host

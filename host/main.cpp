@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <xcb/xcb.h>
 
 namespace {
 
@@ -43,24 +44,53 @@ void tellUsage(QTextStream& stream)
     stream << "Lists take --json, commands --help. TAVLO_LOG=1 shows what the engine logs." << Qt::endl;
 }
 
-void tellUsage(const Command& command)
+void tellUsage(const Command& command, QTextStream& stream)
 {
     if (command.usage)
-        tavlo::host::out() << command.usage << Qt::endl;
+        stream << command.usage << Qt::endl;
     else
-        tavlo::host::out() << "usage: tavlo " << command.name << " [--json]" << Qt::endl;
+        stream << "usage: tavlo " << command.name << " [--json]" << Qt::endl;
 }
 
-void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) {}
+/// What ends the program is told whether or not the log is.
+void dropMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtFatalMsg)
+        tavlo::host::err() << text << Qt::endl;
+}
+
+bool hasWord(int argc, char** argv, const char* word)
+{
+    return std::any_of(argv, argv + argc, [word](const char* text) { return qstrcmp(text, word) == 0; });
+}
+
+/// Chooses how Qt shows windows, before it begins. The engine draws on X11, on Wayland through its bridge.
+/// \return false, with a word to the person, when there is no display to show one on
+bool choosePlatform(bool onScreen)
+{
+    if (!onScreen) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        return true;
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    if (!qgetenv("QT_QPA_PLATFORM").startsWith("xcb"))
+        return true;                                                 // the person's own choice
+    xcb_connection_t* const display = xcb_connect(nullptr, nullptr); // never null
+    const bool answers = xcb_connection_has_error(display) == 0;
+    xcb_disconnect(display);
+    if (!answers)
+        tavlo::host::err() << "--window: the display \"" << qEnvironmentVariable("DISPLAY") << "\" does not answer"
+                           << Qt::endl;
+    return answers;
+}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const bool onScreen =
-        std::any_of(argv, argv + argc, [](const char* text) { return qstrcmp(text, "--window") == 0; });
-    if (!onScreen)
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!choosePlatform(hasWord(argc, argv, "--window") && !hasWord(argc, argv, "--help")))
+        return tavlo::host::CouldNotStart;
     if (!qEnvironmentVariableIsSet("TAVLO_LOG"))
         qInstallMessageHandler(dropMessage);
     const QGuiApplication application(argc, argv);
@@ -74,8 +104,13 @@ int main(int argc, char** argv)
         return asked ? tavlo::host::Done : tavlo::host::WrongUse;
     }
     if (arguments.contains(QLatin1String("--help"))) {
-        tellUsage(*command);
+        tellUsage(*command, tavlo::host::out());
         return tavlo::host::Done;
     }
-    return command->run(arguments.mid(2));
+    const QStringList given = arguments.mid(2);
+    if (!command->usage && !given.isEmpty() && given != QStringList{QStringLiteral("--json")}) {
+        tellUsage(*command, tavlo::host::err());
+        return tavlo::host::WrongUse;
+    }
+    return command->run(given);
 }

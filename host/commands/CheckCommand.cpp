@@ -4,6 +4,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 namespace tavlo::host {
 namespace {
 
@@ -21,7 +23,7 @@ int checkFile(const QString& path, const QString& recordType)
     printFindings(path, findings);
     if (findings.isEmpty())
         out() << path << ": good as a " << (recordType.isEmpty() ? QStringLiteral("show") : recordType) << Qt::endl;
-    return findings.isEmpty() ? Done : LostSomething;
+    return findings.isEmpty() ? Done : WrongUse;
 }
 
 } // namespace
@@ -34,7 +36,8 @@ int checkCommand(const QStringList& arguments)
         recordType = files[place + 1];
         files.remove(place, 2);
     }
-    if (files.isEmpty() || files.first().startsWith(QLatin1String("--"))) {
+    const auto isOption = [](const QString& word) { return word.startsWith(QLatin1String("--")); };
+    if (files.isEmpty() || std::ranges::any_of(files, isOption)) {
         err() << checkUsage << Qt::endl;
         return WrongUse;
     }

@@ -8,9 +8,9 @@ namespace tavlo::host {
 inline constexpr const char* switchUsage =
     "usage: tavlo switch CLIP... [--effect NAME|NUMBER|random] [--every SECONDS] [--take-time SECONDS] "
     "[--size 1280x720] [--fps 25] [--record FILE] [--record-period SECONDS] [--stream URL] [--seconds N] [--window] "
-    "[--canvas 1280x720] [--snapshot FILE.png] [--quiet]";
+    "[--canvas 1280x720] [--snapshot FILE.png] [--quiet] [--json]";
 inline constexpr const char* runUsage = "usage: tavlo run SHOW.xml [--window] [--canvas 1280x720] [--seconds N] "
-                                        "[--record FILE] [--snapshot FILE.png] [--quiet]";
+                                        "[--record FILE] [--snapshot FILE.png] [--quiet] [--json]";
 inline constexpr const char* checkUsage = "usage: tavlo check [--record TYPE] FILE...";
 inline constexpr const char* probeUsage = "usage: tavlo probe FILE|URL [--json]";
 inline constexpr const char* paceUsage = "usage: tavlo pace [FRAMES-A-SECOND [SECONDS]]";

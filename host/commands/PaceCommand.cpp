@@ -23,7 +23,7 @@ int paceCommand(const QStringList& arguments)
 {
     const float fps = arguments.value(0, QStringLiteral("25")).toFloat();
     const int seconds = arguments.value(1, QStringLiteral("3")).toInt();
-    if (!(fps > 0.0F) || seconds < 1) {
+    if (!(fps > 0.0F && fps <= 1000.0F) || seconds < 1 || arguments.size() > 2) {
         err() << paceUsage << Qt::endl;
         return WrongUse;
     }

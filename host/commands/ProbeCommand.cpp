@@ -12,7 +12,7 @@ int probeCommand(const QStringList& arguments)
 {
     QStringList names = arguments;
     const bool json = names.removeAll(QStringLiteral("--json")) > 0;
-    if (names.size() != 1) {
+    if (names.size() != 1 || names.first().startsWith(u'-')) {
         err() << probeUsage << Qt::endl;
         return WrongUse;
     }
@@ -33,13 +33,15 @@ int probeCommand(const QStringList& arguments)
     LiveOptions options;
     options.quiet = true;
     LiveRun run(std::move(show), options);
-    if (const int status = run.run(); status != Done)
+    if (const int status = run.run(); status != Done) {
+        err() << "the engine could not start; what it said stands in the log (TAVLO_LOG=1 shows it)" << Qt::endl;
         return status;
+    }
     const LiveFigures& figures = run.figures();
     const bool isThere = !figures.sources.empty() && (figures.sources.front().statistics.width != 0 ||
                                                       figures.sources.front().statistics.audioSampleRate != 0);
     if (!isThere) {
-        err() << names.first() << ": nothing in it can be played" << Qt::endl;
+        err() << withoutSecrets(names.first()) << ": nothing in it can be played" << Qt::endl;
         return CouldNotStart;
     }
     const SourceFigures& found = figures.sources.front();

@@ -3,11 +3,13 @@
 #include "Console.h"
 #include "commands/Commands.h"
 #include "live/LiveRun.h"
+#include "live/MadeFiles.h"
 #include "show/CueArguments.h"
 #include "show/ShowFile.h"
 #include "show/SwitchShow.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -46,7 +48,7 @@ public:
             return fallback;
         bool good = false;
         const double value = text(name).toDouble(&good);
-        if (!good || value < least || value > most)
+        if (!good || !(value >= least && value <= most)) // no number is neither
             fail(QStringLiteral("--%1 %2: wants a number from %3 to %4")
                      .arg(QLatin1String(name), text(name))
                      .arg(least)
@@ -102,25 +104,35 @@ quint32 channelsFor(std::size_t sources)
 
 int putOn(Show show, const LiveOptions& options)
 {
-    const bool records = !show.outputs.empty();
+    const double fps = show.framesPerSecond();
+    const MadeFiles files(show, options.snapshot);
     LiveRun run(std::move(show), options);
     const int status = run.run();
     if (status != Done) {
         err() << "the engine could not start; what it said stands in the log (TAVLO_LOG=1 shows it)" << Qt::endl;
         return status;
     }
-    bool isWhole = true;
-    if (records && run.figures().output.recordState == tagTavloOutputStatistics::Waiting) {
-        err() << "the recording could not be written: the disk is full, gone or read-only" << Qt::endl;
-        isWhole = false;
-    }
+    QStringList faults = faultsOf(run.figures(), fps);
     for (const SourceFigures& source : run.figures().sources) {
-        if (source.wasThere)
-            continue;
-        err() << "channel " << source.channel << " (" << source.statistics.name << ") plays nothing" << Qt::endl;
-        isWhole = false;
+        if (!source.wasThere)
+            faults.append(
+                QStringLiteral("channel %1 (%2) plays nothing").arg(source.channel).arg(source.statistics.name));
     }
-    return std::max<int>(printSummary(run.figures()), isWhole ? Done : LostSomething);
+    if (!options.snapshot.isEmpty() && !files.hasPicture())
+        faults.append(QStringLiteral("%1: the picture could not be written").arg(options.snapshot));
+    for (const QString& fault : faults)
+        err() << fault << Qt::endl;
+    return std::max<int>(printSummary(run.figures(), fps, files.recordings(), options.json),
+                         faults.isEmpty() ? Done : LostSomething);
+}
+
+/// The options that both commands have.
+void addLiveOptions(Arguments& arguments)
+{
+    for (const char* name : {"seconds", "record", "canvas", "snapshot"})
+        arguments.add(name, "value");
+    for (const char* name : {"window", "quiet", "json"})
+        arguments.add(name);
 }
 
 LiveOptions optionsOf(Arguments& arguments)
@@ -130,30 +142,15 @@ LiveOptions optionsOf(Arguments& arguments)
     options.snapshot = arguments.text("snapshot");
     options.canvas = arguments.size("canvas", options.canvas);
     options.quiet = arguments.has("quiet");
+    options.json = arguments.has("json");
+    if (const QFileInfo picture(options.snapshot); !options.snapshot.isEmpty() && !picture.absoluteDir().exists())
+        arguments.fail(
+            QStringLiteral("--snapshot %1: there is no folder %2").arg(options.snapshot, picture.absolutePath()));
     return options;
 }
 
-} // namespace
-
-int switchCommand(const QStringList& given)
+void addClips(const QStringList& clips, Arguments& arguments, Show& show)
 {
-    Arguments arguments(switchUsage);
-    for (const char* name : {"effect", "every", "take-time", "size", "fps", "record", "record-period", "stream",
-                             "seconds", "canvas", "snapshot"})
-        arguments.add(name, "value");
-    arguments.add("window");
-    arguments.add("quiet");
-    arguments.parse(given);
-
-    Show show;
-    const QSize size = arguments.size("size", {1280, 720});
-    const double fps = arguments.number("fps", 25, 1, 240);
-    tagTavloVideoInfo& video = show.engine.videoInfo;
-    video.width = video.sourceWidth = size.width();
-    video.height = video.sourceHeight = size.height();
-    video.fpsNum = static_cast<qint32>(std::lround(fps));
-    show.seconds = arguments.number("seconds", 0, 0, 1e9);
-    const QStringList clips = arguments.names();
     if (clips.isEmpty() || clips.size() > TavloMixedChannelLimit)
         arguments.fail(QStringLiteral("wants 1 to %1 clips, addresses or devices").arg(TavloMixedChannelLimit));
     for (const QString& clip : clips) {
@@ -161,14 +158,15 @@ int switchCommand(const QStringList& given)
         QString error;
         source.channel = static_cast<int>(show.sources.size()) - 1;
         source.info = sourceNamed(clip, error);
-        source.picture.miscParam.name = QFileInfo(clip).completeBaseName();
+        source.picture.miscParam.name = labelOf(clip);
         if (!error.isEmpty())
             arguments.fail(error);
     }
     show.engine.channelCount = channelsFor(show.sources.size());
-    show.engine.pvmAudioDevName = QStringLiteral("None");
-    show.engine.pgmAudioDevName = arguments.has("window") ? QString() : QStringLiteral("None");
+}
 
+Rotation rotationOf(Arguments& arguments, const Show& show)
+{
     Rotation rotation;
     rotation.every = arguments.number("every", 5, 0.04, 1e6);
     rotation.channels = static_cast<int>(show.sources.size());
@@ -178,17 +176,52 @@ int switchCommand(const QStringList& given)
     if (rotation.effect.effect < 0)
         arguments.fail(QStringLiteral("--effect %1: there is no such transition; \"tavlo effects\" lists them")
                            .arg(arguments.text("effect")));
-    show.rotation = rotation;
+    return rotation;
+}
 
+/// Where the recording and the stream go.
+void addOutputs(Arguments& arguments, Show& show)
+{
     QString error;
     if (arguments.has("record") && !recordTo(arguments.text("record"), show, error))
         arguments.fail(error);
     if (arguments.has("stream") && !streamTo(arguments.text("stream"), show, error))
         arguments.fail(error);
     if (arguments.has("record-period")) {
+        if (!arguments.has("record"))
+            arguments.fail(QStringLiteral("--record-period: wants a --record as well"));
         for (ShowOutput& output : show.outputs)
             output.param.recordPeriod = static_cast<quint32>(arguments.number("record-period", 0, 0, 1e6));
     }
+    if (const QString fault = pictureFault(show); !fault.isEmpty())
+        arguments.fail(fault);
+}
+
+} // namespace
+
+int switchCommand(const QStringList& given)
+{
+    Arguments arguments(switchUsage);
+    for (const char* name : {"effect", "every", "take-time", "size", "fps", "record-period", "stream"})
+        arguments.add(name, "value");
+    addLiveOptions(arguments);
+    arguments.parse(given);
+
+    Show show;
+    const QSize size = arguments.size("size", {1280, 720});
+    const double fps = arguments.number("fps", 25, 1, 240);
+    if (fps != std::floor(fps))
+        arguments.fail(QStringLiteral("--fps %1: wants a whole number").arg(arguments.text("fps")));
+    tagTavloVideoInfo& video = show.engine.videoInfo;
+    video.width = video.sourceWidth = size.width();
+    video.height = video.sourceHeight = size.height();
+    video.fpsNum = static_cast<qint32>(fps);
+    show.seconds = arguments.number("seconds", 0, 0, 1e9);
+    show.engine.pvmAudioDevName = QStringLiteral("None");
+    show.engine.pgmAudioDevName = arguments.has("window") ? QString() : QStringLiteral("None");
+    addClips(arguments.names(), arguments, show);
+    show.rotation = rotationOf(arguments, show);
+    addOutputs(arguments, show);
     const LiveOptions options = optionsOf(arguments);
     return arguments.areGood() ? putOn(std::move(show), options) : WrongUse;
 }
@@ -196,10 +229,7 @@ int switchCommand(const QStringList& given)
 int runCommand(const QStringList& given)
 {
     Arguments arguments(runUsage);
-    for (const char* name : {"seconds", "record", "canvas", "snapshot"})
-        arguments.add(name, "value");
-    arguments.add("window");
-    arguments.add("quiet");
+    addLiveOptions(arguments);
     arguments.parse(given);
     if (arguments.names().size() != 1)
         arguments.fail(QStringLiteral("wants one show file"));
@@ -222,7 +252,9 @@ int runCommand(const QStringList& given)
     if (arguments.has("seconds"))
         read.show.seconds = seconds;
     QString error;
-    if (arguments.has("record") && !recordTo(arguments.text("record"), read.show, error)) {
+    if (arguments.has("record") && recordTo(arguments.text("record"), read.show, error))
+        error = pictureFault(read.show);
+    if (!error.isEmpty()) {
         err() << error << Qt::endl;
         return WrongUse;
     }

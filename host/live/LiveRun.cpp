@@ -6,10 +6,13 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QJsonArray>
 #include <QThread>
 #include <QThreadPool>
 #include <QWindow>
 
+#include <algorithm>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tavlo::host {
@@ -47,11 +50,18 @@ tagTavloWindowInfo placementOf(const QWindow& window)
     return info;
 }
 
+/// The width of the terminal behind standard error, characters.
+qsizetype terminalWidth()
+{
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : 80;
+}
+
 /// One line that is written over on a terminal, a line a second into a pipe.
 class StatusOutput
 {
 public:
-    explicit StatusOutput(bool quiet) : _quiet(quiet), _isTerminal(isatty(STDERR_FILENO) == 1) {}
+    StatusOutput(bool quiet, bool json) : _quiet(quiet), _json(json), _isTerminal(isatty(STDERR_FILENO) == 1) {}
     ~StatusOutput()
     {
         if (_isTerminal && _width > 0)
@@ -60,21 +70,30 @@ public:
     StatusOutput(const StatusOutput&) = delete;
     StatusOutput& operator=(const StatusOutput&) = delete;
 
-    void show(const QString& line)
+    void show(const LiveFigures& figures, double framesPerSecond)
     {
-        if (_quiet || line == _last)
+        if (_quiet || (figures.frames == _frames && figures.missedFrames == _missed))
             return;
-        _last = line;
-        if (_isTerminal)
-            err() << '\r' << line.leftJustified(_width) << Qt::flush;
+        _frames = figures.frames;
+        _missed = figures.missedFrames;
+        if (_json)
+            printLine(statusObject(figures, framesPerSecond));
+        else if (_isTerminal)
+            overwrite(statusLine(figures, framesPerSecond));
         else
-            err() << line << Qt::endl;
-        _width = line.size();
+            err() << statusLine(figures, framesPerSecond) << Qt::endl;
     }
 
 private:
-    const bool _quiet, _isTerminal;
-    QString _last;
+    void overwrite(const QString& line)
+    {
+        const QString shown = line.left(terminalWidth() - 1); // a longer one would leave its first rows behind
+        err() << '\r' << shown.leftJustified(std::min(_width, terminalWidth() - 1)) << Qt::flush;
+        _width = shown.size();
+    }
+
+    const bool _quiet, _json, _isTerminal;
+    quint64 _frames = 0, _missed = 0;
     qsizetype _width = 0;
 };
 
@@ -84,19 +103,22 @@ LiveRun::LiveRun(Show show, LiveOptions options)
     : _framesPerSecond(show.framesPerSecond()), _options(std::move(options)), _engine(std::move(show))
 {
     _engine.setSnapshot(_options.snapshot);
+    if (_options.multiView)
+        _engine.drawMultiView();
 }
 
 LiveRun::~LiveRun() = default;
 
 int LiveRun::run()
 {
+    const StopSignals stop; // until all is written
     tagTavloWindowInfo window;
     window.rect = QRect(QPoint(0, 0), _options.canvas);
     if (_options.window)
         openWindow(window);
     _engine.start(_engine.hostSink(), TavloPresentThreadModeThread);
     _engine.open(window);
-    follow();
+    follow(stop);
     close();
     return _engine.failed() ? CouldNotStart : Done;
 }
@@ -116,18 +138,17 @@ void LiveRun::openWindow(tagTavloWindowInfo& info)
     _window = std::move(window);
 }
 
-void LiveRun::follow()
+void LiveRun::follow(const StopSignals& stop)
 {
-    const StopSignals signals_;
-    StatusOutput status(_options.quiet);
+    StatusOutput status(_options.quiet, _options.json);
     while (_engine.phase() != ShowEngine::Phase::Over && !_engine.failed()) {
         QCoreApplication::processEvents();
         QThread::msleep(tick);
         const LiveFigures figures = _engine.figures();
-        if (signals_.asked() || (onTick && !onTick(_engine.phase(), figures)))
+        if (stop.asked() || (onTick && !onTick(_engine.phase(), figures)))
             _engine.endShow();
         if (_engine.phase() == ShowEngine::Phase::Rolling && figures.frames > 0)
-            status.show(statusLine(figures, _framesPerSecond));
+            status.show(figures, _framesPerSecond);
     }
     _figures = _engine.figures();
 }
@@ -144,13 +165,28 @@ void LiveRun::close()
     QThreadPool::globalInstance()->waitForDone(); // saved pictures
 }
 
-int printSummary(const LiveFigures& figures)
+int printSummary(const LiveFigures& figures, double framesPerSecond, const QStringList& files, bool json)
 {
     const QList<Loss> losses = lossesOf(figures);
-    out() << figures.frames << " frames, " << figures.output.codedPictures << " coded so far";
-    if (losses.isEmpty())
-        out() << ", nothing lost";
-    out() << '\n';
+    if (json) {
+        QJsonObject summary = statusObject(figures, framesPerSecond);
+        summary[QStringLiteral("files")] = QJsonArray::fromStringList(files);
+        summary[QStringLiteral("over")] = true;
+        printLine(summary);
+        return losses.isEmpty() ? Done : LostSomething;
+    }
+    out() << figures.frames << " frames" << (losses.isEmpty() ? ", nothing lost\n" : "\n");
+    for (const OutputFigures& output : figures.outputs) {
+        const tagTavloOutputStatistics& s = output.statistics;
+        out() << "output " << output.index << ": " << s.codedPictures << " pictures coded";
+        if (s.codedPictures > 0 && s.recordWritten > 0)
+            out() << ", " << s.recordWritten << " recorded";
+        if (s.codedPictures > 0 && s.netWritten > 0)
+            out() << ", " << s.netWritten << " sent";
+        out() << '\n';
+    }
+    for (const QString& file : files)
+        out() << "recorded: " << file << '\n';
     for (const Loss& loss : losses)
         out() << "lost: " << loss.cause << ", " << loss.culprit << ": " << loss.count << '\n';
     out().flush();

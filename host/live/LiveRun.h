@@ -12,13 +12,17 @@ class QWindow;
 
 namespace tavlo::host {
 
+class StopSignals;
+
 /// How a show is put on.
 struct LiveOptions
 {
     bool window = false;     ///< the multi-view on the screen
     QSize canvas{1280, 720}; ///< of the multi-view
     QString snapshot;        ///< file for its picture at the end
+    bool multiView = false;  ///< without a window it is drawn in every frame all the same
     bool quiet = false;      ///< no status lines
+    bool json = false;       ///< status lines for programs, on standard output
 };
 
 /// Runs a show from its start to its end, the event loop of the main thread alive meanwhile.
@@ -41,7 +45,7 @@ public:
 
 private:
     void openWindow(tagTavloWindowInfo& info);
-    void follow();
+    void follow(const StopSignals& stop);
     void close();
 
     const double _framesPerSecond;
@@ -51,7 +55,8 @@ private:
     LiveFigures _figures;
 };
 
-/// Prints what a run has lost, and what it has not. \return LostSomething or Done
-int printSummary(const LiveFigures& figures);
+/// Prints what a run has made and what it has lost. \return LostSomething or Done
+/// \param files  that were recorded
+int printSummary(const LiveFigures& figures, double framesPerSecond, const QStringList& files, bool json);
 
 } // namespace tavlo::host

@@ -7,11 +7,65 @@
 namespace tavlo::host {
 namespace {
 
-constexpr double patience = 8.0; ///< seconds that a show waits for a source without a picture
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto patience = 8s;        ///< that a show waits for a source without a picture
+constexpr auto recordPatience = 75s; ///< that it waits for the end of a recording: a file gets a minute
+constexpr auto streamPatience = 15s; ///< and of a stream
 
 ITavloPresentSource* sourceOf(const QVariant& pointer)
 {
     return reinterpret_cast<ITavloPresentSource*>(static_cast<quintptr>(pointer.toULongLong()));
+}
+
+/// The outputs that code something, from the start or by a cue. The others keep no account.
+std::vector<OutputFigures> codedOutputs(const Show& show)
+{
+    std::vector<OutputFigures> outputs;
+    for (int index = 0; index < TavloPresentOutputIndexCount; ++index) {
+        OutputFigures figures;
+        figures.index = index;
+        for (const ShowOutput& output : show.outputs) {
+            figures.records |= output.index == index && output.type == TavloPresentOutputTypeRecord;
+            figures.streams |= output.index == index && output.type == TavloPresentOutputTypeNet;
+        }
+        const bool isCued = std::ranges::any_of(show.cues, [index](const Cue& cue) {
+            return cue.event == TavloEventStartOutput && cue.arguments[0].toInt() == index &&
+                   isCoded(static_cast<TavloPresentOutputType>(cue.arguments[1].toInt()));
+        });
+        if (figures.records || figures.streams || isCued)
+            outputs.push_back(figures);
+    }
+    return outputs;
+}
+
+/// States and rates of what has ended are those of its last moment.
+void keepRates(const tagTavloOutputStatistics& last, tagTavloOutputStatistics& ended)
+{
+    ended.recordState = last.recordState;
+    ended.netState = last.netState;
+    ended.recordRatePair1 = last.recordRatePair1;
+    ended.recordRatePair2 = last.recordRatePair2;
+    ended.netRatePair1 = last.netRatePair1;
+    ended.netRatePair2 = last.netRatePair2;
+    ended.workerTotal = std::max(ended.workerTotal, last.workerTotal);
+}
+
+/// Whether everything that an output coded is accounted for, so that its figures are the last.
+bool isAccounted(const OutputFigures& now, const OutputFigures& atEnd)
+{
+    const tagTavloOutputStatistics& s = now.statistics;
+    const bool isCoded = s.committedPictures + s.repeatedPictures ==
+                         s.droppedPictures + s.latePictures + s.encoderDropped + s.skippedPictures + s.codedPictures;
+    // What a cue has begun got a part of the coded pictures.
+    const auto isWritten = [&s](bool gotAll, quint32 before, quint32 state, quint64 sum) {
+        constexpr quint32 off = tagTavloOutputStatistics::Off;
+        return before == off || (state == off && (!gotAll || sum >= s.codedPictures));
+    };
+    return isCoded &&
+           isWritten(now.records, atEnd.statistics.recordState, s.recordState, s.recordWritten + s.recordDropped) &&
+           isWritten(now.streams, atEnd.statistics.netState, s.netState, s.netWritten + s.netDropped);
 }
 
 } // namespace
@@ -32,7 +86,9 @@ private:
     ShowEngine& _engine;
 };
 
-ShowEngine::ShowEngine(Show show) : _show(std::move(show)), _sink(std::make_unique<Sink>(*this)) {}
+ShowEngine::ShowEngine(Show show)
+    : _show(std::move(show)), _outputs(codedOutputs(_show)), _sink(std::make_unique<Sink>(*this))
+{}
 
 ShowEngine::~ShowEngine() = default;
 
@@ -103,6 +159,7 @@ void ShowEngine::openSources()
     postEvent(TavloEventSelectChannel, TavloPresentChannelIDPGM, _show.sources.front().channel);
     const ShowSource& next = _show.sources.size() > 1 ? _show.sources[1] : _show.sources.front();
     postEvent(TavloEventSelectChannel, TavloPresentChannelIDPVM, next.channel);
+    _since = Clock::now();
     _phase = Phase::Waiting;
 }
 
@@ -120,22 +177,23 @@ bool ShowEngine::arePicturesThere()
 
 bool ShowEngine::onThreadStep(const quint64& time, const quint64& frameId, const quint64& clockMicroseconds)
 {
-    const auto begun = std::chrono::steady_clock::now();
+    const auto begun = Clock::now();
     const bool result = TavloPresentEngine::onThreadStep(time, frameId, clockMicroseconds);
-    const std::chrono::duration<float, std::milli> taken = std::chrono::steady_clock::now() - begun;
+    const std::chrono::duration<float, std::milli> taken = Clock::now() - begun;
     if (_stepTimes && _phase == Phase::Rolling && _stepTimes->size() < _stepTimes->capacity())
         _stepTimes->push_back(taken.count());
     const double fps = _show.framesPerSecond();
     if (_phase == Phase::Waiting) {
-        ++_waited;
         if (_endAsked)
             end();
-        else if (arePicturesThere() || static_cast<double>(_waited) > patience * fps)
+        else if (arePicturesThere() || Clock::now() - _since > patience)
             begin();
     } else if (_phase == Phase::Rolling) {
         ++_frames;
-        if (_frames % static_cast<quint64>(std::max(1.0, std::round(fps))) == 0)
+        if (_frames % static_cast<quint64>(std::max(1.0, std::round(fps))) == 0) {
             measure();
+            askForMultiView();
+        }
         const double elapsed = showTime();
         const bool outOfTime = _show.seconds > 0 && elapsed * fps >= std::round(_show.seconds * fps);
         const bool allPlayed = _ended.size() == _show.sources.size() &&
@@ -144,6 +202,8 @@ bool ShowEngine::onThreadStep(const quint64& time, const quint64& frameId, const
             end();
         else
             postCues(elapsed);
+    } else if (_phase == Phase::Ending) {
+        awaitOutputs();
     }
     return result;
 }
@@ -160,6 +220,7 @@ void ShowEngine::begin()
     for (const ShowOutput& output : _show.outputs)
         postEvent(TavloEventStartOutput, output.index, output.type, QVariant::fromValue(output.param));
     postCues(0.0);
+    askForMultiView();
     _phase = Phase::Rolling;
 }
 
@@ -184,10 +245,34 @@ void ShowEngine::end()
     measure();
     if (!_snapshot.isEmpty())
         postEvent(TavloEventSaveChannelPicture, TavloPresentChannelIDCanvas, _snapshot);
-    if (_phase == Phase::Rolling) {
-        for (const ShowOutput& output : _show.outputs)
-            postEvent(TavloEventStopOutput, output.index, output.type);
+    const bool rolled = _phase == Phase::Rolling;
+    for (const ShowOutput& output : _show.outputs)
+        postEvent(TavloEventStopOutput, output.index, output.type);
+    for (const OutputFigures& output : _outputs) { // cues may have begun them as well
+        postEvent(TavloEventStopOutput, output.index, TavloPresentOutputTypeRecord);
+        postEvent(TavloEventStopOutput, output.index, TavloPresentOutputTypeNet);
     }
+    _since = Clock::now();
+    _phase = rolled && !_outputs.empty() ? Phase::Ending : Phase::Over;
+}
+
+/// The outputs end on threads of their own; their figures are complete when each picture stands in one of the accounts.
+void ShowEngine::awaitOutputs()
+{
+    std::vector<OutputFigures> outputs = measureOutputs();
+    const std::scoped_lock lock(_lock);
+    bool records = false, accounted = true;
+    for (std::size_t i = 0; i < outputs.size(); ++i) {
+        const OutputFigures& atEnd = _figures.outputs[i];
+        records = records || atEnd.statistics.recordState != tagTavloOutputStatistics::Off;
+        accounted = accounted && isAccounted(outputs[i], atEnd); // before it is given the old states
+        keepRates(atEnd.statistics, outputs[i].statistics);
+        outputs[i].missedFrames = atEnd.missedFrames;
+    }
+    const bool tooLong = Clock::now() - _since > (records ? recordPatience : streamPatience);
+    if (!accounted && !tooLong)
+        return;
+    _figures.outputs = std::move(outputs);
     _phase = Phase::Over;
 }
 
@@ -203,13 +288,32 @@ void ShowEngine::measure()
         item.isPlaying = source->getState() == TavloPresentSourceStatePlaying;
         source->getLength(item.length);
         item.statistics = *source->getStatistics();
+        item.statistics.name = withoutSecrets(item.statistics.name);
         if (item.statistics.width != 0 || item.statistics.audioSampleRate != 0)
             _seen.insert(channel);
         item.wasThere = _seen.contains(channel);
     }
-    getOutputStatistics(figures.output);
+    figures.outputs = measureOutputs();
+    for (OutputFigures& output : figures.outputs) {
+        if (output.records || output.streams) // each frame of theirs was committed as it was stepped
+            output.missedFrames = _frames - std::min(_frames, output.statistics.committedPictures);
+    }
     const std::scoped_lock lock(_lock);
     _figures = std::move(figures);
+}
+
+std::vector<OutputFigures> ShowEngine::measureOutputs()
+{
+    std::vector<OutputFigures> outputs = _outputs;
+    for (OutputFigures& output : outputs)
+        getOutputStatistics(output.index, output.statistics);
+    return outputs;
+}
+
+void ShowEngine::askForMultiView()
+{
+    if (_drawsMultiView)
+        postEvent(TavloEventSaveChannelPicture, TavloPresentChannelIDCanvas, QString());
 }
 
 } // namespace tavlo::host

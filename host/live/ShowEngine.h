@@ -7,6 +7,7 @@
 #include <tavlo/TavloPresentEngine.h>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <set>
@@ -24,6 +25,7 @@ public:
         Idle,    ///< nothing is open
         Waiting, ///< for pictures
         Rolling,
+        Ending, ///< the show is over, its outputs write their ends
         Over,
         Gone, ///< the engine's world has been destroyed
     };
@@ -44,11 +46,14 @@ public:
     Phase phase() const { return _phase; }
     bool failed() const { return _failed; }
 
-    /// As it was measured last: once a second, and at the end. Any thread.
+    /// As it was measured last: once a second, and when the outputs have ended. Any thread.
     LiveFigures figures() const;
 
     /// Picture of the multi-view, saved as the show ends. Before `start`.
     void setSnapshot(const QString& path) { _snapshot = path; }
+
+    /// Has the multi-view drawn in every frame, though nobody sees it. Before `start`.
+    void drawMultiView() { _drawsMultiView = true; }
 
     /// Keeps how long each step of the show takes, milliseconds, as far as the vector's capacity goes. Lent; before
     /// `start`, to be read when the show is over.
@@ -69,10 +74,15 @@ private:
     void begin();
     void postCues(double until);
     void end();
+    void awaitOutputs();
     void measure();
+    std::vector<OutputFigures> measureOutputs();
+    void askForMultiView();
 
     const Show _show;
+    const std::vector<OutputFigures> _outputs; ///< those that the show uses, without figures
     QString _snapshot;
+    bool _drawsMultiView = false;
     std::vector<float>* _stepTimes = nullptr;
     const std::unique_ptr<Sink> _sink;
 
@@ -83,10 +93,10 @@ private:
 
     // frame thread
     std::map<int, CountedPtr<ITavloPresentSource>> _playing;
-    std::set<int> _seen;        ///< channels that had a picture or sound
-    std::map<int, bool> _ended; ///< lists that play once, and whether they have ended
-    quint64 _waited = 0;        ///< frames
-    quint64 _frames = 0;        ///< of the show
+    std::set<int> _seen;                          ///< channels that had a picture or sound
+    std::map<int, bool> _ended;                   ///< lists that play once, and whether they have ended
+    std::chrono::steady_clock::time_point _since; ///< when the phase began
+    quint64 _frames = 0;                          ///< of the show
     quint64 _missedBefore = 0;
     std::size_t _nextCue = 0;
     quint64 _takes = 0; ///< of the rotation

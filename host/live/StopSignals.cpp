@@ -12,26 +12,28 @@ namespace tavlo::host {
 namespace {
 
 constexpr std::array stopSignals{SIGINT, SIGTERM, SIGHUP};
-constexpr std::time_t impatience = 2; // seconds
+constexpr qint64 impatience = 2000; // milliseconds
 
-std::atomic<std::time_t> firstAsked = 0;
+/// When it was asked last, milliseconds of the monotonic clock; 0: never.
+std::atomic<qint64> lastAsked = 0;
+static_assert(std::atomic<qint64>::is_always_lock_free);
 
 /// In a signal handler: nothing but what is safe there.
 void onSignal(int)
 {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    std::time_t never = 0;
-    if (!firstAsked.compare_exchange_strong(never, now.tv_sec + 1) && now.tv_sec + 1 - never <= impatience)
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    const qint64 now = static_cast<qint64>(time.tv_sec) * 1000 + time.tv_nsec / 1'000'000;
+    const qint64 before = lastAsked.exchange(now);
+    if (before != 0 && now - before <= impatience)
         _exit(LostSomething);
-    firstAsked = now.tv_sec + 1;
 }
 
 } // namespace
 
 StopSignals::StopSignals()
 {
-    firstAsked = 0;
+    lastAsked = 0;
     for (const int signal : stopSignals)
         std::signal(signal, onSignal);
 }
@@ -42,6 +44,6 @@ StopSignals::~StopSignals()
         std::signal(signal, SIG_DFL);
 }
 
-bool StopSignals::asked() const { return firstAsked != 0; }
+bool StopSignals::asked() const { return lastAsked != 0; }
 
 } // namespace tavlo::host

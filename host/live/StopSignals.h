@@ -3,7 +3,7 @@
 namespace tavlo::host {
 
 /// Control-C and its kin, as long as the object lives: the first one asks the program to end what it does, a second one
-/// within two seconds ends the program at once.
+/// within two seconds ends the program at once. One object at a time.
 class StopSignals
 {
 public:

@@ -63,4 +63,19 @@ struct Show
     double framesPerSecond() const { return double(engine.videoInfo.fpsNum) / engine.videoInfo.fpsDen; }
 };
 
+/// Whether an output can be of that type: one number among them is none.
+constexpr bool isOutputType(int type) { return type >= 0 && type < TavloPresentOutputTypeCount && type != 4; }
+
+/// Whether pictures are coded for an output of that type.
+constexpr bool isCoded(TavloPresentOutputType type)
+{
+    return type == TavloPresentOutputTypeRecord || type == TavloPresentOutputTypeNet;
+}
+
+/// Why no engine can be made for the show's pictures, or none of its outputs can take them; empty where all is well.
+QString pictureFault(const Show& show);
+
+/// Why this build opens nothing for such a source; empty for one that it opens.
+QString sourceFault(const tagTavloPresentSourceInfo& info);
+
 } // namespace tavlo::host

@@ -1,8 +1,11 @@
 #include "show/SwitchShow.h"
 
+#include "live/LiveFigures.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QUrl>
+#include <QUrlQuery>
 
 #include <algorithm>
 
@@ -20,15 +23,76 @@ tagTavloPresentOutputParam& paramOf(Show& show, TavloPresentOutputType type)
     return output.param;
 }
 
+bool isAddress(const QString& name)
+{
+    static constexpr const char* prefixes[]{"ndi:", "irtmp:", "tvmp:", "tvtp:"};
+    return name.contains(QLatin1String("://")) || std::ranges::any_of(prefixes, [&name](const char* prefix) {
+               return name.startsWith(QLatin1String(prefix));
+           });
+}
+
+bool isDevice(const QString& name)
+{
+    return name.startsWith(QLatin1String("/dev/")) || name == QLatin1String("desktop") ||
+           name.startsWith(QLatin1String("desktop:"));
+}
+
+/// SRT: what the settings have fields for goes there, the rest is handed on as it is written.
+bool streamBySrt(const QUrl& url, tagTavloPresentOutputParam& param, QString& error)
+{
+    param.peerEnabled = 1;
+    param.peerMode = 1;
+    param.peerAddress = url.host();
+    param.peerPort = static_cast<quint16>(url.port(9000));
+    param.peerPath.clear();
+    param.peerOption.clear();
+    QStringList rest;
+    const auto items = QUrlQuery(url).queryItems(QUrl::FullyEncoded);
+    for (const auto& [key, value] : items) {
+        if (key == QLatin1String("streamid"))
+            param.peerPath = value;
+        else if (key != QLatin1String("mode"))
+            rest.append(key + u'=' + value);
+        else if (value == QLatin1String("listener"))
+            param.peerMode = 0;
+        else if (value != QLatin1String("caller"))
+            error = QStringLiteral("mode=%1: wants caller or listener").arg(value);
+    }
+    param.peerOption = rest.join(u'&');
+    return error.isEmpty();
+}
+
+bool streamByUdp(const QUrl& url, tagTavloPresentOutputParam& param, QString& error)
+{
+    param.multicastEnabled = 1;
+    param.multicastAddress = url.host();
+    param.multicastPort = static_cast<quint16>(url.port(8000));
+    const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
+    for (const auto& [key, value] : items) {
+        bool good = true;
+        if (key == QLatin1String("ttl"))
+            param.multicastTtl = std::min<quint16>(value.toUShort(&good), 255);
+        else if (key == QLatin1String("pkt_size"))
+            param.multicastPacketSize = value.toUShort(&good);
+        else if (key == QLatin1String("localaddr"))
+            param.multicastInterface = value;
+        else
+            error = QStringLiteral("%1: udp takes ttl, localaddr and pkt_size").arg(key);
+        if (!good)
+            error = QStringLiteral("%1=%2: wants a number").arg(key, value);
+    }
+    return error.isEmpty();
+}
+
 } // namespace
 
 tagTavloPresentSourceInfo sourceNamed(const QString& name, QString& error)
 {
     tagTavloPresentSourceInfo info;
-    if (name.contains(QLatin1String("://"))) {
+    if (isAddress(name)) {
         info.type = TavloPresentSourceTypeURL;
         info.url = name;
-    } else if (name.startsWith(QLatin1String("/dev/video"))) {
+    } else if (isDevice(name)) {
         info.type = TavloPresentSourceTypeDevice;
         info.videoDeviceName = name;
         info.audioDeviceName = QStringLiteral("None");
@@ -41,6 +105,15 @@ tagTavloPresentSourceInfo sourceNamed(const QString& name, QString& error)
             error = QStringLiteral("%1: may not be read").arg(name);
     }
     return info;
+}
+
+QString labelOf(const QString& name)
+{
+    if (const QString host = QUrl(name).host(); !host.isEmpty())
+        return host;
+    if (isAddress(name))
+        return name.contains(QLatin1String("://")) ? name.section(u':', 0, 0) : name.section(u':', 1);
+    return isDevice(name) ? QFileInfo(name).fileName() : QFileInfo(name).completeBaseName();
 }
 
 bool recordTo(const QString& file, Show& show, QString& error)
@@ -65,27 +138,28 @@ bool streamTo(const QString& address, Show& show, QString& error)
 {
     const QUrl url(address);
     const QString scheme = url.scheme();
+    const bool mayListen = scheme == QLatin1String("srt");
+    if (!url.isValid() || (url.host().isEmpty() && !mayListen)) {
+        error = QStringLiteral("%1: no address to stream to").arg(withoutSecrets(address));
+        return false;
+    }
     tagTavloPresentOutputParam& param = paramOf(show, TavloPresentOutputTypeNet);
     if (scheme == QLatin1String("rtmp") || scheme == QLatin1String("rtmps")) {
         param.rtmp1Enabled = 1;
         param.rtmp1Url = address;
     } else if (scheme == QLatin1String("srt")) {
-        param.peerEnabled = 1;
-        param.peerMode = 1;
-        param.peerAddress = url.host();
-        param.peerPort = static_cast<quint16>(url.port(9000));
+        return streamBySrt(url, param, error);
+    } else if (scheme == QLatin1String("udp")) {
+        return streamByUdp(url, param, error);
     } else if (scheme == QLatin1String("tcp")) {
         param.push2Enabled = 1;
         param.push2Paths[0] = address;
-    } else if (scheme == QLatin1String("udp")) {
-        param.multicastEnabled = 1;
-        param.multicastAddress = url.host();
-        param.multicastPort = static_cast<quint16>(url.port(8000));
     } else if (scheme == QLatin1String("http") || scheme == QLatin1String("https")) {
         param.pushEnabled = 1;
         param.pushPath = address;
     } else {
-        error = QStringLiteral("%1: streams go to rtmp, srt, tcp, udp, http or https addresses").arg(address);
+        error = QStringLiteral("%1: streams go to rtmp, srt, tcp, udp, http or https addresses")
+                    .arg(withoutSecrets(address));
         return false;
     }
     return true;

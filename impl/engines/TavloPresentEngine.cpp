@@ -34,6 +34,11 @@ void TavloPresentEngine::getOutputStatistics(tagTavloOutputStatistics& statistic
     _private->getOutputStatistics(statistics);
 }
 
+void TavloPresentEngine::getOutputStatistics(int index, tagTavloOutputStatistics& statistics)
+{
+    _private->outputStatistics(index, statistics);
+}
+
 void TavloPresentEngine::onThreadBegin()
 {
     TavloPresentThread::onThreadBegin();

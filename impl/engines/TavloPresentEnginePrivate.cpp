@@ -64,8 +64,13 @@ QVariant TavloPresentEnginePrivate::onThreadEvent(qulonglong event, QVariant& a1
 
 void TavloPresentEnginePrivate::getOutputStatistics(tagTavloOutputStatistics& statistics)
 {
+    outputStatistics(0, statistics);
+}
+
+void TavloPresentEnginePrivate::outputStatistics(int index, tagTavloOutputStatistics& statistics)
+{
     if (_channels.program() && _channels.program()->outputTarget())
-        _channels.program()->outputTarget()->getStatistics(0, &statistics);
+        _channels.program()->outputTarget()->getStatistics(index, &statistics);
 }
 
 QString TavloPresentEnginePrivate::findFont(QString name) { return tavlo::findFont(_fontList, name); }
@@ -110,11 +115,11 @@ void TavloPresentEnginePrivate::saveChannelPicture(int channelId, const QString&
 {
     if (TavloPresentChannelRich* const channel = _channels.find(channelId)) {
         channel->savePicture(path, size);
-    } else if (channelId == static_cast<int>(TavloPresentChannelIDCanvas) && !path.isEmpty()) {
-        if (const graphics::TexturePtr canvas = _world.canvasPicture())
-            savePicture(*_world.device(), *_world.context(), canvas, path, size);
-        else
-            qDebug() << "failed to save picture" << path << "of a canvas that is a window";
+    } else if (channelId == static_cast<int>(TavloPresentChannelIDCanvas) && _world.view()) {
+        const graphics::TexturePtr canvas = _world.canvasPicture(); // asked for, though nothing may be saved
+        if (!path.isEmpty())
+            savePicture(*_world.device(), *_world.context(), canvas ? canvas : _world.view()->backBuffer(), path, size,
+                        !canvas);
     }
 }
 

@@ -31,6 +31,9 @@ public:
     virtual void onThreadEnd() {}
     virtual QVariant onThreadEvent(qulonglong event, QVariant& a1, QVariant& a2, QVariant& a3, QVariant& a4);
 
+    /// The figures of one of the program's outputs; without a program the record stays as it is. Frame thread.
+    void outputStatistics(int index, tagTavloOutputStatistics& statistics);
+
     // ITavloPresentEnginePrivate
     void destroy() override {} // the engine's own
     tagTavloPresentEngineInfo& engineInfo() override { return _engineInfo; }

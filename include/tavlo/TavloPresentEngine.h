@@ -33,6 +33,9 @@ public:
     /// The figures of the program's first output; without a program the record stays as it is. Frame thread.
     virtual void getOutputStatistics(tagTavloOutputStatistics& statistics);
 
+    /// The same of any output. Frame thread. \param index  0 to 3; others leave the record as it is
+    void getOutputStatistics(int index, tagTavloOutputStatistics& statistics);
+
 protected:
     /// For engines that go about it in another way.
     explicit TavloPresentEngine(std::unique_ptr<TavloPresentEnginePrivate> implementation);

@@ -2,6 +2,7 @@
 #include "support/WindowPixels.h"
 
 #include <QDeadlineTimer>
+#include <QThreadPool>
 
 using namespace tavlo;
 using namespace tavlo::test;
@@ -47,6 +48,13 @@ TEST_F(WindowedEngine, ComesAndGoesOnTheHostsWindow)
         const int x = static_cast<int>(program.minX() + program.width / 4);
         const int y = 400 - static_cast<int>(program.minY() + program.height * 3 / 4);
         EXPECT_TRUE(shows(x, y, QColor(TestSource::redOf(1), 0, 250)));
+
+        const QString path = cache.filePath("canvas.png");
+        send(TavloEventSaveChannelPicture, TavloPresentChannelIDCanvas, path);
+        QThreadPool::globalInstance()->waitForDone();
+        const QImage saved(path);
+        ASSERT_EQ(saved.size(), QSize(640, 400));
+        EXPECT_EQ(saved.pixelColor(x, y), QColor(TestSource::redOf(1), 0, 250)) << "upright, as the window shows it";
         send(TavloEventDestroyEngine);
         releaseSources();
     }

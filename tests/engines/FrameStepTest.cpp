@@ -108,6 +108,9 @@ TEST_F(EngineStage, TheCanvasIsDrawnForWhomLooks)
         step(30);
         EXPECT_EQ(passes(), 2U) << "nobody looks any more";
     }
+    send(TavloEventSaveChannelPicture, TavloPresentChannelIDCanvas, QString());
+    step(2);
+    EXPECT_EQ(passes(), 3U) << "asked for, though nothing is saved";
 }
 
 TEST_F(EngineStage, LevelBarsStandOnTheViews)

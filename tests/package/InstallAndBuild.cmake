@@ -12,6 +12,18 @@ run("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${FOLDER}/host" -G Ninja -D "CMAKE_PRE
 run("${CMAKE_COMMAND}" --build "${FOLDER}/host")
 run("${FOLDER}/host/host")
 
+# The example that the project shows first is a whole host as well.
+file(READ "${README}" example)
+string(FIND "${example}" "```cpp\n" begin)
+math(EXPR begin "${begin} + 7")
+string(SUBSTRING "${example}" ${begin} -1 example)
+string(FIND "${example}" "```" end)
+string(SUBSTRING "${example}" 0 ${end} example)
+file(WRITE "${FOLDER}/example/main.cpp" "${example}")
+file(COPY "${SOURCE}/CMakeLists.txt" DESTINATION "${FOLDER}/example")
+run("${CMAKE_COMMAND}" -S "${FOLDER}/example" -B "${FOLDER}/example/build" -G Ninja -D "CMAKE_PREFIX_PATH=${FOLDER}/tree")
+run("${CMAKE_COMMAND}" --build "${FOLDER}/example/build")
+
 file(GLOB_RECURSE pc "${FOLDER}/tree/*/tavlo.pc")
 get_filename_component(pc_folder "${pc}" DIRECTORY)
 run("${CMAKE_COMMAND}" -E env "PKG_CONFIG_PATH=${pc_folder}" pkg-config --exists tavlo)
