@@ -70,12 +70,32 @@ void PlayClock::setRate(double rate)
 {
     {
         const std::scoped_lock lock(_lock);
-        anchor(_time->now());
-        _offset *= rate / _rate; // it is a time of the sink's
-        _settledOffset *= rate / _rate;
-        _rate = rate;
+        _wantedRate = rate;
+        applyRate();
     }
     _changed.notify_all();
+}
+
+void PlayClock::setLive(bool live)
+{
+    {
+        const std::scoped_lock lock(_lock);
+        _live = live;
+        applyRate();
+    }
+    _changed.notify_all();
+}
+
+/// Under the lock.
+void PlayClock::applyRate()
+{
+    const double rate = _live ? 1.0 : _wantedRate;
+    if (rate == _rate)
+        return;
+    anchor(_time->now());
+    _offset *= rate / _rate; // it is a time of the sink's
+    _settledOffset *= rate / _rate;
+    _rate = rate;
 }
 
 double PlayClock::rate() const

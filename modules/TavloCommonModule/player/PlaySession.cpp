@@ -92,7 +92,7 @@ void PlaySession::setPaused(bool paused)
 
 void PlaySession::setRate(float rate)
 {
-    if (std::isfinite(rate) && !isLive())
+    if (std::isfinite(rate))
         _context->clock.setRate(std::clamp(static_cast<double>(rate), 0.25, 4.0));
 }
 
