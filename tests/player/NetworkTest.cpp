@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QThread>
@@ -302,22 +301,6 @@ TEST_P(PlayerRtsp, PlaysOverItsOwnConnectionOrElseInDatagrams)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, PlayerRtsp, testing::Bool());
-
-/// Whether no thread reads any more, soon or a little later.
-bool readersEnd()
-{
-    const auto reads = [](const QFileInfo& thread) {
-        QFile name(thread.filePath() + QStringLiteral("/comm"));
-        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
-    };
-    for (int i = 0; i < 1000; ++i) {
-        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
-        if (std::ranges::none_of(threads, reads))
-            return true;
-        QThread::msleep(10);
-    }
-    return false;
-}
 
 /// Whatever the network does, `stop` returns; and reading ends.
 TEST(PlayerNetwork, StopsWhileNobodyAnswers)

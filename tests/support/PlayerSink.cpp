@@ -5,10 +5,17 @@
 #include "shared/VlcTypes.h"
 #include "support/TestClips.h"
 
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
 #include <vlc_picture_pool.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 
@@ -16,6 +23,8 @@ namespace tavlo::test {
 namespace {
 
 constexpr unsigned poolSize = 4;
+
+std::atomic<int> stages{0};
 
 /// How a picture lies in a texture.
 struct Layout
@@ -270,6 +279,21 @@ qint64 PlayerSink::queuedFrames()
     return static_cast<qint64>(std::max(_queued - played, 0.0));
 }
 
+bool readersEnd()
+{
+    const auto reads = [](const QFileInfo& thread) {
+        QFile name(thread.filePath() + QStringLiteral("/comm"));
+        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
+    };
+    for (int i = 0; i < 1000; ++i) {
+        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
+        if (std::ranges::none_of(threads, reads))
+            return true;
+        QThread::msleep(10);
+    }
+    return false;
+}
+
 struct PlayerStage::Module
 {
     CTempldateHelper<ITavloSourcePlayer> helper{"TavloCommonModule", "CreateTavloSourcePlayer"};
@@ -277,6 +301,7 @@ struct PlayerStage::Module
 
 PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
 {
+    ++stages;
     if (!_module->helper.create())
         return;
     player = _module->helper.get();
@@ -286,7 +311,11 @@ PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
     wanted.videoInfo.chroma = 0xFFFFFFFF;
 }
 
-PlayerStage::~PlayerStage() = default;
+PlayerStage::~PlayerStage()
+{
+    _module.reset();
+    EXPECT_TRUE(--stages > 0 || readersEnd());
+}
 
 void PlayerStage::holdTime(int pictures, double soundSeconds)
 {

@@ -105,7 +105,10 @@ private:
     qint64 _queuedAt = 0; ///< microseconds
 };
 
-/// A player with a sink, made by the module.
+/// Whether no thread of a player reads any more, soon or a little later.
+bool readersEnd();
+
+/// A player with a sink, made by the module. With the last one the reading threads end, which `stop` doesn't wait for.
 class PlayerStage
 {
 public:

@@ -106,7 +106,7 @@ InputLocation microphone(const QString& name, const tagTavloMediaFormatInfo& wan
 
 InputLocation finished(InputLocation location, const QString& name)
 {
-    location.name = name;
+    location.name = location.place = name;
     location.pace = InputLocation::Pace::Device;
     location.protocols = QStringLiteral("file");
     location.cachingMilliseconds = 60; // one picture and the unevenness of a device's reports
@@ -172,6 +172,7 @@ InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info)
     location.sound =
         QStringLiteral("decklinkaudiosrc device-number=%1 connection=%2").arg(number).arg(*soundConnection);
     plan.entries.append(finished(location, QStringLiteral("Decklink %1 (%2)").arg(number).arg(*mode)));
+    plan.entries.front().place = QStringLiteral("Decklink %1").arg(number); // in whatever mode
     return plan;
 }
 

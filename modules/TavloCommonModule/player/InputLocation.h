@@ -36,6 +36,7 @@ struct InputLocation
     QString format; ///< the demultiplexer, empty to find out
     QString sound;  ///< of a card whose sound is a thing of its own
     QString host;   ///< where only some of its machines are meant
+    QString place;  ///< what only one can have at a time; empty when others don't mind
     Pace pace = Pace::File;
     Reader reader = Reader::Ffmpeg;
     QString protocols;                  ///< that the input, and all it refers to, may open; separated by commas
@@ -44,9 +45,6 @@ struct InputLocation
     bool isCamera = false;     ///< its file is looked for each time that it is opened: a plug may change it
     bool picturesOnly = false; ///< of a pair of devices, the one for pictures
     bool soundOnly = false;
-
-    bool isLocal() const { return pace == Pace::File || pace == Pace::Device; }
-    bool isEndless() const { return pace == Pace::RealTime || pace == Pace::Device; }
 };
 
 /// What a record asks for.

@@ -23,8 +23,10 @@ qint64 PlayClock::now() const
 
 void PlayClock::useSystemTime()
 {
-    const std::scoped_lock lock(_lock);
+    std::unique_lock lock(_lock);
     _time = &MonotonicTime::instance();
+    _changed.notify_all();
+    _left.wait(lock, [this] { return _waiting == 0; });
 }
 
 void PlayClock::reset(qint64 position)
@@ -192,7 +194,10 @@ bool PlayClock::wait(qint64 timeline, bool picture, const Cancelled& cancelled)
             return true;
         // No longer than the offset may be trusted.
         const qint64 left = std::min<qint64>(std::llround(std::ceil(ahead / _rate)), 100'000);
+        ++_waiting;
         _time->wait(_changed, lock, now + left);
+        if (--_waiting == 0)
+            _left.notify_all();
     }
     return false;
 }

@@ -24,7 +24,7 @@ public:
     /// Microseconds of the time that it runs on.
     qint64 now() const;
 
-    /// The sink goes: whoever still asks gets the system's time.
+    /// The sink goes: whoever still asks gets the system's time, and nobody waits on the other when it returns.
     void useSystemTime();
 
     /// Stands at that place until `start`.
@@ -81,9 +81,11 @@ private:
 
     mutable std::mutex _lock;
     std::condition_variable _changed;
+    std::condition_variable _left; ///< nobody waits on `_time`
 
     // guarded by _lock
     ITavloSourcePlayerTime* _time;
+    int _waiting = 0;           ///< threads inside `_time`
     qint64 _anchorPosition = 0; ///< of the time line, at `_anchorTime`
     qint64 _anchorTime = 0;     ///< of `_time`
     bool _started = false;
