@@ -169,7 +169,12 @@ void PlayerSink::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoIn
     note(videoStarts);
 }
 
-void PlayerSink::OnMediaSourcePlayerDoVideoStop() { note(videoStops); }
+void PlayerSink::OnMediaSourcePlayerDoVideoStop()
+{
+    if (onVideoStop)
+        onVideoStop();
+    note(videoStops);
+}
 
 void PlayerSink::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
 {
@@ -189,6 +194,8 @@ picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
     video_format_t format;
     video_format_Setup(&format, videoInfo.chroma, videoInfo.sourceWidth, videoInfo.sourceHeight, videoInfo.sourceWidth,
                        videoInfo.sourceHeight, 1, 1);
+    if (makePool)
+        return makePool(format);
     std::array<picture_t*, poolSize> all{};
     for (picture_t*& picture : all)
         picture = texturePicture(format);
@@ -198,9 +205,15 @@ picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
 
 void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
 {
+    if (onSample)
+        onSample(*picture);
     if (!readsPictures) {
-        const std::scoped_lock lock(_lock);
-        pictures.push_back({-1, picture->date, 0});
+        {
+            const std::scoped_lock lock(_lock);
+            pictures.push_back({-1, picture->date, 0});
+        }
+        if (heldTime)
+            heldTime->takePicture();
         return;
     }
     const plane_t& plane = picture->p[0];
