@@ -1,8 +1,11 @@
-// What it costs to bring a clip's pictures into the pool, against the `ffmpeg` command that decodes the same file into
-// nothing, in the same run: processor time for each picture. And what a picture of another matrix costs.
+// What it costs to bring a clip's pictures into plain memory and into mapped textures, against the `ffmpeg` command that
+// decodes the same file into nothing, in the same run: processor time for each picture, and "factor", the ratio of both.
+// And what a picture of another matrix costs.
 
 #include "TavloCommonModule/player/PictureWriter.h"
 
+#include "graphics/Device.h"
+#include "sources/PicturePool.h"
 #include "support/PlayerSink.h"
 #include "support/TestClips.h"
 
@@ -48,12 +51,43 @@ double decodeAlone(const QString& path)
     return used(RUSAGE_CHILDREN) - before;
 }
 
-/// \param shown  pictures that came to the sink
-double play(const QString& path, size_t& shown)
+/// Has pictures written into textures that are mapped for it, as the engine's sources have it.
+class MappedPictures
 {
+public:
+    void take(PlayerSink& sink)
+    {
+        sink.makePool = [this](const video_format_t& format) {
+            return _pool.create(
+                format, *_device, *_context, [](void*) { return true; }, nullptr);
+        };
+        sink.onSample = [this](picture_t& picture) {
+            tavlo::PooledPicture& pooled = *tavlo::pooledPicture(picture);
+            _context->unmap(pooled.texture);
+            pooled.mapped = false;
+            benchmark::DoNotOptimize(_context->finishCommandList());
+        };
+        sink.onVideoStop = [this] {
+            _pool.reset();
+            _context->detach();
+        };
+    }
+
+private:
+    const tavlo::graphics::DevicePtr _device = tavlo::graphics::Device::create();
+    const tavlo::graphics::ContextPtr _context = _device->createDeferredContext();
+    tavlo::PicturePool _pool;
+};
+
+/// \param shown  pictures that came to the sink
+double play(const QString& path, bool mapped, size_t& shown)
+{
+    MappedPictures pictures;
     const double before = used(RUSAGE_SELF);
     PlayerStage stage;
     stage.sink.readsPictures = false;
+    if (mapped)
+        pictures.take(stage.sink);
     stage.player->setRate(2);
     stage.play({path});
     stage.sink.waitForState({TavloSourcePlayerStateEnded, 0});
@@ -70,7 +104,7 @@ void playClip(benchmark::State& state)
     for (auto _ : state) {
         size_t shown = 0;
         alone += decodeAlone(path);
-        played += play(path, shown);
+        played += play(path, state.range(2) != 0, shown);
         pictures += shown;
     }
     const double count = static_cast<double>(state.iterations()) * frames;
@@ -80,7 +114,12 @@ void playClip(benchmark::State& state)
     state.counters["shown"] = static_cast<double>(pictures) / count;
 }
 
-BENCHMARK(playClip)->Args({1280, 720})->Args({1920, 1080})->Iterations(3)->Unit(benchmark::kSecond);
+BENCHMARK(playClip)
+    ->ArgNames({"width", "height", "mapped"})
+    ->ArgsProduct({{1280}, {720}, {0, 1}})
+    ->ArgsProduct({{1920}, {1080}, {0, 1}})
+    ->Iterations(3)
+    ->Unit(benchmark::kSecond);
 
 /// A picture of standard definition or of full range into one of the drawing's matrix and range.
 void writePicture(benchmark::State& state, AVPixelFormat from, quint32 to, AVColorRange range)

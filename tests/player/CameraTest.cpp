@@ -174,6 +174,21 @@ TEST(PlayerCamera, IsMovedWithItsLogin)
     EXPECT_EQ(stage.player->cloudTourControl(), nullptr);
 }
 
+/// The address is made of the record's fields, the password is not told.
+TEST(PlayerCamera, IsAskedForTheStreamOfItsChannel)
+{
+    Camera camera;
+    const LogCapture log;
+    PlayerStage stage;
+    playCamera(stage, camera.port);
+    for (int i = 0; i < 6000 && log.count("trying again") == 0; ++i)
+        QThread::msleep(10);
+    stage.player->stop();
+    EXPECT_EQ(log.count("failed to open rtsp://ad min@127.0.0.1:554/Streaming/Channels/201 - "), 1)
+        << log.lines().join(u'\n').toStdString();
+    EXPECT_EQ(log.count("w/rd") + log.count("w%2Frd"), 0);
+}
+
 /// Only the newest movement waits for a camera that is slow, and one that refuses is told of once.
 TEST(PlayerCamera, SlowAndStrangeOnes)
 {

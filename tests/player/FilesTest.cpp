@@ -317,6 +317,23 @@ TEST(PlayerFiles, PlaysWhatIsThere)
     }
 }
 
+/// Where a graphics processor decodes or not, the log tells once; the pictures are the same.
+TEST(PlayerFiles, TellsWhatDecodes)
+{
+    ClipForm form;
+    form.frames = 10;
+    const LogCapture log;
+    PlayerStage stage;
+    stage.holdTime();
+    stage.info.hwDecode = 1;
+    stage.play({clipFile(form)}, true);
+    ASSERT_TRUE(stage.sink.waitForPictures(25));
+    stage.player->stop();
+    EXPECT_EQ(log.count("player: decoding h264 with") + log.count("no graphics processor decodes this h264"), 1)
+        << log.lines().join(u'\n').toStdString();
+    EXPECT_EQ(stage.sink.numbers(), run(0, stage.sink.pictures.size(), 10));
+}
+
 TEST(PlayerFiles, KeepsUnevenTimes)
 {
     const QString uneven = clipFolderFile(QStringLiteral("uneven.mkv"));

@@ -118,6 +118,7 @@ void playNdi(PlayerStage& stage, const char* url, const QStringList& parts = {})
 /// Everything that the library lent was given back.
 void expectNothingKept()
 {
+    EXPECT_TRUE(readersEnd());
     FakeNdiNetwork& network = *fakeNdiNetwork();
     const std::lock_guard guard(network.lock);
     EXPECT_EQ(network.finders, 0);

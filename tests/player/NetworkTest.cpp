@@ -10,6 +10,7 @@
 #include <QRegularExpression>
 #include <QThread>
 
+#include <malloc.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -27,7 +28,7 @@ namespace {
 class SilentServer
 {
 public:
-    SilentServer() : _socket(listenOnLoopback(_port)) {}
+    explicit SilentServer(int port = 0) : _port(port), _socket(listenOnLoopback(_port)) {}
     ~SilentServer() { close(); }
 
     int port() const { return _port; }
@@ -54,12 +55,17 @@ public:
     {
         if (_socket >= 0)
             ::close(std::exchange(_socket, -1));
+        closeGuests();
+    }
+
+    void closeGuests() const
+    {
         for (const int guest : std::exchange(_guests, {}))
             ::close(guest);
     }
 
 private:
-    int _port = 0;
+    int _port;
     int _socket; ///< behind the port, which it sets
     mutable std::vector<int> _guests;
 };
@@ -70,6 +76,42 @@ int freePort()
     SilentServer server;
     return server.port();
 }
+
+/// A web server of the clips' folder, one guest after the other. What it doesn't have is not found.
+class FileServer
+{
+public:
+    explicit FileServer(int port = 0) : _server(port), _thread([this] { serve(); }) {}
+    ~FileServer()
+    {
+        _ends = true;
+        _thread.join();
+    }
+
+    int port() const { return _server.port(); }
+
+private:
+    void serve()
+    {
+        for (int guest = _server.acceptGuest(_ends); guest >= 0; guest = _server.acceptGuest(_ends)) {
+            std::array<char, 4096> request{};
+            const ssize_t size = recv(guest, request.data(), request.size(), 0);
+            const QString path = QString::fromUtf8(request.data(), std::max<ssize_t>(size, 0)).section(u' ', 1, 1);
+            QFile file(clipFolderFile(path.mid(1)));
+            const bool found = file.open(QIODevice::ReadOnly);
+            const QByteArray body = found ? file.readAll() : QByteArray();
+            const QByteArray answer = QByteArray(found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
+                                      "\r\nConnection: close\r\nContent-Length: " + QByteArray::number(body.size()) +
+                                      "\r\n\r\n" + body;
+            send(guest, answer.constData(), static_cast<size_t>(answer.size()), MSG_NOSIGNAL);
+            _server.closeGuests();
+        }
+    }
+
+    SilentServer _server;
+    std::atomic<bool> _ends{false};
+    std::thread _thread;
+};
 
 /// An `ffmpeg` that sends a clip without an end.
 class Sender
@@ -129,11 +171,13 @@ TEST_P(PlayerNet, ComesBackWithItsServer)
     stage.info.url = QString::fromLatin1(peer.address).arg(port);
     stage.info.caching = 200;
     sender.start(target);
+    stage.player->setRate(2); // there is nothing to be quick with
     stage.play({});
     ASSERT_TRUE(stage.sink.waitForPictures(15)) << log.lines().join(u'\n').toStdString();
     ASSERT_TRUE(stage.sink.waitFor([&] { return stage.sink.blocks.size() > 20; }));
     EXPECT_EQ(stage.player->state(), TavloSourcePlayerStatePlaying);
     EXPECT_EQ(stage.length(), 0);
+    EXPECT_EQ(stage.player->rate(), 1);
     sender.kill();
     sender.start(target);
     const bool back = stage.sink.waitFor([&] { return stage.sink.pictures.back().number >= 1010; });
@@ -153,7 +197,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Peer{"Srt", "mpegts", "srt://127.0.0.1:%1?mode=listener", "tvmp://127.0.0.1:%1", 9},
                     Peer{"SrtCalled", "mpegts", "srt://127.0.0.1:%1?mode=caller&connect_timeout=60000",
                          "tvmp://127.0.0.1:%1?mode=listener", 10},
-                    Peer{"Rtmp", "flv", "-listen 1 rtmp://127.0.0.1:%1/live/a", "irtmp://127.0.0.1:%1/live/a", 8}),
+                    Peer{"Rtmp", "flv", "-listen 1 rtmp://127.0.0.1:%1/live/a", "irtmp://127.0.0.1:%1/live/a", 8},
+                    Peer{"RtmpAddress", "flv", "-listen 1 rtmp://127.0.0.1:%1/live/a", "rtmp://127.0.0.1:%1/live/a",
+                         1}),
     [](const auto& peer) { return std::string(peer.param.name); });
 
 /// A server of RTSP for one guest: what it gets as RTP on its own port goes on over the guest's connection or, where
@@ -161,8 +207,8 @@ INSTANTIATE_TEST_SUITE_P(
 class RtspServer
 {
 public:
-    explicit RtspServer(bool datagrams)
-        : _datagrams(datagrams), _incoming(socket(AF_INET, SOCK_DGRAM, 0)), _thread([this] { serve(); })
+    explicit RtspServer(bool datagrams, int port = 0)
+        : _server(port), _datagrams(datagrams), _incoming(socket(AF_INET, SOCK_DGRAM, 0)), _thread([this] { serve(); })
     {}
 
     ~RtspServer()
@@ -301,21 +347,113 @@ TEST_P(PlayerRtsp, PlaysOverItsOwnConnectionOrElseInDatagrams)
 
 INSTANTIATE_TEST_SUITE_P(Ways, PlayerRtsp, testing::Bool());
 
-/// Whether no thread reads any more, soon or a little later.
-bool readersEnd()
+/// Servers that go and come again at the same address, the stream with them.
+void expectItComesBack(PlayerStage& stage, const std::function<void()>& restart)
 {
-    const auto reads = [](const QFileInfo& thread) {
-        QFile name(thread.filePath() + QStringLiteral("/comm"));
-        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
-    };
-    for (int i = 0; i < 1000; ++i) {
-        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
-        if (std::ranges::none_of(threads, reads))
-            return true;
-        QThread::msleep(10);
-    }
-    return false;
+    const LogCapture log;
+    stage.play({});
+    ASSERT_TRUE(stage.sink.waitForPictures(5)) << log.lines().join(u'\n').toStdString();
+    restart();
+    const bool back = stage.sink.waitFor([&] { return stage.sink.pictures.back().number >= 1000; });
+    EXPECT_TRUE(back) << log.lines().join(u'\n').toStdString();
+    stage.player->stop();
 }
+
+TEST(PlayerNetwork, RtspComesBackWithItsServer)
+{
+    auto server = std::make_unique<RtspServer>(false);
+    const auto start = [&](Sender& sender) {
+        sender.start({"-f", "rtp_mpegts", QStringLiteral("rtp://127.0.0.1:%1").arg(server->rtpPort())});
+    };
+    Sender sender;
+    start(sender);
+    PlayerStage stage;
+    stage.info.url = QStringLiteral("rtsp://127.0.0.1:%1/a").arg(server->port());
+    stage.info.caching = 200;
+    expectItComesBack(stage, [&] {
+        const int port = server->port();
+        server.reset();
+        sender.kill();
+        server = std::make_unique<RtspServer>(false, port);
+        start(sender);
+    });
+}
+
+/// A live list of pieces, over a server that goes and comes again, with a stream that does.
+TEST(PlayerNetwork, HlsComesBackWithItsServer)
+{
+    auto server = std::make_unique<FileServer>();
+    const QStringList target = QStringList{"-f",
+                                           "hls",
+                                           "-hls_time",
+                                           "0.4",
+                                           "-hls_start_number_source",
+                                           "epoch_us",
+                                           "-hls_flags",
+                                           "delete_segments",
+                                           clipFolderFile(QStringLiteral("live.m3u8"))};
+    Sender sender;
+    sender.start(target);
+    while (!QFile::exists(target.back()))
+        QThread::msleep(10);
+    PlayerStage stage;
+    stage.info.url = QStringLiteral("http://127.0.0.1:%1/live.m3u8").arg(server->port());
+    stage.info.caching = 200;
+    stage.player->setRate(2);
+    expectItComesBack(stage, [&] {
+        EXPECT_EQ(stage.player->rate(), 1);
+        EXPECT_EQ(stage.length(), 0);
+        const int port = server->port();
+        server.reset();
+        sender.kill();
+        server = std::make_unique<FileServer>(port);
+        sender.start(target);
+    });
+}
+
+/// What the process holds.
+struct Holding
+{
+    qsizetype threads = entries("/proc/self/task");
+    qsizetype files = entries("/proc/self/fd");
+    size_t bytes = mallinfo2().uordblks;
+
+    static qsizetype entries(const char* folder) { return QDir(QLatin1String(folder)).entryList().size(); }
+};
+
+void playOnce(const QString& path, size_t pictures)
+{
+    PlayerStage stage;
+    stage.info.caching = 0;
+    stage.holdTime(5, 0.2);
+    stage.play({path});
+    ASSERT_TRUE(stage.sink.waitForPictures(pictures));
+    stage.player->stop();
+}
+
+class PlayerRepeated : public testing::TestWithParam<bool>
+{};
+
+TEST_P(PlayerRepeated, NothingGrowsFromPlayToPlay)
+{
+    ClipForm form = codedClip("ts", "-c:v mpeg2video -c:a mp2", 5);
+    form.width = form.height = 64;
+    const QFileInfo file(clipFile(form));
+    const FileServer server;
+    const QString web = QStringLiteral("http://127.0.0.1:%1/").arg(server.port());
+    const QString path = GetParam() ? web + file.fileName() : file.filePath();
+    for (int play = 0; play < 20; ++play)
+        playOnce(path, 1);
+    const Holding before;
+    for (size_t play = 0; play < 200; ++play)
+        playOnce(path, 1 + play % 5);
+    const Holding after;
+    EXPECT_LE(after.threads, before.threads);
+    EXPECT_LE(after.files, before.files);
+    EXPECT_LE(after.bytes, before.bytes + 100'000);
+}
+
+INSTANTIATE_TEST_SUITE_P(FileAndStream, PlayerRepeated, testing::Bool());
 
 /// Whatever the network does, `stop` returns; and reading ends.
 TEST(PlayerNetwork, StopsWhileNobodyAnswers)

@@ -1,5 +1,6 @@
 // How pictures come: their layouts, their colours, which way up.
 
+#include "support/LogCapture.h"
 #include "support/PlayerSink.h"
 #include "support/TestClips.h"
 
@@ -94,16 +95,34 @@ TEST(PlayerPictures, TurnsDeinterlacesAndStands)
                            "color=black:s=64x64:r=50,drawbox=x=0:y=0:w=64:h=64:t=fill:c=white:enable='not(mod(n,3))'",
                            "-vf", "interlace=lowpass=off", "-frames:v", "10", "-c:v", "mpeg2video", "-q:v", "2",
                            "-flags", "+ildct+ilme", fields}));
-    for (const int mode : {0, 1, 2}) {
+    const QString packed = clipFolderFile(QStringLiteral("fields-uyvy.nut")),
+                  pairs = clipFolderFile(QStringLiteral("fields-nv12.nut"));
+    ASSERT_TRUE(runFfmpeg({"-i", fields, "-c:v", "rawvideo", "-pix_fmt", "uyvy422", packed}));
+    ASSERT_TRUE(runFfmpeg({"-i", fields, "-c:v", "rawvideo", "-pix_fmt", "nv12", pairs}));
+    for (const auto& [mode, clip] : {std::pair(0, fields), std::pair(1, fields), std::pair(2, fields),
+                                     std::pair(2, packed), std::pair(2, pairs)}) {
         PlayerStage stage;
         stage.holdTime(9, 0);
         stage.info.deinterlaceMode = mode;
-        stage.play({fields});
+        stage.sink.layouts = {tavloFourcc("I420"), tavloFourcc("NV12")};
+        stage.play({clip});
         ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
         stage.player->stop();
         EXPECT_GE(stage.sink.pictures.size(), 9U);
         const int step = std::abs(lumaAt(stage.sink, 32, 32) - lumaAt(stage.sink, 32, 33));
         EXPECT_EQ(step > 150, mode == 0) << mode; // a comb of the two fields, or not
+    }
+    // Frames that no filter takes are told of once, not each time.
+    const QString strange = clipFolderFile(QStringLiteral("strange.nut"));
+    ASSERT_TRUE(runFfmpeg({"-f", "rawvideo", "-pix_fmt", "uyyvyy411", "-s", "64x64", "-t", "0.2", "-i", "/dev/zero",
+                           "-c", "copy", strange}));
+    {
+        const LogCapture log;
+        PlayerStage stage;
+        stage.info.deinterlaceMode = 2;
+        stage.play({strange});
+        ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
+        EXPECT_EQ(log.count("pictures stay as they are"), 1);
     }
     const QString still = clipFolderFile(QStringLiteral("still 100%d.png"));
     ASSERT_TRUE(runFfmpeg({"-i", plain, "-frames:v", "1", "-update", "1", still}));

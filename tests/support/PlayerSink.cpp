@@ -5,10 +5,17 @@
 #include "shared/VlcTypes.h"
 #include "support/TestClips.h"
 
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
 #include <vlc_picture_pool.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 
@@ -16,6 +23,8 @@ namespace tavlo::test {
 namespace {
 
 constexpr unsigned poolSize = 4;
+
+std::atomic<int> stages{0};
 
 /// How a picture lies in a texture.
 struct Layout
@@ -160,7 +169,12 @@ void PlayerSink::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoIn
     note(videoStarts);
 }
 
-void PlayerSink::OnMediaSourcePlayerDoVideoStop() { note(videoStops); }
+void PlayerSink::OnMediaSourcePlayerDoVideoStop()
+{
+    if (onVideoStop)
+        onVideoStop();
+    note(videoStops);
+}
 
 void PlayerSink::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
 {
@@ -180,6 +194,8 @@ picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
     video_format_t format;
     video_format_Setup(&format, videoInfo.chroma, videoInfo.sourceWidth, videoInfo.sourceHeight, videoInfo.sourceWidth,
                        videoInfo.sourceHeight, 1, 1);
+    if (makePool)
+        return makePool(format);
     std::array<picture_t*, poolSize> all{};
     for (picture_t*& picture : all)
         picture = texturePicture(format);
@@ -189,9 +205,15 @@ picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
 
 void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
 {
+    if (onSample)
+        onSample(*picture);
     if (!readsPictures) {
-        const std::scoped_lock lock(_lock);
-        pictures.push_back({-1, picture->date, 0});
+        {
+            const std::scoped_lock lock(_lock);
+            pictures.push_back({-1, picture->date, 0});
+        }
+        if (heldTime)
+            heldTime->takePicture();
         return;
     }
     const plane_t& plane = picture->p[0];
@@ -270,6 +292,21 @@ qint64 PlayerSink::queuedFrames()
     return static_cast<qint64>(std::max(_queued - played, 0.0));
 }
 
+bool readersEnd()
+{
+    const auto reads = [](const QFileInfo& thread) {
+        QFile name(thread.filePath() + QStringLiteral("/comm"));
+        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
+    };
+    for (int i = 0; i < 1000; ++i) {
+        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
+        if (std::ranges::none_of(threads, reads))
+            return true;
+        QThread::msleep(10);
+    }
+    return false;
+}
+
 struct PlayerStage::Module
 {
     CTempldateHelper<ITavloSourcePlayer> helper{"TavloCommonModule", "CreateTavloSourcePlayer"};
@@ -277,6 +314,7 @@ struct PlayerStage::Module
 
 PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
 {
+    ++stages;
     if (!_module->helper.create())
         return;
     player = _module->helper.get();
@@ -286,7 +324,11 @@ PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
     wanted.videoInfo.chroma = 0xFFFFFFFF;
 }
 
-PlayerStage::~PlayerStage() = default;
+PlayerStage::~PlayerStage()
+{
+    _module.reset();
+    EXPECT_TRUE(--stages > 0 || readersEnd());
+}
 
 void PlayerStage::holdTime(int pictures, double soundSeconds)
 {

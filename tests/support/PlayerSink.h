@@ -13,6 +13,7 @@
 #include <vector>
 
 struct picture_pool_t;
+struct video_format_t;
 
 namespace tavlo::test {
 
@@ -50,8 +51,13 @@ public:
     double deviceSpeed = 1.0;      ///< of its clock
     std::vector<quint32> layouts;  ///< that it takes; all when empty, else NV12 in place of others
     bool hasPool = true;
-    bool readsPictures = true;                 ///< their numbers and content
-    std::function<void(int number)> onPicture; ///< on the player's thread
+    bool readsPictures = true; ///< their numbers and content
+
+    // Set before playing; on the player's thread.
+    std::function<void(int number)> onPicture;
+    std::function<void(picture_t&)> onSample; ///< before it is looked at
+    std::function<void()> onVideoStop;
+    std::function<picture_pool_t*(const video_format_t&)> makePool; ///< rather than the sink's own
 
     /// Waits until the condition holds, which is looked at after each call of the player. False after so long that something must hang.
     bool waitFor(const std::function<bool()>& condition);
@@ -105,7 +111,10 @@ private:
     qint64 _queuedAt = 0; ///< microseconds
 };
 
-/// A player with a sink, made by the module.
+/// Whether no thread of a player reads any more, soon or a little later.
+bool readersEnd();
+
+/// A player with a sink, made by the module. With the last one the reading threads end, which `stop` doesn't wait for.
 class PlayerStage
 {
 public:

@@ -89,8 +89,8 @@ bool TempoFilter::open(double tempo)
     av_channel_layout_default(&layout, _channels);
     av_channel_layout_describe(&layout, layoutName.data(), layoutName.size());
     const QByteArray text =
-        QStringLiteral("abuffer=sample_rate=%1:sample_fmt=s16:channel_layout=%2:time_base=1/%1,atempo=%3,atempo=%3,"
-                       "aformat=sample_fmts=s16,abuffersink")
+        QStringLiteral("abuffer@in=sample_rate=%1:sample_fmt=s16:channel_layout=%2:time_base=1/%1,atempo=%3,atempo=%3,"
+                       "aformat=sample_fmts=s16,abuffersink@out")
             .arg(_rate)
             .arg(QString::fromLatin1(layoutName.data()))
             .arg(std::sqrt(tempo), 0, 'f', 9) // twice, as one alone skips samples beyond a factor of 2
@@ -108,13 +108,8 @@ bool TempoFilter::open(double tempo)
         _graph.reset();
         return false;
     }
-    for (unsigned i = 0; i < _graph->nb_filters; ++i) {
-        const QLatin1String name(_graph->filters[i]->filter->name);
-        if (name == QLatin1String("abuffer"))
-            _in = _graph->filters[i];
-        else if (name == QLatin1String("abuffersink"))
-            _out = _graph->filters[i];
-    }
+    _in = avfilter_graph_get_filter(_graph.get(), "abuffer@in");
+    _out = avfilter_graph_get_filter(_graph.get(), "abuffersink@out");
     return true;
 }
 

@@ -1,22 +1,19 @@
 #include "TavloCommonModule/player/CameraControl.h"
 
 #include "TavloCommonModule/player/FfmpegTypes.h"
+#include "TavloCommonModule/player/LooseThreads.h"
 #include "TavloCommonModule/player/MonotonicClock.h"
-
-#include <pthread.h>
 
 #include <QDebug>
 #include <QUrl>
 
 #include <algorithm>
 #include <array>
-#include <thread>
 
 namespace tavlo {
 namespace {
 
 constexpr qint64 patience = 10'000'000; ///< microseconds for one request
-constexpr auto threadPatience = std::chrono::milliseconds(1500);
 constexpr size_t mostWaiting = 32;
 constexpr int usualSpeed = 50;
 constexpr int driverPort = 8000; ///< that the records name, of a protocol that this is not
@@ -59,12 +56,7 @@ CameraControl::CameraControl(const tagTavloSourcePlayerInfo& info)
 {
     _asker->server = serverOf(info);
     _asker->name = info.deviceName.toUtf8();
-    std::packaged_task<void()> ask([asker = _asker] {
-        pthread_setname_np(pthread_self(), "tavlo-camera");
-        asker->run();
-    });
-    _ended = ask.get_future();
-    std::thread(std::move(ask)).detach();
+    LooseThreads::instance().start("tavlo-camera", {}, {_asker, &_asker->ends}, [asker = _asker] { asker->run(); });
 }
 
 void CameraControl::end()
@@ -75,8 +67,6 @@ void CameraControl::end()
             return;
     }
     _asker->changed.notify_all();
-    if (_ended.wait_for(threadPatience) == std::future_status::timeout)
-        qDebug() << "player: a camera doesn't let go, its thread ends later";
 }
 
 qint32 CameraControl::control(qint32 operation, const qint32* value)

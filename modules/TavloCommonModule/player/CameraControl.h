@@ -10,7 +10,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
-#include <future>
 #include <memory>
 #include <mutex>
 
@@ -29,7 +28,7 @@ public:
     CameraControl(const CameraControl&) = delete;
     CameraControl& operator=(const CameraControl&) = delete;
 
-    /// Nothing is sent afterwards. What hangs in the system is left to itself.
+    /// No request begins afterwards; one that is on its way is broken off.
     void end();
 
     /// Belongs to a player: it ends with the play.
@@ -71,7 +70,6 @@ private:
     const int _channel;
     std::atomic<bool> _focuses{false};
     const std::shared_ptr<Asker> _asker;
-    std::future<void> _ended;
 };
 
 } // namespace tavlo

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <array>
 
 namespace tavlo {
 namespace {
@@ -40,34 +41,45 @@ std::optional<InputLocation> desktop(const QString& name, const tagTavloMediaFor
     return location;
 }
 
-/// The file of a camera by its file, its stable id below /dev/v4l, or the name that its driver gives it. A name that
-/// is not found is kept: the device may be plugged in later.
-QString cameraFile(const QString& name)
+/// What V4L2's reader calls a layout.
+struct DeviceLayout
 {
-    if (name.startsWith(u'/'))
-        return name;
-    const QString stable = QStringLiteral("/dev/v4l/by-id/") + name;
-    if (!name.contains(u'/') && QFile::exists(stable))
-        return stable;
-    const QDir classes(QStringLiteral("/sys/class/video4linux"));
-    for (const QString& entry : classes.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        QFile file(classes.filePath(entry + QStringLiteral("/name")));
-        if (file.open(QIODevice::ReadOnly) && QString::fromUtf8(file.readAll()).trimmed() == name)
-            return QStringLiteral("/dev/") + entry;
-    }
-    return QStringLiteral("/dev/") + name;
+    quint32 chroma;
+    QLatin1String name;
+};
+
+constexpr std::array deviceLayouts{
+    DeviceLayout{tavloFourcc("I420"), QLatin1String("yuv420p")},
+    DeviceLayout{tavloFourcc("YV12"), QLatin1String("yuv420p")},
+    DeviceLayout{tavloFourcc("NV12"), QLatin1String("nv12")},
+    DeviceLayout{tavloFourcc("YUY2"), QLatin1String("yuyv422")},
+    DeviceLayout{tavloFourcc("YVYU"), QLatin1String("yvyu422")},
+    DeviceLayout{tavloFourcc("UYVY"), QLatin1String("uyvy422")},
+    DeviceLayout{tavloFourcc("BGRA"), QLatin1String("bgr0")},
+    DeviceLayout{tavloFourcc("RV32"), QLatin1String("bgr0")},
+};
+
+/// What a device has not, it replaces by what is nearest.
+void askFor(const tagTavloVideoInfo& video, std::map<QString, QString>& options)
+{
+    if (video.sourceWidth > 0 && video.sourceHeight > 0)
+        options[QStringLiteral("video_size")] = sizeText(video.sourceWidth, video.sourceHeight);
+    options[QStringLiteral("framerate")] = rateText(video);
+    const auto* const layout = std::ranges::find(deviceLayouts, video.chroma, &DeviceLayout::chroma);
+    if (layout != deviceLayouts.end())
+        options[QStringLiteral("pixel_format")] = layout->name;
 }
 
 InputLocation camera(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted)
 {
     InputLocation location;
     location.format = QStringLiteral("video4linux2");
-    location.url = cameraFile(info.deviceName);
+    location.url = info.deviceName;
+    location.isCamera = true;
     auto& options = location.options;
     options[QStringLiteral("timestamps")] = QStringLiteral("abs");
-    if (wanted.videoInfo.sourceWidth > 0 && wanted.videoInfo.sourceHeight > 0)
-        options[QStringLiteral("video_size")] = sizeText(wanted.videoInfo.sourceWidth, wanted.videoInfo.sourceHeight);
-    options[QStringLiteral("framerate")] = rateText(wanted.videoInfo);
+    if (info.kind == TavloSourcePlayerKindCapture) // the other kind of card is taken as it comes
+        askFor(wanted.videoInfo, options);
     if (!info.standard.isEmpty())
         options[QStringLiteral("standard")] = info.standard;
     bool isNumber = false;
@@ -94,11 +106,9 @@ InputLocation microphone(const QString& name, const tagTavloMediaFormatInfo& wan
 
 InputLocation finished(InputLocation location, const QString& name)
 {
-    location.name = name;
+    location.name = location.place = name;
     location.pace = InputLocation::Pace::Device;
     location.protocols = QStringLiteral("file");
-    location.options[QStringLiteral("fpsprobesize")] =
-        QStringLiteral("0");           // what is measured comes too late to be shown
     location.cachingMilliseconds = 60; // one picture and the unevenness of a device's reports
     return location;
 }
@@ -118,6 +128,26 @@ std::optional<QString> elementWord(const QString& name)
 }
 
 } // namespace
+
+QString cameraFile(const QString& name)
+{
+    if (name.startsWith(u'/'))
+        return name;
+    const QString stable = QStringLiteral("/dev/v4l/by-id/") + name;
+    if (!name.contains(u'/') && QFile::exists(stable))
+        return stable;
+    const QDir classes(QStringLiteral("/sys/class/video4linux"));
+    const auto told = [&](const QString& entry, QLatin1String what) {
+        QFile file(classes.filePath(entry + u'/' + what));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+    };
+    for (const QString& entry : classes.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+        // Behind the first of a device's files are others, which have its name but no pictures.
+        if (told(entry, QLatin1String("name")) == name && told(entry, QLatin1String("index")) == QLatin1String("0"))
+            return QStringLiteral("/dev/") + entry;
+    }
+    return QStringLiteral("/dev/") + name;
+}
 
 InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info)
 {
@@ -142,6 +172,7 @@ InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info)
     location.sound =
         QStringLiteral("decklinkaudiosrc device-number=%1 connection=%2").arg(number).arg(*soundConnection);
     plan.entries.append(finished(location, QStringLiteral("Decklink %1 (%2)").arg(number).arg(*mode)));
+    plan.entries.front().place = QStringLiteral("Decklink %1").arg(number); // in whatever mode
     return plan;
 }
 

@@ -3,7 +3,6 @@
 #include "TavloCommonModule/player/FramePacket.h"
 
 extern "C" {
-#include <libavutil/hwcontext.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -31,7 +30,7 @@ bool isSame(const AVCodecParameters& a, const AVCodecParameters& b)
 
 } // namespace
 
-bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool live)
+bool Decoder::open(std::shared_ptr<const StreamInfo> stream, Hardware hardware, bool live)
 {
     if (_context && isSame(*_stream->parameters, *stream->parameters)) {
         flush();
@@ -57,8 +56,8 @@ bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool
     if (live)
         _context->thread_type = FF_THREAD_SLICE; // threads of whole frames would hold one back each
     _context->max_pixels = int64_t{8192} * 8192;
-    if (hardware && _context->codec_type == AVMEDIA_TYPE_VIDEO)
-        chooseHardware(*codec);
+    if (hardware != Hardware::None && _context->codec_type == AVMEDIA_TYPE_VIDEO)
+        chooseHardware(*codec, hardware == Hardware::Cuda);
     const int result = avcodec_open2(_context.get(), codec, nullptr);
     if (result < 0) {
         qDebug().noquote() << "player: failed to open the decoder for" << name << "-" << ffmpegError(result);
@@ -68,40 +67,59 @@ bool Decoder::open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool
 }
 
 /// The first of the known interfaces that the codec and this machine have.
-void Decoder::chooseHardware(const AVCodec& codec)
+void Decoder::chooseHardware(const AVCodec& codec, bool preferCuda)
 {
-    constexpr std::array types{AV_HWDEVICE_TYPE_VAAPI, AV_HWDEVICE_TYPE_CUDA};
-    for (const AVHWDeviceType type : types) {
-        for (int i = 0; const AVCodecHWConfig* config = avcodec_get_hw_config(&codec, i); ++i) {
-            if (config->device_type != type || !(config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX))
-                continue;
-            AVBufferRef* device = nullptr;
-            if (av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0) < 0)
-                break;
-            _device.reset(device);
-            _deviceFormat = config->pix_fmt;
-            _context->hw_device_ctx = av_buffer_ref(device);
-            _context->opaque = this;
-            _context->get_format = [](AVCodecContext* context, const AVPixelFormat* offered) {
-                const AVPixelFormat wanted = static_cast<const Decoder*>(context->opaque)->_deviceFormat;
-                const AVPixelFormat* choice = offered;
-                while (*choice != AV_PIX_FMT_NONE && *choice != wanted)
-                    ++choice;
-                return *choice != AV_PIX_FMT_NONE ? wanted : avcodec_default_get_format(context, offered);
-            };
-            if (!std::exchange(_hardwareTold, true))
-                qDebug().noquote() << "player: decoding" << codec.name << "with" << av_hwdevice_get_type_name(type);
-            return;
-        }
+    std::array types{AV_HWDEVICE_TYPE_VAAPI, AV_HWDEVICE_TYPE_CUDA};
+    if (preferCuda)
+        std::ranges::reverse(types);
+    _hardwareAsked = true;
+    if (std::ranges::none_of(types, [&](AVHWDeviceType type) { return openDevice(codec, type); }))
+        return;
+    _context->hw_device_ctx = av_buffer_ref(_device.get());
+    _context->opaque = this;
+    _context->get_format = [](AVCodecContext* context, const AVPixelFormat* offered) {
+        const AVPixelFormat wanted = static_cast<const Decoder*>(context->opaque)->_deviceFormat;
+        const AVPixelFormat* choice = offered;
+        while (*choice != AV_PIX_FMT_NONE && *choice != wanted)
+            ++choice;
+        return *choice != AV_PIX_FMT_NONE ? wanted : avcodec_default_get_format(context, offered);
+    };
+}
+
+bool Decoder::openDevice(const AVCodec& codec, AVHWDeviceType type)
+{
+    for (int i = 0; const AVCodecHWConfig* config = avcodec_get_hw_config(&codec, i); ++i) {
+        if (config->device_type != type || !(config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX))
+            continue;
+        AVBufferRef* device = nullptr;
+        if (av_hwdevice_ctx_create(&device, type, nullptr, nullptr, 0) < 0)
+            return false;
+        _device.reset(device);
+        _deviceFormat = config->pix_fmt;
+        return true;
     }
-    if (!std::exchange(_hardwareTold, true))
-        qDebug().noquote() << "player: no graphics processor decodes" << codec.name << "here, decoding in software";
+    return false;
+}
+
+/// A device that is there may still refuse a stream's size or profile: what comes out tells.
+void Decoder::tellHardware(const AVFrame& first)
+{
+    if (!_hardwareAsked || std::exchange(_hardwareTold, true))
+        return;
+    if (_device && first.format == _deviceFormat)
+        qDebug().noquote() << "player: decoding" << _context->codec->name << "with"
+                           << av_get_pix_fmt_name(_deviceFormat);
+    else
+        qDebug().noquote() << "player: no graphics processor decodes this" << _context->codec->name
+                           << "here, decoding in software";
 }
 
 void Decoder::close()
 {
     _context.reset();
     _device.reset();
+    _deviceFormat = AV_PIX_FMT_NONE;
+    _hardwareAsked = false;
     _stream.reset();
 }
 
@@ -122,6 +140,7 @@ void Decoder::decode(const AVPacket* packet, const TakeFrame& take, const MaySta
         return;
     bool wanted = true;
     while (wanted && avcodec_receive_frame(_context.get(), _frame.get()) >= 0) {
+        tellHardware(*_frame);
         if (AVFrame* const frame = inReach(mayStay))
             wanted = take(*frame);
         av_frame_unref(_frame.get());

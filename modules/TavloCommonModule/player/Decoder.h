@@ -13,6 +13,14 @@ public:
     /// Takes a frame, which is the decoder's again afterwards. False ends the decoding of the packet.
     using TakeFrame = std::function<bool(AVFrame&)>;
 
+    /// Which graphics processor is to decode, where there is one.
+    enum class Hardware
+    {
+        None,
+        Any,
+        Cuda, ///< rather than another one: pictures can stay in its memory
+    };
+
     /// Whether a frame that lies in graphics memory may stay there.
     using MayStay = std::function<bool(const AVFrame&)>;
 
@@ -20,7 +28,7 @@ public:
     /// when no decoder can take it.
     /// \param hardware  on the graphics processor where there is one that can; the log says what came of it
     /// \param live      as soon as possible rather than on as many processors as possible
-    bool open(std::shared_ptr<const StreamInfo> stream, bool hardware, bool live);
+    bool open(std::shared_ptr<const StreamInfo> stream, Hardware hardware, bool live);
 
     void close();
 
@@ -33,7 +41,9 @@ public:
 private:
     bool carriesFrames() const;
     void unpack(const AVPacket& packet, const TakeFrame& take);
-    void chooseHardware(const AVCodec& codec);
+    void chooseHardware(const AVCodec& codec, bool preferCuda);
+    bool openDevice(const AVCodec& codec, AVHWDeviceType type);
+    void tellHardware(const AVFrame& first);
     AVFrame* inReach(const MayStay& mayStay);
 
     std::shared_ptr<const StreamInfo> _stream;
@@ -42,6 +52,7 @@ private:
     AVPixelFormat _deviceFormat = AV_PIX_FMT_NONE;
     FramePtr _frame;
     FramePtr _fetched; ///< from the graphics processor
+    bool _hardwareAsked = false;
     bool _hardwareTold = false;
 };
 

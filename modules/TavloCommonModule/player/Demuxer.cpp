@@ -222,6 +222,7 @@ void Demuxer::beginSegment(Begin how, qint64 stampOfItem, qint64 from, bool begi
     _readings[1].stream = segment->audio;
     if (!_second)
         context.progress.add(segment);
+    context.clock.setLive(segment->live);
     if (how != Begin::Continued)
         armStart();
     for (Reading& reading : _readings) {
@@ -253,7 +254,7 @@ void Demuxer::armStart()
         lines |= StartGate::Sound;
     _context->clock.reset(_segment->timelineStart);
     _context->gate.arm(_segment->epoch, lines, qint64{1000} * entry().cachingMilliseconds);
-    _latencySince = 0;
+    _latencySince = _newestAt = _longestGap = 0;
 }
 
 Demuxer::Outcome Demuxer::readSegment()
@@ -352,24 +353,39 @@ void Demuxer::continueAfterJump(const AVPacket& packet)
 void Demuxer::keepLatency(qint64 newest)
 {
     PlayContext& context = *_context;
-    if (newest == AV_NOPTS_VALUE || !context.clock.isStarted() || context.paused)
+    if (newest == AV_NOPTS_VALUE || !context.clock.isStarted() || context.paused) {
+        _newestAt = 0;
         return;
+    }
     const qint64 now = context.clock.now();
     const qint64 latency = newest - context.clock.position();
     if (_latencySince == 0) {
         _latencySince = now;
         _leastLatency = latency;
+        _lastGap = std::exchange(_longestGap, 0);
     }
     _leastLatency = std::min(_leastLatency, latency);
-    if (now - _latencySince < latencyWindow)
+    const qint64 piece = pieceLength(now);
+    if (now - _latencySince < std::max(latencyWindow, 2 * piece))
         return;
-    const qint64 wanted = qint64{1000} * entry().cachingMilliseconds;
+    const qint64 wanted = qint64{1000} * entry().cachingMilliseconds + piece;
     const qint64 excess = _leastLatency - wanted;
     _latencySince = 0;
     if (excess < std::max<qint64>(wanted, 1'000'000))
         return;
     qDebug().noquote() << "player: leaving out" << excess / 1000 << "ms to be live again:" << entry().name;
     context.clock.shift(excess);
+}
+
+/// What comes over HTTP may come in pieces of some seconds, each at once and none on the dot: the time without a packet,
+/// which has to be bridged. Of what comes as it is made a gap is an accident.
+qint64 Demuxer::pieceLength(qint64 now)
+{
+    const qint64 before = std::exchange(_newestAt, now);
+    if (before == 0 || entry().pace != InputLocation::Pace::Remote)
+        return 0;
+    _longestGap = std::max(_longestGap, now - before);
+    return std::max(_longestGap, _lastGap);
 }
 
 /// Waits until each stream's queue has room, or one takes all memory. False when playing ends or goes elsewhere.

@@ -68,6 +68,7 @@ private:
     bool jumps(const Reading& reading, const AVPacket& packet) const;
     void continueAfterJump(const AVPacket& packet);
     void keepLatency(qint64 newest);
+    qint64 pieceLength(qint64 now);
     bool waitForRoom();
     bool waitForEnd();
     qint64 segmentEnd() const;
@@ -90,6 +91,9 @@ private:
     qint64 _deviceBase = 0;   ///< wall clock at which the time line of devices is at 0, microseconds
     qint64 _leastLatency = 0; ///< microseconds, in the current window
     qint64 _latencySince = 0; ///< of the clock's time
+    qint64 _newestAt = 0;     ///< the same: when a packet came last
+    qint64 _longestGap = 0;   ///< microseconds between packets of the current window
+    qint64 _lastGap = 0;      ///< the same of the window before
     qint64 _packetsOfSegment = 0;
     bool _hasBegun = false; ///< some segment: its lines start the clock, even when nothing comes out of it
 };

@@ -135,8 +135,8 @@ protected:
 
 /// Plays files, streams and devices into a sink. Made by `CreateTavloSourcePlayer` of `TavloCommonModule`.
 ///
-/// Any thread, but none of the sink's calls; `stop` and `destroy` wait for the player's threads, at most two seconds
-/// whatever the input does, and no call reaches the sink afterwards.
+/// Any thread, but none of the sink's calls. `stop` and `destroy` wait for the threads that call the sink, which none does
+/// afterwards, but never for the input: a device may be let go a moment later, and the next play of it waits for that.
 class ITavloSourcePlayer : public IUnknownEx
 {
 public:
@@ -194,12 +194,12 @@ public:
     virtual void reservedA() = 0;
     virtual void reservedB() = 0;
 
+    /// Null unless what plays is a camera that can be moved. Lent until the next `play` or `stop`.
+    virtual ICloudTourControl* cloudTourControl() = 0;
+
     /// Pictures that were left out since `play`: because their time had passed, and because the pool had none free or
     /// none could be made of them.
     virtual void losses(quint64* late, quint64* dropped) = 0;
-
-    /// Null unless what plays is a camera that can be moved. Lent until the next `play` or `stop`.
-    virtual ICloudTourControl* cloudTourControl() = 0;
 
 protected:
     ~ITavloSourcePlayer() = default;

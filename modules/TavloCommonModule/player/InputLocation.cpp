@@ -2,6 +2,7 @@
 
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
 
+#include <QRegularExpression>
 #include <QUrl>
 
 #include <algorithm>
@@ -80,10 +81,20 @@ void tuneNetwork(InputLocation& location, const QString& scheme)
     }
 }
 
-QString withoutPassword(const QString& text)
+/// An address as it may be told: neither the password before the machine's name nor what is secret in the query.
+QString withoutSecrets(const QString& text)
 {
+    static const QRegularExpression secret(
+        QStringLiteral("([?&](?:pass\\w*|pwd|key|token|secret|auth|sig\\w*)=)[^&#]*"),
+        QRegularExpression::CaseInsensitiveOption);
     const QUrl url(text);
-    return url.isValid() && !url.password().isEmpty() ? url.toDisplayString(QUrl::RemovePassword) : text;
+    QString told = text;
+    if (url.isValid() && !url.password().isEmpty())
+        told = url.toDisplayString(QUrl::RemovePassword);
+    else if (const qsizetype name = text.indexOf(QLatin1String("://")) + 3, end = text.lastIndexOf(u'@');
+             !url.isValid() && name > 2 && end > name)
+        told.remove(name, end + 1 - name); // nobody knows where in there the password is
+    return told.replace(secret, QStringLiteral("\\1..."));
 }
 
 /// The address of a protocol of our own, as the protocol below it has it.
@@ -93,7 +104,7 @@ std::optional<InputLocation> carried(const QString& url, const char* scheme, con
     if (end < 0)
         return std::nullopt;
     auto location = mediaLocation(QLatin1String(scheme) + url.mid(end), caching);
-    location->name = withoutPassword(url);
+    location->name = location->place = withoutSecrets(url);
     location->format = QLatin1String(format);
     return location;
 }
@@ -120,7 +131,7 @@ InputPlan mediaInput(const tagTavloSourcePlayerInfo& info)
         // An entry that is refused stays in the list, so that the entries keep their numbers.
         auto location = mediaLocation(path, info.caching);
         if (!location)
-            location.emplace().name = path;
+            location.emplace().name = withoutSecrets(path);
         plan.entries.append(*location);
     }
     return plan;
@@ -177,9 +188,11 @@ std::optional<InputLocation> mediaLocation(const QString& pathOrUrl, int caching
     if (found == protocols.end())
         return std::nullopt;
     InputLocation location;
-    location.name = withoutPassword(pathOrUrl);
+    location.name = withoutSecrets(pathOrUrl);
     location.url = scheme + pathOrUrl.mid(scheme.size());
     location.pace = found->pace;
+    if (location.pace == Pace::RealTime)
+        location.place = location.name; // it may be a port to listen on
     location.protocols = found->allowed;
     location.cachingMilliseconds = std::clamp(cachingMilliseconds, 0, 60'000);
     tuneNetwork(location, scheme);
@@ -201,12 +214,12 @@ InputPlan planInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFor
     case TavloSourcePlayerKindNDI:
         return ndiInput(info);
     case TavloSourcePlayerKindFastRtmp:
-        return single(carried(info.url, "rtmp", "flv", 50), info.url);
+        return single(carried(info.url, "rtmp", "flv", 50), withoutSecrets(info.url));
     case TavloSourcePlayerKindTvmp:
     case TavloSourcePlayerKindTvmpCuda:
-        return single(carried(info.url, "srt", "mpegts", info.caching), info.url);
+        return single(carried(info.url, "srt", "mpegts", info.caching), withoutSecrets(info.url));
     case TavloSourcePlayerKindTvtp:
-        return single(carried(info.url, "tcp", "mpegts", info.caching), info.url);
+        return single(carried(info.url, "tcp", "mpegts", info.caching), withoutSecrets(info.url));
     default:
         break;
     }

@@ -32,20 +32,19 @@ struct InputLocation
     };
 
     QString name;   ///< as people know it, for the log; without a password
-    QString url;    ///< as its reader takes it
+    QString url;    ///< as its reader takes it, or a camera's name
     QString format; ///< the demultiplexer, empty to find out
     QString sound;  ///< of a card whose sound is a thing of its own
     QString host;   ///< where only some of its machines are meant
+    QString place;  ///< what only one can have at a time; empty when others don't mind
     Pace pace = Pace::File;
     Reader reader = Reader::Ffmpeg;
     QString protocols;                  ///< that the input, and all it refers to, may open; separated by commas
     std::map<QString, QString> options; ///< of its reader
     int cachingMilliseconds = 0;
+    bool isCamera = false;     ///< its file is looked for each time that it is opened: a plug may change it
     bool picturesOnly = false; ///< of a pair of devices, the one for pictures
     bool soundOnly = false;
-
-    bool isLocal() const { return pace == Pace::File || pace == Pace::Device; }
-    bool isEndless() const { return pace == Pace::RealTime || pace == Pace::Device; }
 };
 
 /// What a record asks for.
@@ -64,6 +63,10 @@ std::optional<InputLocation> mediaLocation(const QString& pathOrUrl, int caching
 
 /// Capture devices by a record of that kind: one for pictures, one for sound, either may be missing.
 InputPlan captureInput(const tagTavloSourcePlayerInfo& info, const tagTavloMediaFormatInfo& wanted);
+
+/// The file of a camera by its file, its stable id below /dev/v4l, or the name that its driver gives it. A name that is
+/// not found is kept: the device may be plugged in later.
+QString cameraFile(const QString& name);
 
 /// A Decklink card by a record of that kind: its number, mode and connections.
 InputPlan decklinkInput(const tagTavloSourcePlayerInfo& info);

@@ -16,6 +16,8 @@ extern "C" {
 namespace tavlo {
 namespace {
 
+constexpr qint64 patienceWithPieces = 30'000'000; ///< microseconds: the next one may be a whole one away
+
 /// Options of an input that is being opened; FFmpeg takes out what it knows.
 class Options
 {
@@ -75,12 +77,8 @@ int MediaInput::openContext(const InputLocation& location)
     AVFormatContext* context = avformat_alloc_context();
     if (!context)
         return AVERROR(ENOMEM);
-    context->interrupt_callback = {[](void* self) {
-                                       const auto* input = static_cast<const MediaInput*>(self);
-                                       return static_cast<int>(input->_interrupted ||
-                                                               monotonicNow() > input->_deadline);
-                                   },
-                                   this};
+    context->interrupt_callback = {
+        [](void* self) { return static_cast<int>(static_cast<const MediaInput*>(self)->isOver()); }, this};
     Options options;
     options.set("protocol_whitelist", location.protocols);
     options.set("pattern_type", QStringLiteral("none")); // a percent sign in a picture's name is no pattern
@@ -92,14 +90,20 @@ int MediaInput::openContext(const InputLocation& location)
         avformat_free_context(context);
         return AVERROR_DEMUXER_NOT_FOUND;
     }
+    const bool isDevice = _pace == InputLocation::Pace::Device;
+    if (isDevice)
+        context->flags |= AVFMT_FLAG_NONBLOCK; // a driver doesn't ask whether it is to wait on
+    const QString url = location.isCamera ? cameraFile(location.url) : location.url;
     armDeadline();
     // A failure frees the context.
-    const int opened = avformat_open_input(&context, location.url.toUtf8().constData(), demuxer, options.get());
+    const int opened = avformat_open_input(&context, url.toUtf8().constData(), demuxer, options.get());
     if (opened < 0)
         return opened;
     _context.reset(context);
+    const QLatin1String read(context->iformat->name);
+    _inPieces = read == QLatin1String("hls") || read == QLatin1String("dash");
     armDeadline();
-    return avformat_find_stream_info(context, nullptr);
+    return isDevice ? 0 : avformat_find_stream_info(context, nullptr); // devices have told all about themselves
 }
 
 /// To open a pipe or a device file could wait for ever.
@@ -117,25 +121,31 @@ void MediaInput::close()
     _video.reset();
     _audio.reset();
     _videoIndex = _audioIndex = -1;
-    _isStill = false;
+    _isStill = _inPieces = false;
 }
 
 int MediaInput::read(AVPacket& packet)
 {
     for (;;) {
-        armDeadline();
-        const int result = av_read_frame(_context.get(), &packet);
-        if (result == AVERROR(EAGAIN)) { // a device without a picture just now
-            if (_interrupted)
-                return AVERROR_EXIT;
-            av_usleep(2000);
-            continue;
-        }
-        if (result < 0)
+        if (const int result = readFrame(packet); result < 0)
             return result;
         if (packet.stream_index == _videoIndex || packet.stream_index == _audioIndex)
             return 0;
         av_packet_unref(&packet);
+    }
+}
+
+/// Waits where a device has nothing just now.
+int MediaInput::readFrame(AVPacket& packet)
+{
+    armDeadline();
+    for (;;) {
+        const int result = av_read_frame(_context.get(), &packet);
+        if (result != AVERROR(EAGAIN))
+            return result;
+        if (isOver())
+            return _interrupted ? AVERROR_EXIT : AVERROR(ETIMEDOUT);
+        av_usleep(2000);
     }
 }
 
@@ -214,6 +224,8 @@ std::shared_ptr<const StreamInfo> MediaInput::describe(int index) const
     return std::make_shared<const StreamInfo>(*stream, av_guess_frame_rate(_context.get(), stream, nullptr));
 }
 
-void MediaInput::armDeadline() { _deadline = monotonicNow() + patience; }
+void MediaInput::armDeadline() { _deadline = monotonicNow() + (_inPieces ? patienceWithPieces : patience); }
+
+bool MediaInput::isOver() const { return _interrupted || monotonicNow() > _deadline; }
 
 } // namespace tavlo

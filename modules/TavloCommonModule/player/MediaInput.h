@@ -32,15 +32,18 @@ private:
     };
 
     int openContext(const InputLocation& location);
+    int readFrame(AVPacket& packet);
     static bool isRegular(const InputLocation& location);
     void chooseStreams(bool pictures, bool sound);
     std::shared_ptr<const StreamInfo> describe(int index) const;
     void armDeadline();
+    bool isOver() const;
 
     const std::atomic<bool>& _interrupted;
     qint64 _deadline = 0; ///< monotonic microseconds
     std::unique_ptr<AVFormatContext, CloseContext> _context;
     InputLocation::Pace _pace = InputLocation::Pace::File;
+    bool _inPieces = false; ///< of some seconds each, and nothing between them
     int _videoIndex = -1;
     int _audioIndex = -1;
     bool _isStill = false;

@@ -19,7 +19,7 @@ constexpr std::array turns{"", "transpose=clock", "hflip,vflip", "transpose=cclo
 QString graphText(const AVFrame& frame, bool deinterlaces, bool all, int quarterTurns, bool mirrored)
 {
     QStringList filters;
-    filters << QStringLiteral("buffer=video_size=%1x%2:pix_fmt=%3:time_base=1/1000000:pixel_aspect=%4/%5")
+    filters << QStringLiteral("buffer@in=video_size=%1x%2:pix_fmt=%3:time_base=1/1000000:pixel_aspect=%4/%5")
                    .arg(frame.width)
                    .arg(frame.height)
                    .arg(frame.format)
@@ -32,7 +32,7 @@ QString graphText(const AVFrame& frame, bool deinterlaces, bool all, int quarter
         filters << QString::fromLatin1(turns[static_cast<size_t>(quarterTurns)]);
     if (mirrored)
         filters << QStringLiteral("hflip");
-    filters << QStringLiteral("buffersink");
+    filters << QStringLiteral("buffersink@out");
     return filters.join(u',');
 }
 
@@ -40,7 +40,7 @@ QString graphText(const AVFrame& frame, bool deinterlaces, bool all, int quarter
 
 void PictureFilter::begin(const StreamInfo& stream)
 {
-    _graph.reset();
+    forget();
     _quarterTurns = stream.quarterTurns;
     _mirrored = stream.mirrored;
     _deinterlaces = false;
@@ -51,10 +51,11 @@ bool PictureFilter::process(AVFrame& frame, qint64 stamp, const Take& take)
     if (!needsGraph(frame))
         return take(frame, stamp);
     if (frame.width != _width || frame.height != _height || frame.format != _format)
-        _graph.reset();
+        forget();
     frame.pts = stamp;
-    if ((!_graph && !build(frame)) ||
-        av_buffersrc_add_frame_flags(_in, &frame, AV_BUFFERSRC_FLAG_KEEP_REF | AV_BUFFERSRC_FLAG_PUSH) < 0)
+    if (!_graph && !_unfit)
+        _unfit = !build(frame);
+    if (!_graph || av_buffersrc_add_frame_flags(_in, &frame, AV_BUFFERSRC_FLAG_KEEP_REF | AV_BUFFERSRC_FLAG_PUSH) < 0)
         return take(frame, stamp); // as it is, rather than not at all
     return fetch(take);
 }
@@ -78,9 +79,15 @@ bool PictureFilter::needsGraph(const AVFrame& frame)
     const bool deinterlaces = _mode == 2 || (_mode == 1 && frame.interlaced_frame);
     if (deinterlaces && !_deinterlaces) {
         _deinterlaces = true;
-        _graph.reset();
+        forget();
     }
     return _deinterlaces || _quarterTurns != 0 || _mirrored;
+}
+
+void PictureFilter::forget()
+{
+    _graph.reset();
+    _unfit = false;
 }
 
 bool PictureFilter::build(const AVFrame& frame)
@@ -107,8 +114,8 @@ bool PictureFilter::build(const AVFrame& frame)
         _graph.reset();
         return false;
     }
-    _in = _graph->filters[0];
-    _out = _graph->filters[_graph->nb_filters - 1];
+    _in = avfilter_graph_get_filter(_graph.get(), "buffer@in"); // by name: the graph has scalers of its own as well
+    _out = avfilter_graph_get_filter(_graph.get(), "buffersink@out");
     return true;
 }
 

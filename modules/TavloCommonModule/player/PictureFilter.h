@@ -30,6 +30,7 @@ public:
 
 private:
     bool needsGraph(const AVFrame& frame);
+    void forget();
     bool build(const AVFrame& frame);
     bool fetch(const Take& take);
 
@@ -38,6 +39,7 @@ private:
     bool _mirrored = false;
     bool _deinterlaces = false; ///< once it is needed, for the rest of the stream
     GraphPtr _graph;
+    bool _unfit = false; ///< there is no graph for such frames
     AVFilterContext* _in = nullptr;
     AVFilterContext* _out = nullptr;
     int _width = 0;

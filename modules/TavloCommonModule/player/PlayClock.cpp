@@ -23,8 +23,10 @@ qint64 PlayClock::now() const
 
 void PlayClock::useSystemTime()
 {
-    const std::scoped_lock lock(_lock);
+    std::unique_lock lock(_lock);
     _time = &MonotonicTime::instance();
+    _changed.notify_all();
+    _left.wait(lock, [this] { return _waiting == 0; });
 }
 
 void PlayClock::reset(qint64 position)
@@ -70,12 +72,32 @@ void PlayClock::setRate(double rate)
 {
     {
         const std::scoped_lock lock(_lock);
-        anchor(_time->now());
-        _offset *= rate / _rate; // it is a time of the sink's
-        _settledOffset *= rate / _rate;
-        _rate = rate;
+        _wantedRate = rate;
+        applyRate();
     }
     _changed.notify_all();
+}
+
+void PlayClock::setLive(bool live)
+{
+    {
+        const std::scoped_lock lock(_lock);
+        _live = live;
+        applyRate();
+    }
+    _changed.notify_all();
+}
+
+/// Under the lock.
+void PlayClock::applyRate()
+{
+    const double rate = _live ? 1.0 : _wantedRate;
+    if (rate == _rate)
+        return;
+    anchor(_time->now());
+    _offset *= rate / _rate; // it is a time of the sink's
+    _settledOffset *= rate / _rate;
+    _rate = rate;
 }
 
 double PlayClock::rate() const
@@ -172,7 +194,10 @@ bool PlayClock::wait(qint64 timeline, bool picture, const Cancelled& cancelled)
             return true;
         // No longer than the offset may be trusted.
         const qint64 left = std::min<qint64>(std::llround(std::ceil(ahead / _rate)), 100'000);
+        ++_waiting;
         _time->wait(_changed, lock, now + left);
+        if (--_waiting == 0)
+            _left.notify_all();
     }
     return false;
 }

@@ -24,7 +24,7 @@ public:
     /// Microseconds of the time that it runs on.
     qint64 now() const;
 
-    /// The sink goes: whoever still asks gets the system's time.
+    /// The sink goes: whoever still asks gets the system's time, and nobody waits on the other when it returns.
     void useSystemTime();
 
     /// Stands at that place until `start`.
@@ -35,7 +35,10 @@ public:
     bool isStarted() const;
 
     void setPaused(bool paused);
+
+    /// The rate of what can be had faster or slower: what is live keeps 1.
     void setRate(double rate);
+    void setLive(bool live);
     double rate() const;
 
     /// Moves the clock: forward leaves something out, backward waits.
@@ -74,17 +77,22 @@ private:
     bool runs() const { return _started && !_paused; }
     qint64 positionAt(qint64 now) const;
     void anchor(qint64 now);
+    void applyRate();
 
     mutable std::mutex _lock;
     std::condition_variable _changed;
+    std::condition_variable _left; ///< nobody waits on `_time`
 
     // guarded by _lock
     ITavloSourcePlayerTime* _time;
+    int _waiting = 0;           ///< threads inside `_time`
     qint64 _anchorPosition = 0; ///< of the time line, at `_anchorTime`
     qint64 _anchorTime = 0;     ///< of `_time`
     bool _started = false;
     bool _paused = false;
-    double _rate = 1.0;
+    bool _live = false;
+    double _wantedRate = 1.0;
+    double _rate = 1.0;          ///< 1 while it is live, else as wanted
     double _offset = 0.0;        ///< of what is heard from `position`, smoothed, microseconds
     double _settledOffset = 0.0; ///< what it was soon after the start
     qint64 _soundEnd = noSound;  ///< of the time line

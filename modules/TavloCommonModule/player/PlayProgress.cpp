@@ -97,14 +97,15 @@ SegmentPtr PlayProgress::current() const
     return _current;
 }
 
-/// Under the report lock. Who plays in a pause is paused; what is so already is not told again.
+/// Under the report lock. Who plays in a pause is paused; what is so already is not told again, and what is stopped
+/// stays so, as a reading thread may still be at work.
 void PlayProgress::report(TavloSourcePlayerState state, int item)
 {
     {
         const std::scoped_lock lock(_lock);
         if (state == TavloSourcePlayerStatePlaying && _paused)
             state = TavloSourcePlayerStatePaused;
-        if (_state == state && _item == item)
+        if (_state == TavloSourcePlayerStateStopped || (_state == state && _item == item))
             return;
         _state = state;
         _item = item;

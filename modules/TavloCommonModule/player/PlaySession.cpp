@@ -3,23 +3,17 @@
 #include "TavloCommonModule/player/AudioLine.h"
 #include "TavloCommonModule/player/CameraControl.h"
 #include "TavloCommonModule/player/Demuxer.h"
+#include "TavloCommonModule/player/LooseThreads.h"
 #include "TavloCommonModule/player/VideoLine.h"
-
-#include <pthread.h>
 
 #include <QDebug>
 
 #include <algorithm>
 
 namespace tavlo {
-namespace {
-
-constexpr auto readerPatience = std::chrono::milliseconds(1500);
-
-} // namespace
 
 PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlayerInfo& info,
-                         const tagTavloMediaFormatInfo& wanted, QList<std::shared_future<void>> before)
+                         const tagTavloMediaFormatInfo& wanted)
     : _context(std::make_shared<PlayContext>(&sink, info, wanted, planInput(info, wanted)))
 {
     if (_context->plan.entries.isEmpty()) {
@@ -34,23 +28,18 @@ PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlaye
         _camera = std::make_unique<CameraControl>(info);
     _video->start("tavlo-picture");
     _audio->start("tavlo-sound");
-    startReader(false, before);
+    startReader(false);
     if (_context->plan.second)
-        startReader(true, before);
+        startReader(true);
 }
 
 PlaySession::~PlaySession() { stop(); }
 
-void PlaySession::startReader(bool second, const QList<std::shared_future<void>>& before)
+void PlaySession::startReader(bool second)
 {
-    std::packaged_task<void()> read([context = _context, second, before] {
-        pthread_setname_np(pthread_self(), "tavlo-reader");
-        for (const auto& reader : before)
-            reader.wait();
-        Demuxer(context, second).run();
-    });
-    _readers.append(read.get_future().share());
-    std::thread(std::move(read)).detach(); // it keeps what it needs, should the system not let it go
+    const InputLocation& entry = second ? *_context->plan.second : _context->plan.entries.front();
+    LooseThreads::instance().start("tavlo-reader", entry.place, {_context, &_context->aborted},
+                                   [context = _context, second] { Demuxer(context, second).run(); });
 }
 
 void PlaySession::stop()
@@ -67,11 +56,6 @@ void PlaySession::stop()
     if (_audio)
         _audio->join();
     _context->progress.stop();
-    const auto deadline = std::chrono::steady_clock::now() + readerPatience;
-    for (const auto& reader : _readers) {
-        if (reader.wait_until(deadline) == std::future_status::timeout)
-            qDebug() << "player: an input doesn't let go, its reading thread ends later";
-    }
     _context->clock.useSystemTime();
 }
 
@@ -92,7 +76,7 @@ void PlaySession::setPaused(bool paused)
 
 void PlaySession::setRate(float rate)
 {
-    if (std::isfinite(rate) && !isLive())
+    if (std::isfinite(rate))
         _context->clock.setRate(std::clamp(static_cast<double>(rate), 0.25, 4.0));
 }
 

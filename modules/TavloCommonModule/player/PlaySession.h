@@ -2,11 +2,7 @@
 
 #include "TavloCommonModule/player/PlayContext.h"
 
-#include <QList>
-
-#include <future>
 #include <memory>
-#include <vector>
 
 namespace tavlo {
 
@@ -18,18 +14,14 @@ class VideoLine;
 class PlaySession
 {
 public:
-    /// \param before  the reading threads of the play before, whose device may have to be let go first
     PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlayerInfo& info,
-                const tagTavloMediaFormatInfo& wanted, QList<std::shared_future<void>> before);
+                const tagTavloMediaFormatInfo& wanted);
     ~PlaySession();
     PlaySession(const PlaySession&) = delete;
     PlaySession& operator=(const PlaySession&) = delete;
 
-    /// The sink is not called afterwards. A reading thread that hangs in the system is left to itself.
+    /// The sink is not called afterwards. What reads from outside the process is told to end, and left to it.
     void stop();
-
-    /// What is left of the reading threads.
-    const QList<std::shared_future<void>>& readers() const { return _readers; }
 
     const tagTavloSourcePlayerInfo& info() const { return _context->info; }
     void setPaused(bool paused);
@@ -54,13 +46,12 @@ public:
     int itemIndex() const { return _context->progress.item(); }
 
 private:
-    void startReader(bool second, const QList<std::shared_future<void>>& before);
+    void startReader(bool second);
 
     const std::shared_ptr<PlayContext> _context;
     std::unique_ptr<VideoLine> _video;
     std::unique_ptr<AudioLine> _audio;
     std::unique_ptr<CameraControl> _camera;
-    QList<std::shared_future<void>> _readers;
     std::atomic<qint64> _soughtTime{0}; ///< milliseconds, until the place is reached
 };
 

@@ -5,6 +5,16 @@
 #include <utility>
 
 namespace tavlo {
+namespace {
+
+Decoder::Hardware wantedHardware(const tagTavloSourcePlayerInfo& info)
+{
+    if (info.hwDecode == 0)
+        return Decoder::Hardware::None;
+    return info.kind == TavloSourcePlayerKindTvmpCuda ? Decoder::Hardware::Cuda : Decoder::Hardware::Any;
+}
+
+} // namespace
 
 void StreamLine::start(const char* threadName)
 {
@@ -53,7 +63,7 @@ void StreamLine::beginSegment(SegmentPtr segment)
     if (anew)
         _gatePassed = false;
     const auto& stream = streamOf(*_segment);
-    _decodes = stream && _decoder.open(stream, _context.info.hwDecode != 0, _segment->live);
+    _decodes = stream && _decoder.open(stream, wantedHardware(_context.info), _segment->live);
     begin(anew);
 }
 

@@ -40,32 +40,20 @@ void TavloSourcePlayer::play(tagTavloSourcePlayerInfo* info, tagTavloMediaFormat
         running->setPaused(false);
         return;
     }
-    replaceSession(nullptr);
-    auto next =
-        std::make_shared<tavlo::PlaySession>(*_sink, *info, wanted ? *wanted : tagTavloMediaFormatInfo(), _readers);
+    if (const SessionPtr running = session())
+        running->stop();
+    auto next = std::make_shared<tavlo::PlaySession>(*_sink, *info, wanted ? *wanted : tagTavloMediaFormatInfo());
     if (_rate != 1.0F)
         next->setRate(_rate);
-    replaceSession(std::move(next));
+    const std::scoped_lock sessionLock(_sessionLock);
+    _session = std::move(next);
 }
 
 void TavloSourcePlayer::stop()
 {
     const std::scoped_lock lock(_controlLock);
-    if (const SessionPtr running = session()) {
+    if (const SessionPtr running = session())
         running->stop();
-        _readers = running->readers();
-    }
-}
-
-void TavloSourcePlayer::replaceSession(SessionPtr next)
-{
-    if (const SessionPtr running = session(); running && !next) {
-        running->stop();
-        _readers = running->readers();
-    }
-    const std::scoped_lock lock(_sessionLock);
-    if (next)
-        _session = std::move(next);
 }
 
 void TavloSourcePlayer::pause()

@@ -33,21 +33,19 @@ public:
     qint32 itemIndex() override;
     void reservedA() override {}
     void reservedB() override {}
-    void losses(quint64* late, quint64* dropped) override;
     ICloudTourControl* cloudTourControl() override;
+    void losses(quint64* late, quint64* dropped) override;
 
 private:
     using SessionPtr = std::shared_ptr<tavlo::PlaySession>;
 
     SessionPtr session() const;
-    void replaceSession(SessionPtr session);
 
     std::mutex _controlLock; ///< taken before _sessionLock, held while threads begin and end
 
     // guarded by _controlLock
     ITavloSourcePlayerSink* _sink = nullptr;
     float _rate = 1.0F;
-    QList<std::shared_future<void>> _readers; ///< of plays that are over
 
     mutable std::mutex _sessionLock;
 
