@@ -51,6 +51,9 @@ void giveBack(std::mutex& lock, std::vector<Pointer>& free, Pointer pointer)
 /// The first of a row of losses is told, and then one of a hundred: a full pool would fill the log.
 bool isToldLoss(std::atomic<quint64>& count) { return count.fetch_add(1, std::memory_order_relaxed) % 100 == 0; }
 
+/// Bytes that a block takes: its memory begins in front of them.
+size_t roomOf(const block_t& block) { return block.i_size - static_cast<size_t>(block.p_buffer - block.p_start); }
+
 PicturePtr newPicture(quint32 chroma, const tagTavloVideoInfo& info)
 {
     return PicturePtr(picture_New(chroma, info.width, info.height, 1, 1));
@@ -208,7 +211,7 @@ void Node::commitAudioData(const void* data, int size, qint64 timestamp)
     OutputEvent event;
     event.id = OutputEventId::Sound;
     event.block = takeFree(_poolLock, _freeBlocks);
-    if (event.block && event.block->i_size < bytes)
+    if (event.block && roomOf(*event.block) < bytes)
         event.block.reset(block_Alloc(bytes));
     if (!event.block) {
         if (isToldLoss(_droppedBlocks))

@@ -139,6 +139,27 @@ TEST(Record, EachPictureIsInTheFileOrInOneAccount)
     }
 }
 
+/// Those around the size that the pool's blocks begin with.
+TEST(Record, TakesBlocksOfSoundOfAnySize)
+{
+    const QTemporaryDir folder;
+    Stage stage(Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    stage.start(record, param);
+    qint64 samples = 0;
+    for (int bytes = 8100; bytes < 8400; bytes += 4) {
+        const std::vector<quint8> sound(static_cast<size_t>(bytes), 1);
+        stage.target.commitAudioData(sound.data(), bytes, Programme::begin + samples * 1'000'000 / Programme::rate);
+        stage.commitPicture(static_cast<int>(samples * Programme::fps / Programme::rate));
+        stage.stop(TavloPresentOutputTypeNet); // comes behind both
+        samples += bytes / 4;
+    }
+    stage.stop(record);
+    EXPECT_EQ(stage.statistics().droppedBlocks + stage.statistics().silentSamples, 0U);
+    const Decoded decoded = decode(filesIn(folder.path()).value(0));
+    EXPECT_NEAR(static_cast<double>(decoded.samples), static_cast<double>(samples), 3 * 1024);
+}
+
 TEST(Record, SplitsWithoutLosingAnything)
 {
     for (const quint32 mode : {0U, 1U, 2U}) {
@@ -171,12 +192,16 @@ TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
 {
     const QTemporaryDir folder;
     const QString segments = folder.filePath(QStringLiteral("ts"));
-    QDir().mkpath(segments + QStringLiteral("/day"));
     const QDateTime now = QDateTime::currentDateTime();
-    for (const auto& [name, age] : {std::pair("old.ts", 7200), std::pair("young.ts", 60), std::pair("old.txt", 7200)}) {
-        QFile file(segments + QStringLiteral("/day/") + QLatin1String(name));
+    const QStringList foreign{"day/10_00_00.ts", "2026-01-02/show.ts", "2026-01-02/10_00_00.txt",
+                              "2026-01-02/deep/10_00_00.ts"};
+    const QStringList old{"2026-01-02/10_00_00.ts", "2026-01-02/10_00_00_12.ts", "2026-01-03/10_00_00.ts"};
+    const QString young = QStringLiteral("2026-01-02/10_01_00.ts");
+    for (const QString& name : foreign + old + QStringList{young}) {
+        QFile file(segments + QLatin1Char('/') + name);
+        QDir().mkpath(QFileInfo(file).path());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(file.setFileTime(now.addSecs(-age), QFileDevice::FileModificationTime));
+        ASSERT_TRUE(file.setFileTime(now.addSecs(name == young ? -60 : -7200), QFileDevice::FileModificationTime));
     }
     Stage stage(Way::Pictures);
     tagTavloPresentOutputParam param = Stage::param(folder.path());
@@ -189,9 +214,10 @@ TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
     stage.stop(record);
 
     QStringList files = filesIn(segments);
-    EXPECT_EQ(files.filter(QStringLiteral("old")), QStringList{segments + QStringLiteral("/day/old.txt")});
-    EXPECT_EQ(files.removeIf([](const QString& path) { return path.contains(QStringLiteral("/day/")); }), 2);
-    ASSERT_EQ(files.size(), 3);
+    for (const QString& name : foreign + QStringList{young})
+        EXPECT_TRUE(files.removeOne(segments + QLatin1Char('/') + name)) << name.toStdString();
+    EXPECT_FALSE(QDir(segments + QStringLiteral("/2026-01-03")).exists());
+    ASSERT_EQ(files.size(), 3); // nothing that is old, and what was written now
     std::vector<std::vector<int>> parts;
     for (const QString& file : files)
         parts.push_back(decode(file).numbers);
