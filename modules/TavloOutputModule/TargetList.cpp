@@ -2,6 +2,7 @@
 
 #include "TavloOutputModule/LiveTarget.h"
 #include "TavloOutputModule/NetAddress.h"
+#include "TavloOutputModule/PlaylistTarget.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/RecordTarget.h"
 #include "TavloOutputModule/RelayTarget.h"
@@ -139,36 +140,6 @@ void addHttp(TargetList& targets, const Param& param, const StreamFormat& format
             targets.net.push_back(std::make_unique<LiveTarget>("http", format, httpAddress(param, path)));
 }
 
-/// Gives the files of a playlist, and nothing else of its folder.
-class PlaylistFolder final : public HttpResource
-{
-public:
-    explicit PlaylistFolder(std::string folder) : _folder(std::move(folder)) {}
-
-    HttpReply get(const std::string& step) override
-    {
-        const bool isList = step.ends_with(".m3u8");
-        if (step.starts_with('.') || (!isList && !step.ends_with(".ts")))
-            return {};
-        return {isList ? "application/vnd.apple.mpegurl" : "video/mp2t", {}, _folder + '/' + step, {}};
-    }
-
-private:
-    const std::string _folder;
-};
-
-/// Without it the files are there all the same.
-void serveHls(TargetList& targets, const Param& param)
-{
-    const HttpAddress address = httpAddress(param, param.hlsPath);
-    std::string error;
-    auto folder = std::make_shared<PlaylistFolder>(resolvedFolder(param.hlsDir).toStdString());
-    if (targets.hlsPlace.take(address.address, address.port, address.path, std::move(folder), error))
-        qDebug() << "output worker: hls serves" << (address.text() + "/index.m3u8").c_str();
-    else
-        qDebug() << "output worker: hls cannot serve" << address.text().c_str() << ":" << error.c_str();
-}
-
 void addUrl(TargetList& targets, const char* name, const StreamFormat& format, Muxer::Target target)
 {
     const bool isFile = target.format == "hls";
@@ -192,8 +163,8 @@ std::unique_ptr<Target> makeTsRecord(const Param& param, const StreamFormat& for
 {
     return std::make_unique<RecordTarget>("tsRecord", format,
                                           RecordSettings{resolvedFolder(param.tsRecordDir), QStringLiteral("${TIME}"),
-                                                         QStringLiteral("yyyy-MM-dd/hh_mm_ss"),
-                                                         param.tsRecordSegmentSeconds, 0, param.tsRecordKeepSeconds});
+                                                         QLatin1String(segmentTimeFormat), param.tsRecordSegmentSeconds,
+                                                         0, param.tsRecordKeepSeconds});
 }
 
 } // namespace
@@ -209,7 +180,8 @@ TargetList makeTargets(const Param& param, const StreamFormat& format)
         if (param.*row.enabled)
             addUrl(targets, row.name, format, row.target(param));
     if (param.hlsEnabled && !param.hlsPath.isEmpty())
-        serveHls(targets, param);
+        targets.net.push_back(std::make_unique<PlaylistTarget>("hls", format, httpAddress(param, param.hlsPath),
+                                                               resolvedFolder(param.hlsDir).toStdString()));
     if (param.httpEnabled)
         addHttp(targets, param, format);
     if (param.relayEnabled && format.hasVideo())

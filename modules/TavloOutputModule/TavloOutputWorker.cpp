@@ -80,7 +80,6 @@ void TavloOutputWorker::stop()
         _interleaver.reset();
     }
     forEachTarget([](Target& target) { target.stop(); });
-    _targets.hlsPlace.leave();
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)

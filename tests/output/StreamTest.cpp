@@ -1,5 +1,6 @@
 #include "OutputSupport.h"
 #include "Viewer.h"
+#include "support/LogCapture.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -299,6 +300,34 @@ TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
                                    QByteArray("/hls/0/"), QByteArray("/hls/0/index9.ts"), QByteArray("/hls")})
         EXPECT_TRUE(HttpReader(port, path).readAll().left(20).contains(" 404 ")) << path.constData();
     EXPECT_TRUE(HttpReader(port, "/hls/0/index0.ts").readAll().contains("200 OK"));
+}
+
+/// Takes some seconds: the pauses in front of the second attempts are the real ones.
+TEST(StreamNet, APortThatAnotherProgramHasIsToldAndTakenWhenItIsFree)
+{
+    const int port = freePort();
+    const QTemporaryDir folder;
+    LogCapture log;
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.httpEnabled = param.hlsEnabled = 1;
+    param.httpPort = static_cast<quint16>(port);
+    param.hlsDir = folder.path();
+    int number = 0;
+    {
+        const Listener other(port);
+        stage.start(net, param);
+        while (log.count("cannot listen: Address already in use") < 2)
+            stage.commit(number++, 1);
+        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Waiting);
+    }
+    while (log.count(" serves http://") < 2)
+        stage.commit(number++, 1);
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
+    EXPECT_TRUE(HttpReader(port, "/hls/0/index.m3u8").readAll().contains("200 OK"));
+    stage.stop(net);
+    stage.start(net, param); // at once, though connections of before are not forgotten yet
+    EXPECT_TRUE(HttpReader(port, "/hls/0/index.m3u8").readAll().contains("200 OK"));
 }
 
 TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)

@@ -59,6 +59,21 @@ private:
     int _socket;
 };
 
+/// Another program that listens at a port of the loopback address, and would share it. It says nothing to those who come.
+class Listener
+{
+public:
+    explicit Listener(int port);
+    ~Listener();
+
+    /// Returns when somebody has come.
+    void await();
+
+private:
+    int _socket;
+    int _connection = -1;
+};
+
 /// Returns when somebody listens on the port, with TCP or with UDP.
 void awaitListener(int port);
 
