@@ -125,16 +125,20 @@ bool Node::useGraphics()
     return _nv12Pass != nullptr;
 }
 
+void Node::end()
+{
+    {
+        const std::lock_guard guard(_eventQueueLock);
+        _running = false;
+    }
+    _eventArrived.notify_one();
+}
+
 void Node::destroy()
 {
-    if (_thread.joinable()) {
-        {
-            const std::lock_guard guard(_eventQueueLock);
-            _running = false;
-        }
-        _eventArrived.notify_one();
+    end();
+    if (_thread.joinable())
         joinThread();
-    }
     _nv12Pass.reset();
     _converter.close();
     TavloPresentOutputTargetNodeBase::destroy();

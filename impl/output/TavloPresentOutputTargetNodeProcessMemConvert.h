@@ -40,7 +40,10 @@ public:
                 tavlo::graphics::DevicePtr device, tavlo::graphics::ContextPtr context,
                 tavlo::graphics::TexturePtr texture, const tavlo::graphics::TextureDesc& textureDesc) override;
 
-    /// Ends the thread behind everything that was posted. Owner's thread.
+    /// Has the thread end behind everything that was posted, and takes nothing more. Owner's thread.
+    void end();
+
+    /// Ends, and returns when the thread has ended. Owner's thread.
     void destroy() override;
 
     /// Committing thread, as the target's operations of the same names.

@@ -33,6 +33,8 @@ public:
     struct Limits
     {
         std::atomic<Time> endBy{Time::max()};
+
+        bool isEnding() const { return endBy.load() != Time::max(); }
     };
 
     /// Null, the reason in `error`, when it cannot be opened or refuses the streams.

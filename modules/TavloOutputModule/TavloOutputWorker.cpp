@@ -79,7 +79,8 @@ void TavloOutputWorker::stop()
         distribute();
         _interleaver.reset();
     }
-    forEachTarget([](Target& target) { target.stop(); });
+    forEachTarget([](Target& target) { target.end(); }); // all of them first: those that are stuck give up together
+    forEachTarget([](Target& target) { target.join(); });
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)
