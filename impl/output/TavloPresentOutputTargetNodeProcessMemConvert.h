@@ -1,5 +1,6 @@
 #pragma once
 
+#include "output/LossRow.h"
 #include "output/Nv12Pass.h"
 #include "output/OutputConversion.h"
 #include "output/OutputEvent.h"
@@ -107,6 +108,9 @@ private:
     std::unique_ptr<tavlo::Nv12Pass> _nv12Pass; ///< used on the frame thread; its presence is the graphics way
     quint32 _sourceChroma = 0;                  ///< of what the thread finds in memory
     std::thread _thread;
+
+    // committing thread
+    tavlo::LossRow _lostPictures, _lostBlocks;
 
     // node's thread
     bool _poolMade = false;

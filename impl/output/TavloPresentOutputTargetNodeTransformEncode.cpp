@@ -338,8 +338,10 @@ void Node::onHandle_video(picture_t* picture, bool flip)
     target->date = picture->date;
     if (acquired)
         _videoEncoder->submitPicture(acquired);
-    else
-        _videoEncoder->encode(target, 1, picture->date, picture->date);
+    if (acquired || _videoEncoder->encode(target, 1, picture->date, picture->date))
+        _lostByEncoder.good();
+    else if (_lostByEncoder.isTold())
+        tell("onHandle_video", QStringLiteral("the video encoder has no room"));
 }
 
 void Node::onHandle_audio(block_t* block)

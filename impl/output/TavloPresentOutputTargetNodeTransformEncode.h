@@ -82,6 +82,7 @@ private:
     // node's thread
     std::array<Ending, TavloPresentOutputTypeCount> _endings; ///< by type
     bool _encoding = false;
+    tavlo::LossRow _lostByEncoder;
     tagTavloPresentOutputParam _encodeParam; ///< of the start that opened the encoders
     tavlo::InterfacePtr<ITavloGraphicsContext> _graphicsContext;
     CTempldateHelper<ITavloMpegAudioEncoder> _audioHelper;

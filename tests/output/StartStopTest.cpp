@@ -229,6 +229,22 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
     }
 }
 
+/// Of this process: what `task` and `fd` list.
+qsizetype countOf(const char* what)
+{
+    return QDir(QStringLiteral("/proc/self/") + QLatin1String(what))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+        .size();
+}
+
+void expectEachInOneAccount(const tagTavloOutputStatistics& statistics)
+{
+    EXPECT_GT(statistics.committedPictures, 0U);
+    EXPECT_EQ(statistics.committedPictures, statistics.droppedPictures + statistics.latePictures +
+                                                statistics.encoderDropped + statistics.skippedPictures +
+                                                statistics.codedPictures - statistics.repeatedPictures);
+}
+
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
 {
 #ifdef __SANITIZE_THREAD__
@@ -246,6 +262,11 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     param.httpPort = static_cast<quint16>(freePort());
     param.httpPaths[1] = QStringLiteral("/live.flv");
     param.hlsDir = folder.path();
+    for (const int type : types) { // what is loaded once
+        stage.start(type, param);
+        stage.stop(type);
+    }
+    const qsizetype threads = countOf("task"), handles = countOf("fd");
     std::atomic<bool> done{false};
     std::thread committing([&] {
         for (int number = 0; !done; ++number) {
@@ -259,7 +280,7 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
                 stage.statistics(index);
     });
     std::minstd_rand random(7);
-    for (int i = 0; i < 600; ++i) {
+    for (int i = 0; i < 300; ++i) {
         const int type = types[random() % types.size()];
         const auto index = static_cast<int>(random() % 2);
         if (random() % 2)
@@ -270,6 +291,14 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     done = true;
     committing.join();
     looking.join();
+    for (const int index : {0, 1}) {
+        for (const int type : types)
+            stage.stop(type, index);
+        expectEachInOneAccount(stage.statistics(index));
+    }
+    constexpr qsizetype some = 8; // of GStreamer, which come and go; each output was begun more often
+    EXPECT_LE(countOf("task"), threads + some);
+    EXPECT_LE(countOf("fd"), handles + some);
     stage.target.destroy();
     stage.target.destroy();
     stage.start(record, param); // lost with no word
