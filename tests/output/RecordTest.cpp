@@ -160,20 +160,35 @@ TEST(Record, TakesBlocksOfSoundOfAnySize)
     EXPECT_NEAR(static_cast<double>(decoded.samples), static_cast<double>(samples), 3 * 1024);
 }
 
-TEST(Record, SplitsWithoutLosingAnything)
+/// Half a minute of it takes some seconds.
+TEST(Record, SplitsWithoutLosingAPictureOrASample)
 {
-    for (const quint32 mode : {0U, 1U, 2U}) {
-        const QTemporaryDir folder;
+    struct Case
+    {
+        quint32 mode, period;
+        int count, files;
+    };
+    for (const Case& one : {Case{0, 1, 80, 3}, Case{1, 1, 80, 3}, Case{2, 10, 30 * Programme::fps, 3}}) {
+        SCOPED_TRACE("mode " + std::to_string(one.mode));
+        const QTemporaryDir folder, wholes;
         Stage stage(Way::Pictures);
         tagTavloPresentOutputParam param = Stage::param(folder.path());
-        param.recordMode = mode;
-        param.recordPeriod = 1;
+        param.recordMode = one.mode;
+        param.recordPeriod = one.period;
+        param.tsRecordEnabled = 1; // the same in one file
+        param.tsRecordDir = wholes.path();
+        param.tsRecordSegmentSeconds = 3600;
         stage.start(record, param);
-        stage.commit(0, 80);
+        stage.commit(0, one.count);
+        expectPerfect(stage.statistics());
         stage.stop(record);
 
+        const Decoded whole = decode(filesIn(wholes.path()).value(0));
+        EXPECT_EQ(whole.numbers, numbersFrom(0, one.count));
+        EXPECT_NEAR(static_cast<double>(whole.samples), one.count * 1920 + 1024, 1024); // the codec's own block before
+        expectInSync(whole);
         QStringList files = filesIn(folder.path()); // show, show_1, show_2
-        ASSERT_EQ(files.size(), 3);
+        ASSERT_EQ(files.size(), one.files);
         std::ranges::sort(files, {},
                           [](const QString& path) { return path.size() * 100 + path[path.size() - 5].unicode(); });
         std::vector<int> numbers;
@@ -183,8 +198,8 @@ TEST(Record, SplitsWithoutLosingAnything)
             numbers.insert(numbers.end(), decoded.numbers.begin(), decoded.numbers.end());
             samples += decoded.samples;
         }
-        EXPECT_EQ(numbers, numbersFrom(0, 80)) << "mode " << mode;
-        EXPECT_NEAR(static_cast<double>(samples), 80 * 1920, 3 * 1024);
+        EXPECT_EQ(numbers, whole.numbers);
+        EXPECT_EQ(samples, whole.samples);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <sys/socket.h>
 #include <vector>
 
 namespace tavlo::test {
@@ -59,11 +60,12 @@ private:
     int _socket;
 };
 
-/// Another program that listens at a port of the loopback address, and would share it. It says nothing to those who come.
+/// Another program at a port of the loopback address, which it would share. It says nothing to those who come.
 class Listener
 {
 public:
-    explicit Listener(int port);
+    /// \param kind  of socket; with SOCK_STREAM it listens
+    explicit Listener(int port, int kind = SOCK_STREAM);
     ~Listener();
 
     /// Returns when somebody has come.
