@@ -17,6 +17,7 @@ enum class OutputEventId : quint64
     Sound = 2,
     StartOutput = 0x40000,
     StopOutput = 0x40001,
+    LeafEnded = 0x40002, ///< the thread on which an output of that type was brought to its end
 };
 
 /// What a mid node's thread is asked for.

@@ -48,10 +48,17 @@ bool isRgb(AVPixelFormat format)
     return description && (description->flags & AV_PIX_FMT_FLAG_RGB);
 }
 
-/// Without it red, green and blue would be turned by the matrix of BT.601.
-void setMatrix(SwsContext* context)
+/// What cards and NDI send has no word on its matrix: those who receive it take that of their standard, which is BT.601
+/// for fewer lines than 720.
+int matrixOf(quint32 targetChroma, int height)
 {
-    const int* matrix = sws_getCoefficients(SWS_CS_ITU709);
+    return targetChroma == tavloFourcc("UYVY") && height < 720 ? SWS_CS_ITU601 : SWS_CS_ITU709;
+}
+
+/// Without it red, green and blue would always be turned by the matrix of BT.601.
+void setMatrix(SwsContext* context, int kind)
+{
+    const int* matrix = sws_getCoefficients(kind);
     constexpr int full = 1, limited = 0, one = 1 << 16;
     sws_setColorspaceDetails(context, matrix, full, matrix, limited, 0, one, one);
 }
@@ -83,7 +90,7 @@ bool PictureConverter::open(quint32 sourceChroma, quint32 targetChroma, int widt
         return false;
     }
     if (isRgb(from) && !isRgb(to))
-        setMatrix(_context.get());
+        setMatrix(_context.get(), matrixOf(targetChroma, height));
     _swapSource = hasSwappedPlanes(sourceChroma);
     _swapTarget = hasSwappedPlanes(targetChroma);
     return true;

@@ -12,7 +12,8 @@ namespace tavlo {
 /// Turns pictures in memory from one chroma into another of the same size.
 ///
 /// Red, green and blue become BT.709 of limited range: to NV12 by loops of ours, which take a quarter of libswscale's
-/// time, to all else by libswscale. One thread at a time. Nothing is allocated by a conversion.
+/// time, to all else by libswscale; UYVY of fewer than 720 lines is BT.601, as those who receive it expect. One thread at a
+/// time. Nothing is allocated by a conversion.
 class PictureConverter
 {
 public:

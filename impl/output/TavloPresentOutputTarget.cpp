@@ -59,6 +59,7 @@ bool TavloPresentOutputTarget::create(int index, const QString& name, const tagT
 
 void TavloPresentOutputTarget::destroy()
 {
+    forEachNode([](std::unique_ptr<MidNode>& node) { node->end(); }); // all of them first: they end side by side
     forEachNode([](std::unique_ptr<MidNode>& node) {
         node->destroy();
         node.reset();

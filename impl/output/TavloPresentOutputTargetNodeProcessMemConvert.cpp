@@ -48,8 +48,8 @@ void giveBack(std::mutex& lock, std::vector<Pointer>& free, Pointer pointer)
     free.push_back(std::move(pointer));
 }
 
-/// The first of a row of losses is told, and then one of a hundred: a full pool would fill the log.
-bool isToldLoss(std::atomic<quint64>& count) { return count.fetch_add(1, std::memory_order_relaxed) % 100 == 0; }
+/// Bytes that a block takes: its memory begins in front of them.
+size_t roomOf(const block_t& block) { return block.i_size - static_cast<size_t>(block.p_buffer - block.p_start); }
 
 PicturePtr newPicture(quint32 chroma, const tagTavloVideoInfo& info)
 {
@@ -122,16 +122,20 @@ bool Node::useGraphics()
     return _nv12Pass != nullptr;
 }
 
+void Node::end()
+{
+    {
+        const std::lock_guard guard(_eventQueueLock);
+        _running = false;
+    }
+    _eventArrived.notify_one();
+}
+
 void Node::destroy()
 {
-    if (_thread.joinable()) {
-        {
-            const std::lock_guard guard(_eventQueueLock);
-            _running = false;
-        }
-        _eventArrived.notify_one();
+    end();
+    if (_thread.joinable())
         joinThread();
-    }
     _nv12Pass.reset();
     _converter.close();
     TavloPresentOutputTargetNodeBase::destroy();
@@ -159,10 +163,12 @@ void Node::commitVideoData(picture_t* picture)
     event.id = OutputEventId::Picture;
     event.picture = takeFree(_poolLock, _freePictures);
     if (!event.picture) {
-        if (isToldLoss(_droppedPictures))
+        countDropped();
+        if (_lostPictures.isTold())
             tell("commitVideoData", "no free video pictrue");
         return;
     }
+    _lostPictures.good();
     picture_Copy(event.picture.get(), picture);
     event.timestamp = picture->date;
     post(std::move(event), false);
@@ -177,10 +183,12 @@ bool Node::commitVideoData(const TexturePtr& texture, qint64 timestamp)
     event.id = OutputEventId::Texture;
     event.texture = takeFree(_poolLock, _freeTextures);
     if (!event.texture) {
-        if (isToldLoss(_droppedPictures))
+        countDropped();
+        if (_lostPictures.isTold())
             tell("commitVideoData", "no free storage texture");
         return false;
     }
+    _lostPictures.good();
     if (!copyToStaging(*event.texture, texture)) {
         countDropped();
         giveBack(_poolLock, _freeTextures, std::move(event.texture));
@@ -208,13 +216,15 @@ void Node::commitAudioData(const void* data, int size, qint64 timestamp)
     OutputEvent event;
     event.id = OutputEventId::Sound;
     event.block = takeFree(_poolLock, _freeBlocks);
-    if (event.block && event.block->i_size < bytes)
+    if (event.block && roomOf(*event.block) < bytes)
         event.block.reset(block_Alloc(bytes));
     if (!event.block) {
-        if (isToldLoss(_droppedBlocks))
+        _droppedBlocks.fetch_add(1, std::memory_order_relaxed);
+        if (_lostBlocks.isTold())
             tell("commitAudioData", "no free audio block");
         return;
     }
+    _lostBlocks.good();
     block_t& block = *event.block;
     block.i_buffer = bytes;
     std::memcpy(block.p_buffer, data, bytes);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "output/LossRow.h"
 #include "output/Nv12Pass.h"
 #include "output/OutputConversion.h"
 #include "output/OutputEvent.h"
@@ -40,7 +41,10 @@ public:
                 tavlo::graphics::DevicePtr device, tavlo::graphics::ContextPtr context,
                 tavlo::graphics::TexturePtr texture, const tavlo::graphics::TextureDesc& textureDesc) override;
 
-    /// Ends the thread behind everything that was posted. Owner's thread.
+    /// Has the thread end behind everything that was posted, and takes nothing more. Owner's thread.
+    void end();
+
+    /// Ends, and returns when the thread has ended. Owner's thread.
     void destroy() override;
 
     /// Committing thread, as the target's operations of the same names.
@@ -104,6 +108,9 @@ private:
     std::unique_ptr<tavlo::Nv12Pass> _nv12Pass; ///< used on the frame thread; its presence is the graphics way
     quint32 _sourceChroma = 0;                  ///< of what the thread finds in memory
     std::thread _thread;
+
+    // committing thread
+    tavlo::LossRow _lostPictures, _lostBlocks;
 
     // node's thread
     bool _poolMade = false;

@@ -98,16 +98,19 @@ void Node::removeLeaf(int type)
 void Node::onHandle_video(picture_t* picture, bool flip)
 {
     const std::shared_lock guard(_nodesLock);
+    if (_hdmiNodes.empty() && _rawNodes.empty())
+        return countLate();
+    int stride = 0;
+    const quint8* const data = _rawNodes.empty() ? nullptr : asUyvy(picture, flip, stride);
+    if (!data && !_rawNodes.empty())
+        countDropped();
+    else
+        _handedOnPictures.fetch_add(1, std::memory_order_release);
     for (Leaf* leaf : _hdmiNodes)
         leaf->onVideo(picture, picture->p[0].p_pixels, picture->p[0].i_pitch, picture->date);
-    if (_rawNodes.empty())
-        return;
-    int stride = 0;
-    const quint8* const data = asUyvy(picture, flip, stride);
-    if (!data)
-        return countDropped();
     for (Leaf* leaf : _rawNodes)
-        leaf->onVideo(nullptr, data, stride, picture->date);
+        if (data)
+            leaf->onVideo(nullptr, data, stride, picture->date);
 }
 
 const quint8* Node::asUyvy(picture_t* picture, bool flip, int& stride)
@@ -135,7 +138,9 @@ void Node::onHandle_audio(block_t* block)
 
 void Node::getStatistics(tagTavloOutputStatistics* statistics)
 {
+    const quint64 handedOn = _handedOnPictures.load(std::memory_order_acquire); // first: each was committed before
     TavloPresentOutputTargetNodeProcessMemConvert::getStatistics(statistics);
+    statistics->committedPictures -= handedOn; // the accounts are those of pictures that are coded
     const std::shared_lock guard(_nodesLock);
     for (Leaf* leaf : _hdmiNodes)
         leaf->getStatistics(statistics);

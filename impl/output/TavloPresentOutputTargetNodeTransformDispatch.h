@@ -38,6 +38,7 @@ private:
 
     // any thread
     std::atomic<int> _leafCount{0};
+    std::atomic<quint64> _handedOnPictures{0};
 
     // changed by the node's thread alone, under _nodesLock; others read under it
     std::shared_mutex _nodesLock;

@@ -7,6 +7,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <pthread.h>
 #include <utility>
 
 using namespace tavlo;
@@ -92,7 +93,10 @@ void Node::onThreadEnd()
 {
     stopEncode();
     for (int type = 0; type < TavloPresentOutputTypeCount; ++type)
-        removeLeaf(type);
+        if (_outputNodes[static_cast<size_t>(type)])
+            endAside(type);
+    for (int type = 0; type < TavloPresentOutputTypeCount; ++type)
+        finishEnd(type);
     TavloPresentOutputTargetNodeProcessMemConvert::onThreadEnd();
 }
 
@@ -103,7 +107,10 @@ void Node::onThreadEvent(OutputEvent& event)
         onHandle_startOutput(event.index, event.type, *event.param);
         break;
     case OutputEventId::StopOutput:
-        onHandle_stopOutput(event.index, event.type);
+        onHandle_stopOutput(event.index, event.type, event.done);
+        break;
+    case OutputEventId::LeafEnded:
+        onHandle_leafEnded(event.type);
         break;
     default:
         TavloPresentOutputTargetNodeProcessMemConvert::onThreadEvent(event);
@@ -115,6 +122,11 @@ void Node::onHandle_startOutput(int, int type, const tagTavloPresentOutputParam&
     auto& place = _outputNodes[static_cast<size_t>(type)];
     if (place)
         return;
+    if (Ending& ending = _endings[static_cast<size_t>(type)]; ending.leaf) {
+        if (!ending.startAgain) // up to then its file or address is taken
+            ending.startAgain = param;
+        return;
+    }
     if (!_encoding) {
         _encodeParam = param;
         startEncode();
@@ -148,37 +160,78 @@ std::unique_ptr<Node::Leaf> Node::makeLeaf(int type, tagTavloPresentOutputParam 
     }
 }
 
-/// The encoders are closed in front of the last leaf, so that it gets what they still hold.
-void Node::onHandle_stopOutput(int, int type)
+/// The encoders are closed in front of the last leaf, so that it gets what they still hold. \param done  taken over when
+/// the end is yet to come
+void Node::onHandle_stopOutput(int, int type, std::binary_semaphore*& done)
 {
-    if (!_outputNodes[static_cast<size_t>(type)])
-        return;
-    if (_nodes.size() == 1)
-        stopEncode();
-    removeLeaf(type);
+    Ending& ending = _endings[static_cast<size_t>(type)];
+    ending.startAgain.reset();
+    if (_outputNodes[static_cast<size_t>(type)]) {
+        if (_nodes.size() > 1) {
+            endAside(type);
+        } else {
+            stopEncode();
+            beginEnd(type).destroy();
+            finishEnd(type);
+        }
+    }
+    if (ending.leaf && done)
+        ending.waiting.push_back(std::exchange(done, nullptr));
 }
 
-void Node::removeLeaf(int type)
+void Node::onHandle_leafEnded(int type)
 {
+    finishEnd(type);
+    if (const auto param = std::exchange(_endings[static_cast<size_t>(type)].startAgain, std::nullopt))
+        onHandle_startOutput(_index, type, *param);
+}
+
+/// From here on it gets no blocks.
+Node::Leaf& Node::beginEnd(int type)
+{
+    Ending& ending = _endings[static_cast<size_t>(type)];
+    const std::unique_lock guard(_nodesLock);
+    ending.leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
+    std::erase(_nodes, ending.leaf.get());
+    return *ending.leaf;
+}
+
+void Node::endAside(int type)
+{
+    Leaf& leaf = beginEnd(type);
+    _endings[static_cast<size_t>(type)].thread = std::thread([this, type, &leaf] {
+        pthread_setname_np(pthread_self(), "tavlo-leaf-end");
+        leaf.destroy();
+        OutputEvent event;
+        event.id = OutputEventId::LeafEnded;
+        event.type = type;
+        post(std::move(event), false);
+    });
+}
+
+void Node::finishEnd(int type)
+{
+    Ending& ending = _endings[static_cast<size_t>(type)];
+    if (!ending.leaf)
+        return;
+    if (ending.thread.joinable())
+        ending.thread.join();
     std::unique_ptr<Leaf> leaf;
     {
         const std::unique_lock guard(_nodesLock);
-        leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
-        std::erase(_nodes, leaf.get());
+        keepCounts(*ending.leaf);
+        leaf = std::move(ending.leaf);
     }
-    if (!leaf)
-        return;
-    leaf->destroy();
-    keepCounts(*leaf);
+    for (std::binary_semaphore* const done : std::exchange(ending.waiting, {}))
+        done->release();
 }
 
-/// Of a part that has ended, so that its figures outlive it.
+/// Of a part that has ended, so that its figures outlive it. Under _nodesLock, together with the part's end for others.
 template <class Part>
 void Node::keepCounts(Part& part)
 {
     tagTavloOutputStatistics ended;
     part.getStatistics(&ended);
-    const std::unique_lock guard(_nodesLock);
     addCounts(_ended, ended);
 }
 
@@ -254,13 +307,13 @@ void Node::stopEncode()
     InterfacePtr<ITavloVideoEncoder> videoEncoder;
     {
         const std::unique_lock guard(_nodesLock);
+        if (_videoEncoder)
+            keepCounts(*_videoEncoder);
+        if (_audioEncoder)
+            keepCounts(*_audioEncoder);
         videoEncoder = std::move(_videoEncoder);
         _audioEncoder = nullptr;
     }
-    if (videoEncoder)
-        keepCounts(*videoEncoder);
-    if (_audioHelper.isReady())
-        keepCounts(*_audioHelper.get());
     videoEncoder.reset();
     _audioHelper.destroy();
     _graphicsContext.reset();
@@ -285,8 +338,10 @@ void Node::onHandle_video(picture_t* picture, bool flip)
     target->date = picture->date;
     if (acquired)
         _videoEncoder->submitPicture(acquired);
-    else
-        _videoEncoder->encode(target, 1, picture->date, picture->date);
+    if (acquired || _videoEncoder->encode(target, 1, picture->date, picture->date))
+        _lostByEncoder.good();
+    else if (_lostByEncoder.isTold())
+        tell("onHandle_video", QStringLiteral("the video encoder has no room"));
 }
 
 void Node::onHandle_audio(block_t* block)
@@ -334,6 +389,9 @@ void Node::getStatistics(tagTavloOutputStatistics* statistics)
         const std::shared_lock guard(_nodesLock);
         for (Leaf* leaf : _nodes)
             leaf->getStatistics(statistics);
+        for (const Ending& ending : _endings)
+            if (ending.leaf)
+                ending.leaf->getStatistics(statistics);
         if (_videoEncoder)
             _videoEncoder->getStatistics(statistics);
         if (_audioEncoder)

@@ -11,12 +11,14 @@
 #include <QByteArray>
 
 #include <array>
+#include <optional>
 #include <shared_mutex>
 
 /// Codes an output's pictures and sound once and hands the blocks to its recording and its stream.
 ///
 /// The encoders run from the start of the first of the two to the end of the last. The first one to start says how they
-/// code; a second start of a running one is ignored. What the encoders still hold when the last one ends is written.
+/// code; a second start of a running one is ignored. What the encoders still hold when the last one ends is written. One of
+/// two ends on a thread of its own: it may take long, and the other goes on.
 class TavloPresentOutputTargetNodeTransformEncode final : public TavloPresentOutputTargetNodeProcessMemConvert
 {
 public:
@@ -50,10 +52,22 @@ private:
         TavloPresentOutputTargetNodeTransformEncode& _node;
     };
 
+    /// A leaf on the way to its end.
+    struct Ending
+    {
+        std::unique_ptr<Leaf> leaf;                           ///< null: there is none; guarded by _nodesLock
+        std::thread thread;                                   ///< does nothing but end it; none for the last leaf
+        std::vector<std::binary_semaphore*> waiting;          ///< of those who wait for the end
+        std::optional<tagTavloPresentOutputParam> startAgain; ///< of a start that came meanwhile
+    };
+
     void onHandle_startOutput(int index, int type, const tagTavloPresentOutputParam& param);
-    void onHandle_stopOutput(int index, int type);
+    void onHandle_stopOutput(int index, int type, std::binary_semaphore*& done);
+    void onHandle_leafEnded(int type);
     std::unique_ptr<Leaf> makeLeaf(int type, tagTavloPresentOutputParam param) const;
-    void removeLeaf(int type);
+    Leaf& beginEnd(int type);
+    void endAside(int type);
+    void finishEnd(int type);
     template <class Part>
     void keepCounts(Part& part);
     void startEncode();
@@ -66,7 +80,9 @@ private:
     void handOn(tavlo::BlockPtr block, void (Leaf::*take)(tavlo::BlockPtr));
 
     // node's thread
+    std::array<Ending, TavloPresentOutputTypeCount> _endings; ///< by type
     bool _encoding = false;
+    tavlo::LossRow _lostByEncoder;
     tagTavloPresentOutputParam _encodeParam; ///< of the start that opened the encoders
     tavlo::InterfacePtr<ITavloGraphicsContext> _graphicsContext;
     CTempldateHelper<ITavloMpegAudioEncoder> _audioHelper;

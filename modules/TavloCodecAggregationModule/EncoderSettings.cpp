@@ -1,5 +1,7 @@
 #include "TavloCodecAggregationModule/EncoderSettings.h"
 
+#include "TavloCodecAggregationModule/EncoderLimits.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/opt.h>
@@ -8,6 +10,7 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string>
 
 namespace tavlo {
@@ -24,8 +27,13 @@ constexpr std::array choices{
 };
 
 constexpr std::array profiles{"", "baseline", "main", "high"};
-constexpr std::array tunings{"", "zerolatency", "film", "animation", "stillimage"};
+constexpr std::array x264Tunings{"", "zerolatency", "film", "animation", "stillimage"};
+constexpr std::array x265Tunings{"", "zerolatency", "", "animation", ""};
 constexpr std::array speeds{"veryfast", "ultrafast", "superfast", "faster", "fast", "medium"};
+
+constexpr quint32 x265Threads = 16;                          // pictures that it codes at a time
+constexpr quint32 x265References = 6;                        // beyond, it refuses
+constexpr qint64 mostBits = std::numeric_limits<int>::max(); // a second; encoders reckon with no more
 
 enum class RateControl : quint32
 {
@@ -78,13 +86,15 @@ void applyRate(AVCodecContext& codec, const EncoderChoice& choice, const tagTavl
         setOption(codec, "qp", std::to_string(std::min(param.videoSettings[2], 51U)));
         return;
     }
+    const qint64 mean = std::clamp<qint64>(qint64{param.videoBitrate} * 1000, 16'000, mostBits);
     if (control == RateControl::Quality)
         applyQuality(codec, choice, std::min(param.videoSettings[4], 51U));
     else
-        codec.bit_rate = std::max<qint64>(param.videoBitrate, 16) * 1000;
+        codec.bit_rate = mean;
     const double factor = std::isfinite(param.rateFactor) ? std::clamp(double{param.rateFactor}, 1.0, 10.0) : 1.0;
-    codec.rc_max_rate = std::llround(std::max<qint64>(param.videoBitrate, 16) * 1000 * factor);
-    codec.rc_buffer_size = static_cast<int>(codec.rc_max_rate * std::clamp(param.bufferSetting, 1U, 100U) / 10);
+    codec.rc_max_rate = std::min<qint64>(std::llround(static_cast<double>(mean) * factor), mostBits);
+    const qint64 buffer = codec.rc_max_rate * std::clamp(param.bufferSetting, 1U, 100U) / 10;
+    codec.rc_buffer_size = static_cast<int>(std::min(buffer, mostBits));
     codec.qmin = static_cast<int>(std::min(param.rateSettings[0], 51U));
 }
 
@@ -100,20 +110,21 @@ void applySettings(AVCodecContext& codec, const EncoderChoice& choice, const tag
     const auto twoSeconds = static_cast<quint32>(2 * videoInfo.fpsNum / std::max(videoInfo.fpsDen, 1));
     codec.gop_size =
         static_cast<int>(std::clamp(param.videoSettings[3] ? param.videoSettings[3] : twoSeconds, 1U, 3000U));
-    codec.max_b_frames = static_cast<int>(std::min(settings[0], 16U));
-    codec.refs = static_cast<int>(std::clamp(settings[1], 1U, 16U));
-    codec.thread_count = static_cast<int>(std::min(settings[4], 64U));
+    codec.max_b_frames = static_cast<int>(std::min(settings[0], mostBidirectional));
+    const bool isX265 = isEncoder(codec, "libx265");
+    codec.refs = static_cast<int>(std::clamp(settings[1], 1U, isX265 ? x265References : 16U));
+    codec.thread_count = static_cast<int>(std::min(settings[4], isX265 ? x265Threads : mostThreads));
     codec.me_range = static_cast<int>(std::clamp(param.videoOption2, 4U, 64U));
     codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     applyRate(codec, choice, param);
-    if (isEncoder(codec, "libx264") || isEncoder(codec, "libx265")) {
+    if (isX265 || isEncoder(codec, "libx264")) {
         setOption(codec, "preset", chosen(speeds, settings[3]));
-        setOption(codec, "tune", chosen(tunings, param.videoOption3));
+        setOption(codec, "tune", chosen(isX265 ? x265Tunings : x264Tunings, param.videoOption3));
     }
     if (codec.codec_id == AV_CODEC_ID_H264)
         setOption(codec, "profile", chosen(profiles, param.videoOption));
-    const quint32 lookahead = std::min(settings[2], 60U);
-    if (isEncoder(codec, "libx265")) // it has to look beyond the pictures that it turns round
+    const quint32 lookahead = std::min(settings[2], mostLookahead);
+    if (isX265) // it has to look beyond the pictures that it turns round
         setOption(codec, "x265-params",
                   "log-level=none:open-gop=0:rc-lookahead=" +
                       std::to_string(std::max<quint32>(lookahead, static_cast<quint32>(codec.max_b_frames) + 1)));

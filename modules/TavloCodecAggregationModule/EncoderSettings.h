@@ -37,12 +37,12 @@ std::span<const EncoderChoice> encoderChoices();
 /// | `rateFactor`         | the limit as a multiple of the mean rate                                                |
 /// | `bufferSetting`      | over what time the limit holds, tenths of a second                                      |
 /// | `videoOption2`       | how far motion is searched, pixels                                                      |
-/// | `videoOption3`       | 0 no tuning, 1 no delay, 2 film, 3 animation, 4 still picture                           |
+/// | `videoOption3`       | 0 no tuning, 1 no delay, 2 film, 3 animation, 4 still picture; libx265 has no 2 and 4   |
 /// | `encoderSettings[0]` | bidirectional pictures in a row, 0 to 16                                                |
-/// | `encoderSettings[1]` | reference pictures, 1 to 16                                                             |
-/// | `encoderSettings[2]` | pictures that are looked ahead; 0: none                                                 |
+/// | `encoderSettings[1]` | reference pictures, 1 to 16, libx265: to 6                                              |
+/// | `encoderSettings[2]` | pictures that are looked ahead, 0 to 60                                                 |
 /// | `encoderSettings[3]` | speed: 0 veryfast, 1 ultrafast, 2 superfast, 3 faster, 4 fast, 5 medium                 |
-/// | `encoderSettings[4]` | threads; 0: one for each core                                                           |
+/// | `encoderSettings[4]` | threads, 0 to 64, libx265: to 16; 0: one for each core                                  |
 ///
 /// `videoSettings[0]` and `[1]` belong to projections; `encoderSettings[5]` to `[8]` are free.
 void applySettings(AVCodecContext& codec, const EncoderChoice& choice, const tagTavloVideoInfo& videoInfo,

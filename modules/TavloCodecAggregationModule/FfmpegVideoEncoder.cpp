@@ -36,6 +36,8 @@ AVCodecID codecIdOf(quint32 codec) { return codec == TavloVideoCodecHEVC ? AV_CO
 AVFrame* newFrame(AVPixelFormat format, int width, int height)
 {
     AVFrame* frame = av_frame_alloc();
+    if (!frame)
+        return nullptr;
     frame->format = format;
     frame->width = width;
     frame->height = height;
@@ -191,6 +193,8 @@ bool FfmpegVideoEncoder::makeSlots(const tagTavloVideoInfo& videoInfo)
         if (!slot.frame)
             return false;
         slot.picture = wrap(*slot.frame);
+        if (!slot.picture)
+            return false;
         _free.push_back(&slot);
     }
     return true;
@@ -236,12 +240,33 @@ bool FfmpegVideoEncoder::encode(const picture_t* picture, int, qint64 pts, qint6
 
 picture_t* FfmpegVideoEncoder::acquirePicture(quint32, int timeoutMilliseconds)
 {
-    std::unique_lock guard(_lock);
-    if (!_changed.wait_for(guard, std::chrono::milliseconds(timeoutMilliseconds), [this] { return !_free.empty(); }))
-        return nullptr;
-    Slot* const slot = _free.back();
-    _free.pop_back();
-    return slot->picture.get();
+    Slot* slot = nullptr;
+    {
+        std::unique_lock guard(_lock);
+        if (!_changed.wait_for(guard, std::chrono::milliseconds(timeoutMilliseconds),
+                               [this] { return !_free.empty(); }))
+            return nullptr;
+        slot = _free.back();
+        _free.pop_back();
+    }
+    if (makeWritable(*slot))
+        return slot->picture.get();
+    giveBack(slot); // there may be memory another time
+    return nullptr;
+}
+
+/// A codec that keeps what it was sent has it for itself: the slot gets memory of its own again. False when there is none.
+bool FfmpegVideoEncoder::makeWritable(Slot& slot)
+{
+    if (av_frame_is_writable(slot.frame.get()))
+        return true;
+    FramePtr fresh(newFrame(AV_PIX_FMT_NV12, slot.frame->width, slot.frame->height));
+    PicturePtr picture = fresh ? wrap(*fresh) : nullptr;
+    if (!picture)
+        return false;
+    slot.frame = std::move(fresh);
+    slot.picture = std::move(picture);
+    return true;
 }
 
 void FfmpegVideoEncoder::submitPicture(picture_t* picture)
@@ -289,15 +314,6 @@ void FfmpegVideoEncoder::giveBack(Slot* slot)
 {
     if (!slot)
         return;
-    // A codec that keeps what it was sent has it for itself from here on.
-    if (!av_frame_is_writable(slot->frame.get())) {
-        const AVFrame& old = *slot->frame;
-        FramePtr fresh(newFrame(AV_PIX_FMT_NV12, old.width, old.height));
-        if (!fresh)
-            return;
-        slot->picture = wrap(*fresh);
-        slot->frame = std::move(fresh);
-    }
     {
         const std::lock_guard guard(_lock);
         _free.push_back(slot);

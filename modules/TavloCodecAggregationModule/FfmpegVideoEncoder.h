@@ -53,7 +53,8 @@ private:
     using FramePtr = std::unique_ptr<AVFrame, FreeFfmpeg>;
     using PacketPtr = std::unique_ptr<AVPacket, FreeFfmpeg>;
 
-    /// A picture's memory, as the caller sees it and as the codec does.
+    /// A picture's memory, as the caller sees it and as the codec does. Used by the owner's thread from its acquisition to
+    /// its submission, then by the encoder's until it is free again.
     struct Slot
     {
         FramePtr frame;
@@ -63,6 +64,7 @@ private:
     CodecPtr openCodec(const EncoderChoice& choice, const tagTavloVideoInfo& videoInfo,
                        const tagTavloPresentOutputParam& param);
     bool makeSlots(const tagTavloVideoInfo& videoInfo);
+    static bool makeWritable(Slot& slot);
     void run();
     Slot* nextSlot();
     void giveBack(Slot* slot);

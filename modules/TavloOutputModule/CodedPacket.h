@@ -31,7 +31,7 @@ struct StreamFormat
     bool hevc = false; ///< else H.264
     int width = 0, height = 0;
     int fpsNum = 25, fpsDen = 1;
-    int videoBitrate = 0;      ///< bits a second
+    qint64 videoBitrate = 0;   ///< bits a second
     QByteArray videoExtraData; ///< empty: no pictures
     int channels = 2;
     int sampleRate = 48000;

@@ -127,10 +127,10 @@ std::shared_ptr<HttpServer> HttpServer::at(const std::string& address, quint16 p
         return sent ? MHD_YES : MHD_NO;
     };
     errno = 0;
-    server->_daemon = MHD_start_daemon(MHD_USE_AUTO_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | place->flags, port,
-                                       nullptr, nullptr, +handle, server.get(), MHD_OPTION_SOCK_ADDR, &place->address,
-                                       MHD_OPTION_CONNECTION_TIMEOUT, patience, MHD_OPTION_CONNECTION_LIMIT,
-                                       mostConnections, MHD_OPTION_LISTENING_ADDRESS_REUSE, 1U, MHD_OPTION_END);
+    server->_daemon =
+        MHD_start_daemon(MHD_USE_AUTO_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME | place->flags, port, nullptr, nullptr,
+                         +handle, server.get(), MHD_OPTION_SOCK_ADDR, &place->address, MHD_OPTION_CONNECTION_TIMEOUT,
+                         patience, MHD_OPTION_CONNECTION_LIMIT, mostConnections, MHD_OPTION_END);
     if (!server->_daemon) {
         error = std::string("cannot listen: ") + std::strerror(errno);
         return nullptr;

@@ -29,7 +29,7 @@ Interleaver::Waiting* Interleaver::next(bool ending)
     Waiting& only = _video.empty() ? _audio : _video;
     if (only.empty())
         return nullptr;
-    const bool due = !_both || ending || only.back()->dts() - only.front()->dts() > longestWait;
+    const bool due = !_both || ending || only.back()->dts() - only.front()->dts() > _longestWait;
     return due ? &only : nullptr;
 }
 

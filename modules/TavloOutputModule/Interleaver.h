@@ -9,13 +9,14 @@ namespace tavlo {
 
 /// Brings the packets of pictures and sound, each in order, into one order by their dts.
 ///
-/// A packet waits until the other kind has come as far; one second at most, in case that one has broken off.
+/// A packet waits until the other kind has come as far, but not for ever: that one may have broken off.
 class Interleaver
 {
 public:
-    static constexpr qint64 longestWait = 1'000'000; ///< microseconds of dts
-
-    Interleaver(bool hasVideo, bool hasAudio) : _both(hasVideo && hasAudio) {}
+    /// \param longestWait  microseconds of dts
+    Interleaver(bool hasVideo, bool hasAudio, qint64 longestWait)
+        : _both(hasVideo && hasAudio), _longestWait(longestWait)
+    {}
 
     /// Takes a packet and appends those that may go on.
     void push(CodedPacketPtr packet, std::vector<CodedPacketPtr>& ready);
@@ -29,6 +30,7 @@ private:
     Waiting* next(bool ending);
 
     const bool _both;
+    const qint64 _longestWait;
     Waiting _video, _audio;
 };
 

@@ -94,7 +94,7 @@ void LiveFeed::Viewer::push(const ChunkPtr& chunk)
 {
     _needsKey = _needsKey && !chunk->key;
     if (_needsKey) {
-        ++_state->dropped;
+        _state->dropped += chunk->counts;
         return;
     }
     _waiting.push_back(chunk);
@@ -120,7 +120,8 @@ void LiveFeed::Viewer::dropToKey()
     const auto end =
         std::find_if(_waiting.begin() + 1, _waiting.end(), [](const ChunkPtr& chunk) { return chunk->key; });
     _needsKey = end == _waiting.end();
-    _state->dropped += static_cast<quint64>(end - _waiting.begin());
+    _state->dropped +=
+        static_cast<quint64>(std::count_if(_waiting.begin(), end, [](const ChunkPtr& chunk) { return chunk->counts; }));
     _waiting.erase(_waiting.begin(), end);
 }
 

@@ -21,8 +21,9 @@ public:
     struct Chunk
     {
         QByteArray bytes;
-        qint64 time = 0;  ///< microseconds
-        bool key = false; ///< a viewer can begin here
+        qint64 time = 0;    ///< microseconds
+        bool key = false;   ///< a viewer can begin here
+        bool counts = true; ///< as one that is lost: pictures, or sound where there are none
     };
 
     /// How much may wait for a viewer.
@@ -48,7 +49,7 @@ public:
     void end(std::chrono::steady_clock::time_point latest);
 
     size_t viewers() const;
-    quint64 dropped() const; ///< chunks that viewers lost, all together
+    quint64 dropped() const; ///< chunks that count and that viewers lost, all together
 
     HttpReply get(const std::string& step) override;
 

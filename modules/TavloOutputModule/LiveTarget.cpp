@@ -27,22 +27,25 @@ void LiveTarget::take(const CodedPacketPtr& packet)
     }
     const bool canBegin = _format.canBegin(*packet);
     if (!_bytes.isEmpty())
-        _feed->push({std::exchange(_bytes, {}), packet->dts(), canBegin});
+        _feed->push({std::exchange(_bytes, {}), packet->dts(), canBegin, packet->video || !_format.hasVideo()});
     countWritten(*packet);
     publish(); // with the first picture in the feed, so that nobody is sent away
 }
 
 bool LiveTarget::begin(const CodedPacket& packet)
 {
-    if (!_format.canBegin(packet))
+    if (!_format.canBegin(packet) || isPausing())
         return false;
     std::string error;
     Muxer::Target muxer{_isFlv ? "flv" : "mpegts", {}, {}, &_bytes};
     if (_isFlv)
         muxer.options = {{"flvflags", "no_duration_filesize"}};
     _muxer = Muxer::open(muxer, _format, _limits, error);
-    if (!_muxer)
+    if (!_muxer) {
+        pause("cannot write " + muxer.format + (_format.hevc ? " of HEVC" : "") + " for " + _address.text() + ": " +
+              error);
         return false;
+    }
     _origin = packet.dts();
     const QByteArray header = std::exchange(_bytes, {});
     if (_isFlv) // MPEG-TS repeats its own

@@ -81,6 +81,8 @@ std::unique_ptr<Muxer> Muxer::open(const Target& target, const StreamFormat& for
                                    std::string& error)
 {
     std::unique_ptr<Muxer> muxer(new Muxer(limits, target.patience));
+    if (target.prepare)
+        target.prepare();
     AVFormatContext* context = nullptr;
     const int made = avformat_alloc_output_context2(&context, nullptr, target.format.c_str(), target.url.c_str());
     muxer->_context.reset(context);
@@ -131,6 +133,8 @@ bool Muxer::openOutput(const Target& target, std::string& error)
     av_dict_free(&options);
     _begun = result >= 0;
     _repeatsHeaders = target.format == "mpegts";
+    if (target.waitsForPeer && result == AVERROR_EXIT)
+        return false;
     return succeeded(result, error);
 }
 

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -26,16 +27,20 @@ public:
         std::vector<std::pair<std::string, std::string>> options;
         QByteArray* bytes = nullptr;                ///< what is written is appended here and goes nowhere else; lent
         std::chrono::milliseconds patience{10'000}; ///< for one call that makes no headway
-        bool waitsForPeer = false; ///< nobody may be there for long: no failure, and no pause before the next attempt
+        bool waitsForPeer = false;                  ///< nobody may be there for long, which is no failure
+        std::function<void()> prepare{};            ///< comes before each opening
     };
 
     /// When calls have to give up whatever they do. Lent by the caller; any thread may change it.
     struct Limits
     {
         std::atomic<Time> endBy{Time::max()};
+
+        bool isEnding() const { return endBy.load() != Time::max(); }
     };
 
-    /// Null, the reason in `error`, when it cannot be opened or refuses the streams.
+    /// Null, the reason in `error`, when it cannot be opened or refuses the streams. No reason: nobody came for whom it
+    /// waits.
     static std::unique_ptr<Muxer> open(const Target& target, const StreamFormat& format, const Limits& limits,
                                        std::string& error);
     ~Muxer();

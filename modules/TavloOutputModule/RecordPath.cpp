@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStandardPaths>
 
 namespace tavlo {
@@ -56,6 +57,19 @@ QString makeRecordFile(const QString& folder, const QString& name, const QString
     }
     error = stem + QStringLiteral(": too many files of that name");
     return {};
+}
+
+QStringList segmentsIn(const QString& folder)
+{
+    static const QRegularExpression day(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
+    static const QRegularExpression segment(QStringLiteral("^\\d{2}_\\d{2}_\\d{2}(_\\d+)?\\.ts$"));
+    QStringList paths;
+    for (const QString& dayName : QDir(folder).entryList(QDir::Dirs | QDir::NoSymLinks).filter(day)) {
+        const QDir dayFolder(folder + QLatin1Char('/') + dayName);
+        for (const QString& name : dayFolder.entryList(QDir::Files | QDir::NoSymLinks).filter(segment))
+            paths.append(dayFolder.filePath(name));
+    }
+    return paths;
 }
 
 } // namespace tavlo

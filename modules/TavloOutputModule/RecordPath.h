@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace tavlo {
 
@@ -17,5 +18,11 @@ QString recordFileName(const QString& name, const QString& timeFormat, const QDa
 /// \param suffix  without its dot
 /// \return the path; empty, the reason in `error`, when it cannot be made
 QString makeRecordFile(const QString& folder, const QString& name, const QString& suffix, QString& error);
+
+/// How segments are named that go when they are old.
+inline constexpr const char* segmentTimeFormat = "yyyy-MM-dd/hh_mm_ss";
+
+/// The files of a folder that bear such a name, with or without a counter; all else there is somebody else's.
+QStringList segmentsIn(const QString& folder);
 
 } // namespace tavlo

@@ -3,8 +3,9 @@
 #include "TavloOutputModule/Mp4Index.h"
 #include "TavloOutputModule/RecordPath.h"
 
-#include <QDirIterator>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #include <array>
@@ -150,11 +151,11 @@ void RecordTarget::removeOldFiles() const
     if (_settings.keep <= 0)
         return;
     const QDateTime oldest = QDateTime::currentDateTime().addSecs(-_settings.keep);
-    const QStringList names{QStringLiteral("*.") + QLatin1String(modeOf(_settings.mode).suffix)};
-    QDirIterator files(_settings.folder, names, QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext())
-        if (const QString path = files.next(); files.fileInfo().lastModified() < oldest)
-            QFile::remove(path);
+    for (const QString& path : segmentsIn(_settings.folder)) {
+        const QFileInfo file(path);
+        if (file.lastModified() < oldest && QFile::remove(path))
+            QDir().rmdir(file.path()); // refused as long as anything is in it
+    }
 }
 
 } // namespace tavlo

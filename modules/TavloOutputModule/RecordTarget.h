@@ -15,7 +15,7 @@ struct RecordSettings
     QString timeFormat;
     qint64 period = 0; ///< seconds of a file; 0: one file
     quint32 mode = 2;  ///< 0 MPEG-TS, 1 Matroska, 2 MP4
-    qint64 keep = 0;   ///< seconds after which a file of the folder goes; 0: never
+    qint64 keep = 0;   ///< seconds after which a segment of the folder goes; 0: never
 };
 
 /// Writes files, one behind the other, each of which begins with a key picture. No packet is lost between two of them.

@@ -19,10 +19,14 @@ void Target::start()
     });
 }
 
-void Target::stop()
+void Target::end()
 {
     _limits.endBy.store(std::chrono::steady_clock::now() + patience());
     _queue.end();
+}
+
+void Target::join()
+{
     if (_thread.joinable())
         _thread.join();
 }
@@ -52,6 +56,8 @@ void Target::pause(const std::string& failure)
     const std::chrono::milliseconds length = _backoff.next();
     _retryAt = std::chrono::steady_clock::now() + length;
     setState(State::Waiting);
+    if (_limits.isEnding())
+        return tell(failure);
     tell(failure + "; tries again in " + std::to_string(length.count()) + " ms");
 }
 

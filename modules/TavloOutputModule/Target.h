@@ -29,8 +29,11 @@ public:
     /// Begins to take packets. Owner's thread, once.
     void start();
 
-    /// Writes what waits, closes and ends. Owner's thread; the last thing before the destructor.
-    void stop();
+    /// Has it write what waits, close and end; what takes longer than its patience is given up. Owner's thread.
+    void end();
+
+    /// Returns when it has ended. Owner's thread; the last thing before the destructor.
+    void join();
 
     /// Any thread; never waits.
     void push(const CodedPacketPtr& packet) { _queue.push(packet); }
@@ -45,7 +48,7 @@ public:
     ByteMeter videoRate, audioRate;
 
 protected:
-    /// Target's thread: one packet, and the end. By `stop`'s `patience` at the latest calls give up.
+    /// Target's thread: one packet, and the end. When `patience` is over behind `end`, calls give up.
     virtual void take(const CodedPacketPtr& packet) = 0;
     virtual void close() = 0;
     virtual std::chrono::milliseconds patience() const = 0;
@@ -56,7 +59,8 @@ protected:
     void countWritten(const CodedPacket& packet);
     void tell(const std::string& text) const;
 
-    /// What failed, and that it will be tried again: when `isPausing` has ended, after ever longer times.
+    /// What failed, and that it will be tried again: when `isPausing` has ended, after ever longer times. Behind `end`
+    /// nothing is.
     void pause(const std::string& failure);
     bool isPausing() const { return std::chrono::steady_clock::now() < _retryAt; }
     void beginPausesAnew() { _backoff.reset(); }

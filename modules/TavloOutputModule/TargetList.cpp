@@ -1,7 +1,9 @@
 #include "TavloOutputModule/TargetList.h"
 
+#include "TavloOutputModule/HlsFolder.h"
 #include "TavloOutputModule/LiveTarget.h"
 #include "TavloOutputModule/NetAddress.h"
+#include "TavloOutputModule/PlaylistTarget.h"
 #include "TavloOutputModule/RecordPath.h"
 #include "TavloOutputModule/RecordTarget.h"
 #include "TavloOutputModule/RelayTarget.h"
@@ -10,8 +12,8 @@
 #include "TavloOutputModule/UrlTarget.h"
 
 #include <QDebug>
-#include <QDir>
 
+#include <limits>
 #include <utility>
 
 namespace tavlo {
@@ -19,6 +21,14 @@ namespace tavlo {
 namespace {
 
 using Param = tagTavloPresentOutputParam;
+
+/// The bits of `outputFlag`.
+enum Flag : quint8
+{
+    opensToAll = 1,
+    listensOnIpv6 = 2,
+    pushesByPost = 4,
+};
 
 /// A setting that names a stream target, and how it becomes an address.
 struct UrlRow
@@ -63,17 +73,21 @@ Muxer::Target peer(const Param& param)
 Muxer::Target hls(const Param& param)
 {
     const QString folder = resolvedFolder(param.hlsDir);
-    QDir().mkpath(folder);
-    return {"hls",
-            (folder + QStringLiteral("/index.m3u8")).toStdString(),
-            {{"hls_time", std::to_string(param.hlsSegmentSeconds)},
-             {"hls_list_size", std::to_string(param.hlsSegmentCount)},
-             {"hls_flags", param.hlsFlag ? "delete_segments+temp_file" : "temp_file"}}};
+    const bool removes = param.hlsFlag;
+    Muxer::Target target{"hls",
+                         (folder + QStringLiteral("/index.m3u8")).toStdString(),
+                         {{"hls_time", std::to_string(param.hlsSegmentSeconds)},
+                          {"hls_list_size", std::to_string(param.hlsSegmentCount)},
+                          {"hls_start_number_source", "epoch"}, // a new beginning has other names than the last one
+                          {"hls_flags", removes ? "delete_segments+temp_file" : "temp_file"}}};
+    target.prepare = [folder, removes] { prepareHlsFolder(folder, removes); };
+    return target;
 }
 
 Muxer::Target push(const Param& param)
 {
-    return {"mpegts", param.pushPath.toStdString(), {{"method", "PUT"}, {"chunked_post", "1"}}};
+    const char* const method = param.outputFlag & pushesByPost ? "POST" : "PUT";
+    return {"mpegts", param.pushPath.toStdString(), {{"method", method}, {"chunked_post", "1"}}};
 }
 
 constexpr UrlRow urlRows[] = {
@@ -85,11 +99,11 @@ constexpr UrlRow urlRows[] = {
     {"push", &Param::pushEnabled, push},
 };
 
-/// Servers listen for this machine alone, unless `outputFlag` opens them to all; another bit of it chooses IPv6.
+/// Servers listen for this machine alone, unless `outputFlag` opens them to all.
 std::string serverAddress(const Param& param)
 {
-    const bool toAll = param.outputFlag & 1;
-    if (param.outputFlag & 2)
+    const bool toAll = param.outputFlag & opensToAll;
+    if (param.outputFlag & listensOnIpv6)
         return toAll ? "::" : "::1";
     return toAll ? "0.0.0.0" : "127.0.0.1";
 }
@@ -139,44 +153,24 @@ void addHttp(TargetList& targets, const Param& param, const StreamFormat& format
             targets.net.push_back(std::make_unique<LiveTarget>("http", format, httpAddress(param, path)));
 }
 
-/// Gives the files of a playlist, and nothing else of its folder.
-class PlaylistFolder final : public HttpResource
-{
-public:
-    explicit PlaylistFolder(std::string folder) : _folder(std::move(folder)) {}
-
-    HttpReply get(const std::string& step) override
-    {
-        const bool isList = step.ends_with(".m3u8");
-        if (step.starts_with('.') || (!isList && !step.ends_with(".ts")))
-            return {};
-        return {isList ? "application/vnd.apple.mpegurl" : "video/mp2t", {}, _folder + '/' + step, {}};
-    }
-
-private:
-    const std::string _folder;
-};
-
-/// Without it the files are there all the same.
-void serveHls(TargetList& targets, const Param& param)
-{
-    const HttpAddress address = httpAddress(param, param.hlsPath);
-    std::string error;
-    auto folder = std::make_shared<PlaylistFolder>(resolvedFolder(param.hlsDir).toStdString());
-    if (targets.hlsPlace.take(address.address, address.port, address.path, std::move(folder), error))
-        qDebug() << "output worker: hls serves" << (address.text() + "/index.m3u8").c_str();
-    else
-        qDebug() << "output worker: hls cannot serve" << address.text().c_str() << ":" << error.c_str();
-}
-
 void addUrl(TargetList& targets, const char* name, const StreamFormat& format, Muxer::Target target)
 {
     const bool isFile = target.format == "hls";
     if (!isFile && target.url.find("://") == std::string::npos) {
-        qDebug() << "output worker:" << name << "refuses: no address in" << target.url.c_str();
+        qDebug() << "output worker:" << name << "refuses: no address in" << shownUrl(target.url).c_str();
         return;
     }
     targets.net.push_back(std::make_unique<UrlTarget>(name, format, std::move(target)));
+}
+
+void addRtsp(TargetList& targets, const Param& param, const StreamFormat& format)
+{
+    if (param.rtspPort > std::numeric_limits<quint16>::max()) {
+        qDebug() << "output worker: rtsp refuses: no port" << param.rtspPort;
+        return;
+    }
+    targets.net.push_back(std::make_unique<RtspTarget>(
+        "rtsp", format, serverAddress(param), static_cast<quint16>(param.rtspPort), serverPath(param.rtspPath)));
 }
 
 std::unique_ptr<Target> makeRecord(const Param& param, const StreamFormat& format)
@@ -192,8 +186,8 @@ std::unique_ptr<Target> makeTsRecord(const Param& param, const StreamFormat& for
 {
     return std::make_unique<RecordTarget>("tsRecord", format,
                                           RecordSettings{resolvedFolder(param.tsRecordDir), QStringLiteral("${TIME}"),
-                                                         QStringLiteral("yyyy-MM-dd/hh_mm_ss"),
-                                                         param.tsRecordSegmentSeconds, 0, param.tsRecordKeepSeconds});
+                                                         QLatin1String(segmentTimeFormat), param.tsRecordSegmentSeconds,
+                                                         0, param.tsRecordKeepSeconds});
 }
 
 } // namespace
@@ -209,7 +203,8 @@ TargetList makeTargets(const Param& param, const StreamFormat& format)
         if (param.*row.enabled)
             addUrl(targets, row.name, format, row.target(param));
     if (param.hlsEnabled && !param.hlsPath.isEmpty())
-        serveHls(targets, param);
+        targets.net.push_back(std::make_unique<PlaylistTarget>("hls", format, httpAddress(param, param.hlsPath),
+                                                               resolvedFolder(param.hlsDir).toStdString()));
     if (param.httpEnabled)
         addHttp(targets, param, format);
     if (param.relayEnabled && format.hasVideo())
@@ -217,8 +212,7 @@ TargetList makeTargets(const Param& param, const StreamFormat& format)
     if (param.sdpEnabled)
         targets.net.push_back(makeRtp(param, format));
     if (param.rtspEnabled)
-        targets.net.push_back(std::make_unique<RtspTarget>(
-            "rtsp", format, serverAddress(param), static_cast<quint16>(param.rtspPort), serverPath(param.rtspPath)));
+        addRtsp(targets, param, format);
     if (param.push2Enabled)
         for (const QString& path : param.push2Paths)
             if (!path.isEmpty())

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "TavloOutputModule/HttpServer.h"
 #include "TavloOutputModule/Target.h"
 
 #include <tavlo/records/OutputRecords.h>
@@ -14,7 +13,6 @@ struct TargetList
 {
     std::unique_ptr<Target> record;
     std::vector<std::unique_ptr<Target>> net; ///< and the recording in segments
-    HttpPlace hlsPlace;                       ///< where the playlist in its folder is served
 
     bool isEmpty() const { return !record && net.empty(); }
 };

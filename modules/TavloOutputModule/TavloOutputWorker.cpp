@@ -1,5 +1,6 @@
 #include "TavloOutputModule/TavloOutputWorker.h"
 
+#include "TavloCodecAggregationModule/EncoderLimits.h"
 #include "TavloCodecAggregationModule/ITavloVideoEncoder.h"
 #include "shared/ModuleFactory.h"
 
@@ -8,6 +9,7 @@
 
 #include <QDebug>
 
+#include <algorithm>
 #include <utility>
 
 namespace tavlo {
@@ -23,11 +25,17 @@ StreamFormat formatOf(const tagTavloVideoInfo& videoInfo, const tagTavloAudioInf
     format.height = videoInfo.height;
     format.fpsNum = videoInfo.fpsNum;
     format.fpsDen = videoInfo.fpsDen;
-    format.videoBitrate = static_cast<int>(encodeParam.videoBitrate) * 1000;
+    format.videoBitrate = qint64{encodeParam.videoBitrate} * 1000;
     const quint32 channels = encodeParam.audioSettings[1];
     format.channels = channels == 1 || channels == 2 ? static_cast<int>(channels) : audioInfo.channels;
     format.sampleRate = audioInfo.sampleRate;
     return format;
+}
+
+/// How long sound may wait for its picture: a second, and what the encoder holds. Microseconds.
+qint64 longestWait(const StreamFormat& format, const tagTavloPresentOutputParam& encodeParam)
+{
+    return 1'000'000 + qint64{heldPictures(encodeParam)} * 1'000'000 * format.fpsDen / std::max(format.fpsNum, 1);
 }
 
 } // namespace
@@ -65,7 +73,7 @@ bool TavloOutputWorker::start(const tagTavloVideoInfo& videoInfo, const tagTavlo
     }
     forEachTarget([](Target& target) { target.start(); });
     const std::lock_guard guard(_lock);
-    _interleaver.emplace(_format.hasVideo(), _format.hasAudio());
+    _interleaver.emplace(_format.hasVideo(), _format.hasAudio(), longestWait(_format, encodeParam));
     return true;
 }
 
@@ -79,8 +87,8 @@ void TavloOutputWorker::stop()
         distribute();
         _interleaver.reset();
     }
-    forEachTarget([](Target& target) { target.stop(); });
-    _targets.hlsPlace.leave();
+    forEachTarget([](Target& target) { target.end(); }); // all of them first: those that are stuck give up together
+    forEachTarget([](Target& target) { target.join(); });
 }
 
 void TavloOutputWorker::writeVideo(block_t* block)

@@ -13,21 +13,20 @@ constexpr std::chrono::seconds steadyTime{10}; // a connection that lasted as lo
 
 std::string shownUrl(const std::string& url)
 {
-    const size_t host = url.find("://");
-    if (host == std::string::npos)
-        return url;
-    std::string rest = url.substr(host + 3);
-    rest.erase(std::min(rest.find('?'), rest.size()));
+    const size_t scheme = url.find("://");
+    const size_t host = scheme == std::string::npos ? 0 : scheme + 3;
+    std::string rest = url.substr(host);
+    rest.erase(std::min(rest.find_first_of("?# "), rest.size()));
     const size_t slash = rest.find('/');
     const size_t user = rest.rfind('@', slash);
     std::string authority = rest.substr(0, slash);
     if (user != std::string::npos)
         authority.erase(0, user + 1);
     std::string path = slash == std::string::npos ? std::string() : rest.substr(slash);
-    const size_t last = path.rfind('/');
-    if (last != std::string::npos && last + 1 < path.size())
-        path = path.substr(0, last + 1) + "***";
-    return url.substr(0, host + 3) + authority + path;
+    const size_t end = path.find_last_not_of('/'); // of the last step
+    if (end != std::string::npos)
+        path = path.substr(0, path.rfind('/', end) + 1) + "***";
+    return url.substr(0, host) + authority + path;
 }
 
 UrlTarget::UrlTarget(std::string name, const StreamFormat& format, Muxer::Target target)
@@ -58,7 +57,7 @@ bool UrlTarget::connect(const CodedPacket& packet)
         return false;
     std::string error;
     _muxer = Muxer::open(_target, _format, _limits, error);
-    if (!_muxer && _target.waitsForPeer) {
+    if (!_muxer && error.empty()) { // so far
         setState(State::Waiting);
         return false;
     }

@@ -4,7 +4,7 @@
 
 namespace tavlo {
 
-/// The URL without its user, password, query and last step of the path, which may be a key.
+/// The URL without its user, password, query and last step of the path, which may be a key. Of what is none as well.
 std::string shownUrl(const std::string& url);
 
 /// A stream to or for somebody else, opened by libavformat. A connection that fails or is lost is tried again, without

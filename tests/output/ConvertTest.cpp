@@ -49,6 +49,12 @@ private:
     const bool _blueFirst;
 };
 
+/// As BT.601 has it, which UYVY of few lines is.
+double asOldLuma(const Color& color)
+{
+    return 16 + (0.299 * color[0] + 0.587 * color[1] + 0.114 * color[2]) * 219 / 255;
+}
+
 double luma(const Color& color) { return 0.2126 * color[0] + 0.7152 * color[1] + 0.0722 * color[2]; }
 double asLuma(const Color& color) { return 16 + luma(color) * 219 / 255; }
 double asBlue(const Color& color) { return 128 + (color[2] - luma(color)) / 1.8556 * 224 / 255; }
@@ -98,9 +104,24 @@ TEST(PictureConverter, MovesNothingToTheSideOnTheWayToUyvy)
     double worst = 0;
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
-            worst =
-                std::max(worst, std::abs(at(*result, 0, 2 * x + 1, y) - asLuma(noise.mean(x, height - 1 - y, 1, 1))));
+            worst = std::max(worst,
+                             std::abs(at(*result, 0, 2 * x + 1, y) - asOldLuma(noise.mean(x, height - 1 - y, 1, 1))));
     EXPECT_LT(worst, 2);
+}
+
+/// A saturated red differs most between the two matrices.
+TEST(PictureConverter, MakesUyvyByTheMatrixOfItsSize)
+{
+    for (const auto& [lines, expected] : {std::pair(576, 16 + 0.299 * 219), std::pair(720, 16 + 0.2126 * 219)}) {
+        const PicturePtr red(picture_New(tavloFourcc("RGBA"), 16, lines, 1, 1));
+        for (int i = 0; i < red->p[0].i_pitch * red->p[0].i_lines; ++i)
+            red->p[0].p_pixels[i] = i % 4 == 0 || i % 4 == 3 ? 255 : 0;
+        const PicturePtr result(picture_New(tavloFourcc("UYVY"), 16, lines, 1, 1));
+        PictureConverter converter;
+        ASSERT_TRUE(converter.open(tavloFourcc("RGBA"), tavloFourcc("UYVY"), 16, lines));
+        converter.convert(red.get(), result.get(), false);
+        EXPECT_NEAR(at(*result, 0, 9, lines / 2), expected, 1.5) << lines;
+    }
 }
 
 } // namespace

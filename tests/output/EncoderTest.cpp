@@ -35,7 +35,9 @@ struct Outcome
     QStringList refused; ///< names of encoders, in order
 };
 
-Outcome code(TavloVideoEncodeImpl impl, TavloVideoCodec codec)
+using Change = void (*)(tagTavloPresentOutputParam& param);
+
+Outcome code(TavloVideoEncodeImpl impl, TavloVideoCodec codec, Change change = nullptr)
 {
     const LogCapture log;
     Outcome outcome;
@@ -49,6 +51,8 @@ Outcome code(TavloVideoEncodeImpl impl, TavloVideoCodec codec)
     info.chroma = tavloFourcc("NV12");
     tagTavloPresentOutputParam param = Stage::param(QString());
     param.videoCodec = codec;
+    if (change)
+        change(param);
     outcome.opened = encoder->open(info, param, 0);
     for (int number = 0; outcome.opened && number < 5; ++number) {
         picture_t* const picture = encoder->acquirePicture(0, 60'000);
@@ -89,6 +93,26 @@ TEST(Encoder, OneThatTheMachineHasNotRefusesAndTheBestOfTheOthersCodes)
     }
     EXPECT_EQ(TavloCodecAggregationUtil::createEncoder(static_cast<TavloVideoEncodeImpl>(4)), nullptr);
     EXPECT_EQ(TavloCodecAggregationUtil::createGraphicsContext(static_cast<TavloVideoEncodeImpl>(4)), nullptr);
+}
+
+TEST(Encoder, TakesWhateverTheSettingsSay)
+{
+    constexpr std::array<Change, 4> changes{
+        [](tagTavloPresentOutputParam& param) { param.videoOption3 = 2; },
+        [](tagTavloPresentOutputParam& param) { param.videoOption3 = 4; },
+        [](tagTavloPresentOutputParam& param) {
+            param.encoderSettings = {99, 99, 99, 0, 99};
+        },
+        [](tagTavloPresentOutputParam& param) {
+            param.videoBitrate = 4'000'000'000;
+            param.rateSettings = {99, 1};
+            param.rateFactor = 99;
+            param.bufferSetting = 999;
+        },
+    };
+    for (const TavloVideoCodec codec : {TavloVideoCodecH264, TavloVideoCodecHEVC})
+        for (size_t i = 0; i < changes.size(); ++i)
+            EXPECT_EQ(code(TavloVideoEncodeImplSoftware, codec, changes[i]).pictures, 5) << codec << " case " << i;
 }
 
 } // namespace

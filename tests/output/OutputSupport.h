@@ -58,10 +58,11 @@ public:
     /// Returns when the stream's target has written or lost all but what waits for its sound.
     void awaitWritten();
 
+    void commitPicture(int number); ///< with no sound, and looks at nothing
+
     TavloPresentOutputTarget target;
 
 private:
-    void commitPicture(int number);
     void await(int index, int type);
 
     const Way _way;

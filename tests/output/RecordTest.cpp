@@ -139,20 +139,56 @@ TEST(Record, EachPictureIsInTheFileOrInOneAccount)
     }
 }
 
-TEST(Record, SplitsWithoutLosingAnything)
+/// Those around the size that the pool's blocks begin with.
+TEST(Record, TakesBlocksOfSoundOfAnySize)
 {
-    for (const quint32 mode : {0U, 1U, 2U}) {
-        const QTemporaryDir folder;
+    const QTemporaryDir folder;
+    Stage stage(Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    stage.start(record, param);
+    qint64 samples = 0;
+    for (int bytes = 8100; bytes < 8400; bytes += 4) {
+        const std::vector<quint8> sound(static_cast<size_t>(bytes), 1);
+        stage.target.commitAudioData(sound.data(), bytes, Programme::begin + samples * 1'000'000 / Programme::rate);
+        stage.commitPicture(static_cast<int>(samples * Programme::fps / Programme::rate));
+        stage.stop(TavloPresentOutputTypeNet); // comes behind both
+        samples += bytes / 4;
+    }
+    stage.stop(record);
+    EXPECT_EQ(stage.statistics().droppedBlocks + stage.statistics().silentSamples, 0U);
+    const Decoded decoded = decode(filesIn(folder.path()).value(0));
+    EXPECT_NEAR(static_cast<double>(decoded.samples), static_cast<double>(samples), 3 * 1024);
+}
+
+/// Half a minute of it takes some seconds.
+TEST(Record, SplitsWithoutLosingAPictureOrASample)
+{
+    struct Case
+    {
+        quint32 mode, period;
+        int count, files;
+    };
+    for (const Case& one : {Case{0, 1, 80, 3}, Case{1, 1, 80, 3}, Case{2, 10, 30 * Programme::fps, 3}}) {
+        SCOPED_TRACE("mode " + std::to_string(one.mode));
+        const QTemporaryDir folder, wholes;
         Stage stage(Way::Pictures);
         tagTavloPresentOutputParam param = Stage::param(folder.path());
-        param.recordMode = mode;
-        param.recordPeriod = 1;
+        param.recordMode = one.mode;
+        param.recordPeriod = one.period;
+        param.tsRecordEnabled = 1; // the same in one file
+        param.tsRecordDir = wholes.path();
+        param.tsRecordSegmentSeconds = 3600;
         stage.start(record, param);
-        stage.commit(0, 80);
+        stage.commit(0, one.count);
+        expectPerfect(stage.statistics());
         stage.stop(record);
 
+        const Decoded whole = decode(filesIn(wholes.path()).value(0));
+        EXPECT_EQ(whole.numbers, numbersFrom(0, one.count));
+        EXPECT_NEAR(static_cast<double>(whole.samples), one.count * 1920 + 1024, 1024); // the codec's own block before
+        expectInSync(whole);
         QStringList files = filesIn(folder.path()); // show, show_1, show_2
-        ASSERT_EQ(files.size(), 3);
+        ASSERT_EQ(files.size(), one.files);
         std::ranges::sort(files, {},
                           [](const QString& path) { return path.size() * 100 + path[path.size() - 5].unicode(); });
         std::vector<int> numbers;
@@ -162,8 +198,8 @@ TEST(Record, SplitsWithoutLosingAnything)
             numbers.insert(numbers.end(), decoded.numbers.begin(), decoded.numbers.end());
             samples += decoded.samples;
         }
-        EXPECT_EQ(numbers, numbersFrom(0, 80)) << "mode " << mode;
-        EXPECT_NEAR(static_cast<double>(samples), 80 * 1920, 3 * 1024);
+        EXPECT_EQ(numbers, whole.numbers);
+        EXPECT_EQ(samples, whole.samples);
     }
 }
 
@@ -171,12 +207,16 @@ TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
 {
     const QTemporaryDir folder;
     const QString segments = folder.filePath(QStringLiteral("ts"));
-    QDir().mkpath(segments + QStringLiteral("/day"));
     const QDateTime now = QDateTime::currentDateTime();
-    for (const auto& [name, age] : {std::pair("old.ts", 7200), std::pair("young.ts", 60), std::pair("old.txt", 7200)}) {
-        QFile file(segments + QStringLiteral("/day/") + QLatin1String(name));
+    const QStringList foreign{"day/10_00_00.ts", "2026-01-02/show.ts", "2026-01-02/10_00_00.txt",
+                              "2026-01-02/deep/10_00_00.ts"};
+    const QStringList old{"2026-01-02/10_00_00.ts", "2026-01-02/10_00_00_12.ts", "2026-01-03/10_00_00.ts"};
+    const QString young = QStringLiteral("2026-01-02/10_01_00.ts");
+    for (const QString& name : foreign + old + QStringList{young}) {
+        QFile file(segments + QLatin1Char('/') + name);
+        QDir().mkpath(QFileInfo(file).path());
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_TRUE(file.setFileTime(now.addSecs(-age), QFileDevice::FileModificationTime));
+        ASSERT_TRUE(file.setFileTime(now.addSecs(name == young ? -60 : -7200), QFileDevice::FileModificationTime));
     }
     Stage stage(Way::Pictures);
     tagTavloPresentOutputParam param = Stage::param(folder.path());
@@ -189,9 +229,10 @@ TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
     stage.stop(record);
 
     QStringList files = filesIn(segments);
-    EXPECT_EQ(files.filter(QStringLiteral("old")), QStringList{segments + QStringLiteral("/day/old.txt")});
-    EXPECT_EQ(files.removeIf([](const QString& path) { return path.contains(QStringLiteral("/day/")); }), 2);
-    ASSERT_EQ(files.size(), 3);
+    for (const QString& name : foreign + QStringList{young})
+        EXPECT_TRUE(files.removeOne(segments + QLatin1Char('/') + name)) << name.toStdString();
+    EXPECT_FALSE(QDir(segments + QStringLiteral("/2026-01-03")).exists());
+    ASSERT_EQ(files.size(), 3); // nothing that is old, and what was written now
     std::vector<std::vector<int>> parts;
     for (const QString& file : files)
         parts.push_back(decode(file).numbers);

@@ -229,6 +229,22 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
     }
 }
 
+/// Of this process: what `task` and `fd` list.
+qsizetype countOf(const char* what)
+{
+    return QDir(QStringLiteral("/proc/self/") + QLatin1String(what))
+        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
+        .size();
+}
+
+void expectEachInOneAccount(const tagTavloOutputStatistics& statistics)
+{
+    EXPECT_GT(statistics.committedPictures, 0U);
+    EXPECT_EQ(statistics.committedPictures, statistics.droppedPictures + statistics.latePictures +
+                                                statistics.encoderDropped + statistics.skippedPictures +
+                                                statistics.codedPictures - statistics.repeatedPictures);
+}
+
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
 {
 #ifdef __SANITIZE_THREAD__
@@ -246,6 +262,11 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     param.httpPort = static_cast<quint16>(freePort());
     param.httpPaths[1] = QStringLiteral("/live.flv");
     param.hlsDir = folder.path();
+    for (const int type : types) { // what is loaded once
+        stage.start(type, param);
+        stage.stop(type);
+    }
+    const qsizetype threads = countOf("task"), handles = countOf("fd");
     std::atomic<bool> done{false};
     std::thread committing([&] {
         for (int number = 0; !done; ++number) {
@@ -259,7 +280,7 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
                 stage.statistics(index);
     });
     std::minstd_rand random(7);
-    for (int i = 0; i < 600; ++i) {
+    for (int i = 0; i < 300; ++i) {
         const int type = types[random() % types.size()];
         const auto index = static_cast<int>(random() % 2);
         if (random() % 2)
@@ -270,9 +291,67 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     done = true;
     committing.join();
     looking.join();
+    for (const int index : {0, 1}) {
+        for (const int type : types)
+            stage.stop(type, index);
+        expectEachInOneAccount(stage.statistics(index));
+    }
+    constexpr qsizetype some = 8; // of GStreamer, which come and go; each output was begun more often
+    EXPECT_LE(countOf("task"), threads + some);
+    EXPECT_LE(countOf("fd"), handles + some);
     stage.target.destroy();
     stage.target.destroy();
     stage.start(record, param); // lost with no word
+}
+
+/// The stream waits for its server's answer until its patience is over.
+TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
+{
+    constexpr int net = TavloPresentOutputTypeNet;
+    const QTemporaryDir folder;
+    const int port = freePort();
+    std::optional<Listener> server(port);
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.rtmp1Enabled = 1;
+    param.rtmp1Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
+    param.videoSettings[3] = 1; // a stream may begin with any picture
+    const LogCapture log;
+    stage.start(record, param);
+    stage.target.startOutput(0, net, QVariant::fromValue(param));
+    int number = 0;
+    const auto commit = [&] {
+        stage.commit(number++, 1, false);
+        while (stage.statistics().codedPictures + 3 < static_cast<quint64>(number)) // the node has four buffers
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+    };
+    const auto awaitStream = [&] {
+        for (int i = 0; i < 10; ++i) // the first pictures wait for their sound
+            commit();
+        server->await();
+    };
+    awaitStream();
+    std::thread stopping([&] { stage.stop(net); });
+    int during = 0;
+    for (; during < 50 && stage.statistics().netState != tagTavloOutputStatistics::Off; ++during)
+        commit();
+    EXPECT_GT(during, 10);
+    stopping.join();
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
+    EXPECT_EQ(log.count("tries again in"), 0);
+
+    stage.target.startOutput(0, net, QVariant::fromValue(param));
+    awaitStream();
+    stage.target.stopOutput(0, net, false);
+    stage.target.startOutput(0, net, QVariant::fromValue(param)); // comes behind the end
+    server.reset();
+    while (log.count("rtmp1 cannot open") < 3)
+        commit();
+    stage.stop(net);
+    stage.stop(record);
+    const tagTavloOutputStatistics statistics = stage.statistics();
+    EXPECT_EQ(statistics.droppedPictures + statistics.encoderDropped, 0U);
+    EXPECT_EQ(decode(folder.filePath(QStringLiteral("show.mp4"))).numbers, numbersFrom(0, number));
 }
 
 TEST(OutputThreads, RefusesWhatIsNoOutput)

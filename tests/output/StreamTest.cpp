@@ -1,5 +1,6 @@
 #include "OutputSupport.h"
 #include "Viewer.h"
+#include "support/LogCapture.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <sys/socket.h>
 #include <thread>
 
 namespace {
@@ -48,6 +50,14 @@ TEST(StreamNet, APeerSeesEveryPictureOnceItIsConnected)
          [](tagTavloPresentOutputParam& param, const QString& address) {
              param.pushEnabled = 1;
              param.pushPath = address;
+         }},
+        {"push by POST",
+         "http://127.0.0.1:%1/output",
+         {{"listen", "1"}, {"method", "POST"}},
+         [](tagTavloPresentOutputParam& param, const QString& address) {
+             param.pushEnabled = 1;
+             param.pushPath = address;
+             param.outputFlag = 4;
          }},
     };
     for (const Peer& peer : peers) {
@@ -294,11 +304,69 @@ TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
     QFile secret(folder.filePath(QStringLiteral("secret.txt")));
     ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
     QFile::link(QStringLiteral("/etc/passwd"), folder.filePath(QStringLiteral("link.ts")));
-    const QByteArray up = "/hls/0/..%2f..%2f" + QFileInfo(folder.path()).fileName().toUtf8() + "/index0.ts";
+    const QByteArray list = HttpReader(port, "/hls/0/index.m3u8").readAll();
+    const QByteArray segment = list.mid(list.indexOf("\nindex") + 1).split('\n').front(); // the first one
+    EXPECT_TRUE(segment.endsWith(".ts")) << list.constData();
+    const QByteArray up = "/hls/0/..%2f..%2f" + QFileInfo(folder.path()).fileName().toUtf8() + "/" + segment;
     for (const QByteArray& path : {QByteArray("/hls/0/secret.txt"), QByteArray("/hls/0/link.ts"), up,
                                    QByteArray("/hls/0/"), QByteArray("/hls/0/index9.ts"), QByteArray("/hls")})
         EXPECT_TRUE(HttpReader(port, path).readAll().left(20).contains(" 404 ")) << path.constData();
-    EXPECT_TRUE(HttpReader(port, "/hls/0/index0.ts").readAll().contains("200 OK"));
+    EXPECT_TRUE(HttpReader(port, "/hls/0/" + segment).readAll().contains("200 OK"));
+}
+
+/// Takes some seconds: the pauses in front of the second attempts are the real ones.
+TEST(StreamNet, APortThatAnotherProgramHasIsToldAndTakenWhenItIsFree)
+{
+    const int port = freePort();
+    const QTemporaryDir folder;
+    QFile list(folder.filePath(QStringLiteral("one.m3u8")));
+    ASSERT_TRUE(list.open(QIODevice::WriteOnly));
+    LogCapture log;
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.httpEnabled = param.hlsEnabled = 1;
+    param.httpPort = static_cast<quint16>(port);
+    param.hlsDir = folder.path();
+    int number = 0;
+    {
+        const Listener other(port);
+        stage.start(net, param);
+        while (log.count("cannot listen: Address already in use") < 2)
+            stage.commit(number++, 1);
+        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Waiting);
+    }
+    while (log.count(" serves http://") < 2)
+        stage.commit(number++, 1);
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
+    EXPECT_TRUE(HttpReader(port, "/hls/0/one.m3u8").readAll().contains("200 OK"));
+    stage.stop(net);
+    stage.start(net, param); // at once, though connections of before are not forgotten yet
+    EXPECT_TRUE(HttpReader(port, "/hls/0/one.m3u8").readAll().contains("200 OK"));
+}
+
+TEST(StreamNet, TellsWhyThereIsNoStreamAndNoSecret)
+{
+    LogCapture log;
+    const int port = freePort();
+    const Listener other(port, SOCK_DGRAM);
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.videoCodec = 1;
+    param.httpEnabled = param.rtspEnabled = param.peerEnabled = param.push2Enabled = 1;
+    param.httpPaths = {QStringLiteral("/show.flv")};
+    param.rtspPort = 65'536 + 8090;
+    param.peerMode = 0;
+    param.peerAddress.clear();
+    param.peerPort = static_cast<quint16>(port);
+    param.peerOption = QStringLiteral("passphrase=secretsecret");
+    param.push2Paths[0] = QStringLiteral("127.0.0.1/secret");
+    stage.start(net, param);
+    int number = 0;
+    while (log.count("http cannot write flv of HEVC") == 0 || log.count("peer cannot open srt://127.0.0.1") == 0)
+        stage.commit(number++, 1);
+    EXPECT_EQ(log.count("rtsp refuses: no port"), 1);
+    EXPECT_EQ(log.count("push2 refuses: no address in 127.0.0.1/***"), 1);
+    EXPECT_EQ(log.count("secret"), 0);
 }
 
 TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)

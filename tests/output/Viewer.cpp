@@ -121,6 +121,27 @@ QByteArray HttpReader::readAll()
     return bytes;
 }
 
+Listener::Listener(int port, int kind) : _socket(socket(AF_INET, kind, 0))
+{
+    const int shared = 1;
+    setsockopt(_socket, SOL_SOCKET, SO_REUSEPORT, &shared, sizeof(shared));
+    const sockaddr_in address = loopback(port);
+    EXPECT_EQ(bind(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    EXPECT_TRUE(kind != SOCK_STREAM || listen(_socket, 8) == 0);
+}
+
+Listener::~Listener()
+{
+    close(_connection);
+    close(_socket);
+}
+
+void Listener::await()
+{
+    close(_connection);
+    _connection = accept(_socket, nullptr, nullptr);
+}
+
 int freePort()
 {
     static int next = 10'000 + static_cast<int>(getpid()) * 40 % 20'000;

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <sys/socket.h>
 #include <vector>
 
 namespace tavlo::test {
@@ -57,6 +58,22 @@ public:
 
 private:
     int _socket;
+};
+
+/// Another program at a port of the loopback address, which it would share. It says nothing to those who come.
+class Listener
+{
+public:
+    /// \param kind  of socket; with SOCK_STREAM it listens
+    explicit Listener(int port, int kind = SOCK_STREAM);
+    ~Listener();
+
+    /// Returns when somebody has come.
+    void await();
+
+private:
+    int _socket;
+    int _connection = -1;
 };
 
 /// Returns when somebody listens on the port, with TCP or with UDP.
