@@ -59,7 +59,7 @@ public:
     {
         sink.makePool = [this](const video_format_t& format) {
             return _pool.create(
-                format, *_device, *_context, [](void*) { return true; }, nullptr);
+                format, format.i_chroma, *_device, *_context, [](void*) { return true; }, nullptr);
         };
         sink.onSample = [this](picture_t& picture) {
             tavlo::PooledPicture& pooled = *tavlo::pooledPicture(picture);
