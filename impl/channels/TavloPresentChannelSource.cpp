@@ -1,5 +1,7 @@
 #include "channels/TavloPresentChannelSource.h"
 
+#include "drawing/PictureChroma.h"
+
 #include <tavlo/TavloEngineEvents.h>
 
 #include <QDebug>
@@ -58,6 +60,7 @@ bool TavloPresentChannelSource::createChannel(const QSizeF& size)
     _target->setClearColor({0.0F, 0.0F, 0.0F, 0.0F});
     _target->setClearFlags(scene::RenderTexture::clearColorBit);
     _deferredContext = _site.device->createDeferredContext();
+    publishKey();
     return _deferredContext != nullptr;
 }
 
@@ -179,6 +182,8 @@ bool TavloPresentChannelSource::containsChannel(int wanted)
 void TavloPresentChannelSource::renderPicture(quint32 chroma, const graphics::TexturePtr& picture, QSizeF size,
                                               PlaneOffsets planeOffsets, bool clearFirst, bool flip)
 {
+    if (chroma == chromaProcessed)
+        return _renderTargetPainter.takePicture(picture);
     drawKeyedSource(_renderTargetPainter, _cachePainter, chroma, picture, size, planeOffsets, _process, clearFirst,
                     flip);
 }
@@ -207,10 +212,54 @@ void TavloPresentChannelSource::exitComponent(const QString&) {}
 
 void TavloPresentChannelSource::updateComponent(const tagTavloShowComponentInfo&) {}
 
+void TavloPresentChannelSource::setPictureProcess(const tagTavloPresentPictureProcess& process)
+{
+    _process.processParam = process;
+    publishKey();
+}
+
 void TavloPresentChannelSource::setChromaKey(const tagTavloPresentPictureChromaKey& key)
 {
     _process.chromaKeyParam = key;
     _process.chromaKeyParam.chroma_key = keyChroma(key.color);
+    publishKey();
+}
+
+void TavloPresentChannelSource::setLumaKey(const tagTavloPresentPictureLumaKey& key)
+{
+    _process.lumaKeyParam = key;
+    publishKey();
+}
+
+void TavloPresentChannelSource::setCrop(const tagTavloPresentPictureCrop& crop)
+{
+    _process.rectCropParam = crop;
+    publishKey();
+}
+
+void TavloPresentChannelSource::setColorAdjust(const tagTavloPresentPictureColorAdjust& adjust)
+{
+    _process.colorAdjustParam = adjust;
+    publishKey();
+}
+
+/// Tells the source's threads what they may do in the draw's place.
+void TavloPresentChannelSource::publishKey()
+{
+    const tagTavloPresentPictureFilterParam& p = _process;
+    const bool alone = p.chromaKeyParam.enable != 0 && p.lumaKeyParam.enable == 0 && p.rectCropParam.enable == 0 &&
+                       p.colorAdjustParam.enable == 0 && p.processParam.vFlip == 0 && p.processParam.hMirror == 0;
+    const LoneKey key{_renderTargetPainter.size().toSize(), p.chromaKeyParam, _renderTargetPainter.clearColor};
+    const std::lock_guard guard(_keyLock);
+    _loneKey = alone ? std::optional(key) : std::nullopt;
+}
+
+bool TavloPresentChannelSource::loneKey(LoneKey& key)
+{
+    const std::lock_guard guard(_keyLock);
+    if (_loneKey)
+        key = *_loneKey;
+    return _loneKey.has_value();
 }
 
 void TavloPresentChannelSource::setPictureMisc(const tagTavloPresentPictureMisc& misc)
@@ -218,6 +267,7 @@ void TavloPresentChannelSource::setPictureMisc(const tagTavloPresentPictureMisc&
     _process.miscParam = misc;
     refreshLabel();
     _renderTargetPainter.clearColor = toRgba(misc.backgroundColor);
+    publishKey();
     _renderTargetPainter.clear();
 }
 

@@ -5,6 +5,9 @@
 
 #include <tavlo/records/PictureRecords.h>
 
+#include <mutex>
+#include <optional>
+
 /// A channel that plays one source, through flip, crop, colour adjustment and keys. Frame thread, where nothing else is
 /// said.
 class TavloPresentChannelSource final : public TavloPresentChannelRich, public ITavloPresentChannelSource
@@ -32,6 +35,7 @@ public:
     int channelIndex() override { return channelId(); }
     bool containsChannel(int channelId) override;
     const tavlo::graphics::TextureDesc& targetDesc() override { return _targetDesc; }
+    bool loneKey(tavlo::LoneKey& key) override;
     void renderPicture(quint32 chroma, const tavlo::graphics::TexturePtr& picture, QSizeF size,
                        tavlo::PlaneOffsets planeOffsets, bool clearFirst, bool flip) override;
     void renderBlendPicture(const tavlo::TransitionPicture& outgoing, const tavlo::TransitionPicture& incoming,
@@ -51,11 +55,11 @@ public:
     QVariant closeSource();
 
     // Each counts from the next picture on.
-    void setPictureProcess(const tagTavloPresentPictureProcess& process) { _process.processParam = process; }
+    void setPictureProcess(const tagTavloPresentPictureProcess& process);
     void setChromaKey(const tagTavloPresentPictureChromaKey& key);
-    void setLumaKey(const tagTavloPresentPictureLumaKey& key) { _process.lumaKeyParam = key; }
-    void setCrop(const tagTavloPresentPictureCrop& crop) { _process.rectCropParam = crop; }
-    void setColorAdjust(const tagTavloPresentPictureColorAdjust& adjust) { _process.colorAdjustParam = adjust; }
+    void setLumaKey(const tagTavloPresentPictureLumaKey& key);
+    void setCrop(const tagTavloPresentPictureCrop& crop);
+    void setColorAdjust(const tagTavloPresentPictureColorAdjust& adjust);
 
     /// Name and background, which are shown at once.
     void setPictureMisc(const tagTavloPresentPictureMisc& misc);
@@ -68,8 +72,13 @@ protected:
 private:
     bool makeSource(const tagTavloPresentSourceInfo& info);
     void select(int pane);
+    void publishKey();
 
     tavlo::SourcePtr _source; ///< null while the channel plays nothing
     tavlo::graphics::ContextPtr _deferredContext;
     tagTavloPresentPictureFilterParam _process;
+
+    // guarded by _keyLock; the source's threads read it
+    std::mutex _keyLock;
+    std::optional<tavlo::LoneKey> _loneKey;
 };

@@ -17,6 +17,9 @@ inline constexpr quint32 chromaRgba = tavloFourcc("RGBA");
 /// The same of pictures whose alpha is 1 everywhere.
 inline constexpr quint32 chromaRgbx = tavloFourcc("RGBX");
 
+/// The same of pictures that went through the picture process already: what the target is to hold.
+inline constexpr quint32 chromaProcessed = tavloFourcc("RGBP");
+
 constexpr bool isYuv(quint32 chroma) { return std::ranges::find(yuvChromas, chroma) != yuvChromas.end(); }
 
 } // namespace tavlo

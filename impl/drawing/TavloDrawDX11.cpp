@@ -337,6 +337,14 @@ void TavloDrawDX11::takeOver(const TavloDrawDX11& other)
     _context->flush();
 }
 
+void TavloDrawDX11::takePicture(const TexturePtr& picture)
+{
+    if (!isMade() || !picture)
+        return;
+    _context->copyResource(*_target, picture);
+    _opaque = clearColor[3] >= 1.0F;
+}
+
 void TavloDrawDX11::writeQuad(const Quad& quad)
 {
     if (std::byte* const bytes = _context->map(*_dynamicVertices, MapMode::WriteDiscard)) {

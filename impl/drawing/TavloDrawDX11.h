@@ -110,6 +110,9 @@ public:
     /// Takes over what an object of the same size has drawn.
     void takeOver(const TavloDrawDX11& other);
 
+    /// Takes a picture of the target's size and format for what it would draw over a cleared target.
+    void takePicture(const TexturePtr& picture);
+
     /// Pixels.
     QSizeF size() const { return _size; }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "drawing/KeyLoop.h"
 #include "drawing/TavloDrawDX11.h"
 #include "drawing/TransitionDraw.h"
 
@@ -24,6 +25,10 @@ public:
     virtual bool containsChannel(int channelId) = 0;
 
     virtual const tavlo::graphics::TextureDesc& targetDesc() = 0;
+
+    /// Whether a key is all that the channel would do to the source's pictures, and which. Who has done it to a picture
+    /// hands that over as `chromaProcessed`. Any thread.
+    virtual bool loneKey(tavlo::LoneKey&) { return false; }
 
     /// A new picture of the source: it goes through the channel's picture process onto the channel's target.
     /// \param chroma        four-character code of the picture's layout

@@ -1,5 +1,7 @@
 #include "sources/TavloPresentSourceMediaVLC.h"
 
+#include "drawing/PictureChroma.h"
+
 #include "shared/CudaPicture.h"
 
 #include <QDebug>
@@ -210,6 +212,7 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSample(quint32, pictu
         ++_unwanted;
         return;
     }
+    process(*picture, *pooled);
     _site.deferredContext->unmap(pooled->texture);
     pooled->mapped = false;
     graphics::CommandListPtr commandList = _site.deferredContext->finishCommandList();
@@ -220,6 +223,22 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoSample(quint32, pictu
         return;
     }
     _waiting[_waitingCount++] = {picture_Hold(picture), std::move(commandList)};
+}
+
+/// What the channel would do to the picture in its draw, as far as that is done at less cost here.
+void TavloPresentSourceMediaVLC::process(picture_t& picture, PooledPicture& pooled)
+{
+    pooled.chroma = _layout.drawn;
+    const bool inColours = _layout.written == chromaRgba && _layout.drawn == chromaRgbx;
+    ITavloPresentChannelSource* const channel = _channel;
+    LoneKey key;
+    if (!inColours || !channel || !channel->loneKey(key))
+        return;
+    const video_format_t& format = picture.format;
+    if (key.size != QSize(static_cast<int>(format.i_width), static_cast<int>(format.i_height)))
+        return;
+    _keyLoop.run(picture.p[0].p_pixels, picture.p[0].i_pitch, key);
+    pooled.chroma = chromaProcessed;
 }
 
 // The sound's way, on the player's audio thread

@@ -102,6 +102,7 @@ private:
 
     void createCudaResource();
     void drawFromGraphicsMemory();
+    void process(picture_t& picture, tavlo::PooledPicture& pooled);
     bool takesPicture();
     Waiting takeWaiting();
     void forgetWaiting();
@@ -119,6 +120,7 @@ private:
 
     // player's video thread
     tavlo::PicturePool _picturePool;
+    tavlo::KeyLoop _keyLoop;
     tavlo::PictureLayout _layout;
     video_format_t _videoFormat{};
     quint64 _unwantedTold = 0;

@@ -1,5 +1,8 @@
 #include "drawing/DrawTest.h"
 
+#include "drawing/KeyLoop.h"
+#include "drawing/PictureChroma.h"
+
 namespace tavlo::test {
 namespace {
 
@@ -195,6 +198,26 @@ TEST_F(KeyedSourceGL, RunsThePassesInTheirOrder)
                 expectSame(process, true, turn == 3);
                 expectSame(process, false, turn == 2);
             }
+        }
+    }
+}
+
+/// What stands in for the draw where there is no graphics processor.
+TEST_F(KeyedSourceGL, ALoopMakesOfAPictureWhatTheDrawMakes)
+{
+    for (const graphics::Rgba& cleared : {graphics::Rgba{}, graphics::Rgba{0.2F, 0.5F, 0.8F, 1.0F}}) {
+        for (const Process& process :
+             {chromaKey(0.15F, 0.3F, 0.4F), chromaKey(0.3F, 0, 0.6F), chromaKey(0.1F, 0.6F, 0)}) {
+            SCOPED_TRACE(process.chromaKeyParam.smoothness);
+            std::vector<std::uint8_t> bytes = pattern(4 * width, height, 5);
+            for (std::size_t i = 3; i < bytes.size(); i += 4)
+                bytes[i] = 255;
+            const Draw first = makeDraw(width, height), second = makeDraw(width, height);
+            first->clearColor = cleared;
+            drawKeyedSource(*first, *second, chromaRgbx, upload(width, height, 4, bytes), QSizeF(width, height), {},
+                            process, true, false);
+            KeyLoop().run(bytes.data(), 4 * width, {QSize(width, height), process.chromaKeyParam, cleared});
+            EXPECT_TRUE(isSame(result(*first), Picture(width, height, 4, bytes), 1));
         }
     }
 }
