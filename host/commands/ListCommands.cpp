@@ -36,8 +36,8 @@ void addCameras(QJsonArray& rows)
         rows.append(device("video", QStringLiteral("/dev/") + entry, firstLineOf(folder.filePath(entry + "/name"))));
 }
 
-/// Sound devices, as the system lists them: "00-00: name : name : playback 1 : capture 1".
-void addSoundDevices(QJsonArray& rows)
+/// Devices that record sound, as the system lists them: "00-00: name : name : playback 1 : capture 1".
+void addSoundInputs(QJsonArray& rows)
 {
     QFile list(QStringLiteral("/proc/asound/pcm"));
     if (!list.open(QIODevice::ReadOnly))
@@ -50,8 +50,6 @@ void addSoundDevices(QJsonArray& rows)
         const QString name = parts.value(1).trimmed();
         if (line.contains(QLatin1String("capture")))
             rows.append(device("sound in", id, name));
-        if (line.contains(QLatin1String("playback")))
-            rows.append(device("sound out", id, name));
     }
 }
 
@@ -84,7 +82,9 @@ int devicesCommand(const QStringList& arguments)
     for (const tagTavloGraphicsDevInfo& adapter : TavloPresentUtil::enumGraphicsDevice())
         rows.append(device("graphics", QString::number(adapter.id), adapter.name));
     addCameras(rows);
-    addSoundDevices(rows);
+    addSoundInputs(rows);
+    for (const QString& name : TavloPresentUtil::soundDevices())
+        rows.append(device("sound out", name, name));
     printRows(rows, {QStringLiteral("kind"), QStringLiteral("id"), QStringLiteral("name")}, wantsJson(arguments));
     return Done;
 }

@@ -20,6 +20,7 @@ constexpr quint32 patience = 2000;    ///< with a device that stands still, and 
 constexpr quint32 settlingTime = 240; ///< blocks of a renderer's beginning are left out
 
 constexpr const char* moduleName = "/TavloCommonModule";
+constexpr const char* contextFactory = "CreateTavloGLAudioDeviceContext";
 constexpr const char* sourceName = "impl\\TavloAudioPreviewObject";
 constexpr const char* openName = "TavloAudioPreviewObject::openAudioRenderInner";
 
@@ -28,7 +29,7 @@ constexpr const char* openName = "TavloAudioPreviewObject::openAudioRenderInner"
 void TavloAudioPreviewObjectThread::run() { _object.watch(); }
 
 TavloAudioPreviewObject::TavloAudioPreviewObject()
-    : _contextModule(tavlo::engineDirectory() + QLatin1String(moduleName), "CreateTavloGLAudioDeviceContext"),
+    : _contextModule(tavlo::engineDirectory() + QLatin1String(moduleName), contextFactory),
       _rendererModule(tavlo::engineDirectory() + QLatin1String(moduleName), "CreateTavloGLAudioRenderer")
 {}
 
@@ -234,6 +235,14 @@ void TavloAudioPreviewObject::OnGLAudioDeviceSamples(const void* samples, int le
 QString TavloAudioPreviewObject::formatText() const
 {
     return QStringLiteral("%1 , %2 , %3 , %4").arg(_deviceName).arg(_sampleRate).arg(_channels).arg(_bits);
+}
+
+QStringList TavloPresentUtil::soundDevices()
+{
+    tavlo::ModuleLibrary module(tavlo::engineDirectory() + QLatin1String(moduleName), contextFactory);
+    const tavlo::InterfacePtr<IGLAudioDeviceContext> context(
+        static_cast<IGLAudioDeviceContext*>(module.make(IGLAudioDeviceContext::interfaceId, TavloInterfaceVersion)));
+    return context ? context->deviceNames() : QStringList();
 }
 
 ITavloAudioPreviewObject* TavloPresentUtil::createAudioPreviewObject() { return new TavloAudioPreviewObject; }

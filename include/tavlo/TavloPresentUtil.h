@@ -154,6 +154,10 @@ public:
     static void updateAudioLevelData(float* levels, const void* samples, unsigned bytes, int channels, int bits,
                                      int reserved, double scale);
 
+    /// The devices that can play sound, under the names that a mix and `pgmAudioDevName` take, the default one first.
+    /// Asks the system, which may take a while: not for the frame thread.
+    static QStringList soundDevices();
+
     /// A new mix of channels, closed. The caller ends it with `destroy`.
     static ITavloAudioPreviewObject* createAudioPreviewObject();
 

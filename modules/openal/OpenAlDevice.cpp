@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace tavlo {
 
@@ -82,6 +83,20 @@ ALCenum loopbackChannels(int channels)
 OpenAlDevice::OpenAlDevice() = default;
 
 OpenAlDevice::~OpenAlDevice() = default;
+
+QStringList OpenAlDevice::names()
+{
+    if (!alcIsExtensionPresent(nullptr, "ALC_ENUMERATE_ALL_EXT"))
+        return {};
+    QStringList found;
+    const ALCchar* name = alcGetString(nullptr, ALC_ALL_DEVICES_SPECIFIER); // one behind the other, the last is empty
+    for (; name && *name; name += std::strlen(name) + 1)
+        found.append(QString::fromUtf8(name));
+    const auto chosen = found.indexOf(QString::fromUtf8(alcGetString(nullptr, ALC_DEFAULT_ALL_DEVICES_SPECIFIER)));
+    if (chosen > 0)
+        found.move(chosen, 0);
+    return found;
+}
 
 bool OpenAlDevice::open(const QString& name, int rate)
 {

@@ -3,9 +3,9 @@
 #include <AL/al.h>
 #include <AL/alc.h>
 
-#include <memory>
+#include <QStringList>
 
-class QString;
+#include <memory>
 
 namespace tavlo {
 
@@ -18,6 +18,9 @@ public:
     ~OpenAlDevice();
     OpenAlDevice(const OpenAlDevice&) = delete;
     OpenAlDevice& operator=(const OpenAlDevice&) = delete;
+
+    /// The devices that `open` finds, the default one first.
+    static QStringList names();
 
     /// False, with a log line that names the device, when it is missing. \param name empty or "Auto" is the default
     bool open(const QString& name, int rate);

@@ -226,6 +226,19 @@ TEST_F(ALAudioPreview, AMissingDeviceIsToldAndTriedAgainWhileTheMixGoesOn)
     expectNoGap();
 }
 
+TEST_F(ALAudioPreview, PlaysOnADeviceOfTheList)
+{
+    const QStringList devices = TavloPresentUtil::soundDevices();
+    ASSERT_EQ(devices.size(), 1);
+    feedChannel(0);
+    object->open(devices.first(), 48000, 2, 16, 1);
+    ASSERT_TRUE(waitForSound());
+    ASSERT_TRUE(FileDevice::instance().play(200));
+    object->close();
+    const auto device = FileDevice::instance().played();
+    EXPECT_NEAR(*std::max_element(device.begin(), device.end()), 16384, 20);
+}
+
 TEST_F(ALAudioPreview, PlaysAndComesBackAfterTheDeviceWasPulledOut)
 {
     const LogCapture log;

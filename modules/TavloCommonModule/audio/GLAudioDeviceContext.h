@@ -29,6 +29,7 @@ public:
     void closeGLAudioDevice() override;
     void setGLAudioDeviceVolume(quint32 index, double volume) override;
     quint32 lastActivity() override;
+    QStringList deviceNames() override { return tavlo::OpenAlDevice::names(); }
 
     /// For renderers of this context. Null when no mix is prepared. Owner's thread.
     std::shared_ptr<tavlo::MixInput> addInput();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <tavlo/IUnknownEx.h>
 
@@ -62,6 +63,10 @@ public:
     /// When the chosen device last played on, or the mix went on without one chosen: milliseconds of the monotonic
     /// clock, wrapping; 0 before. Any thread.
     virtual quint32 lastActivity() = 0;
+
+    /// The devices that can play, as `initGLAudioDevice` takes them, the default one first. Asks the system, which takes
+    /// as long as it takes.
+    virtual QStringList deviceNames() = 0;
 
 protected:
     ~IGLAudioDeviceContext() = default;
