@@ -45,7 +45,7 @@ bool TavloPresentChannel::createChannel(const QSizeF& size)
         return false;
     }
     _targetDesc = _target->texture()->desc();
-    _target->sprite().setTextureAlpha(scene::TextureAlpha::Opaque); // what is transparent was drawn over black
+    _target->sprite().setTextureAlpha(scene::TextureAlpha::Ignored); // what is transparent was drawn over black
     _sound.create();
     if (!_site.parentLayer)
         return true;

@@ -138,14 +138,17 @@ void TavloPresentChannelPGM::stepFrame(const FrameStamps& stamps)
     stepCommon(stamps, LevelBars::Side::Right, levels.pgmLevel[row], levels.pgmTime[row]);
     publishPicture();
 
-    graphics::TexturePtr shown = picture(_programChannel);
+    const scene::RenderTexture* const program = _engine2->channelTarget(_programChannel, nullptr, nullptr);
+    graphics::TexturePtr shown = program ? program->texture() : graphics::TexturePtr{};
+    bool opaque = program && program->isOpaque();
     if (_effect != 0 && _switchProcessPos > 0.0 && _switchProcessPos < 1.0) {
         TavloDrawDX11& target = painter(0);
         target.drawTransition(shown, _size, false, picture(_nextChannel), _size, false,
                               static_cast<float>(_switchProcessPos), _effect);
         shown = target.targetResource();
+        opaque = target.isOpaque();
     }
-    showPicture(std::move(shown), false, true);
+    showPicture(std::move(shown), false, opaque ? scene::TextureAlpha::Opaque : scene::TextureAlpha::Ignored);
 }
 
 void TavloPresentChannelPGM::onChannelMouseDown(const scene::EventMouse& event, scene::Vec2)

@@ -77,7 +77,7 @@ void TavloPresentChannelPVM::stepFrame(const FrameStamps& stamps)
     const bool opaque = shown->isOpaque() && !drawsOver();
     if (_chequer)
         _chequer->setVisible(fit || !opaque);
-    showPicture(shown->texture(), fit, opaque);
+    showPicture(shown->texture(), fit, opaque ? scene::TextureAlpha::Opaque : scene::TextureAlpha::Premultiplied);
 }
 
 void TavloPresentChannelPVM::pushAudio(int channelId, int, block_t* block, const tagTavloAudioInfo& format)

@@ -56,7 +56,7 @@ void TavloPresentChannelRich2::stepCommon(const FrameStamps& stamps, LevelBars::
     _levelBars.show(_innerRect, _site.engine->gridLineWidth(), side, meter, time);
 }
 
-void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fit, bool opaque)
+void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fit, scene::TextureAlpha alpha)
 {
     if (!picture)
         return;
@@ -67,6 +67,8 @@ void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fi
         const QSizeF size(picture->desc().width, picture->desc().height);
         target.drawFilter(filter, picture, over, size, false, false);
         picture = target.targetResource();
+        if (alpha == scene::TextureAlpha::Opaque)
+            alpha = scene::TextureAlpha::Ignored;
         next = 0;
     };
     if (_channelFilter != 0)
@@ -78,7 +80,7 @@ void TavloPresentChannelRich2::showPicture(graphics::TexturePtr picture, bool fi
     const bool sized = _pictureSprite->texture() && _pictureSprite->texture()->desc().width == picture->desc().width &&
                        _pictureSprite->texture()->desc().height == picture->desc().height;
     _pictureSprite->setTexture(std::move(picture));
-    _pictureSprite->setTextureAlpha(opaque ? scene::TextureAlpha::Opaque : scene::TextureAlpha::Premultiplied);
+    _pictureSprite->setTextureAlpha(alpha);
     const QRectF place = fit ? PrivateUtil::fitRect(_size, size) : QRectF(QPointF(), size);
     if (!sized || fit)
         _pictureSprite->setTextureRect(

@@ -33,8 +33,9 @@ protected:
 
     /// Puts filter and blend layer over a picture and shows it; a null picture leaves what is shown.
     /// \param fit     the picture is fitted into the frame, its aspect kept
-    /// \param opaque  what may be transparent in it shows black: drawing it is a good deal cheaper then
-    void showPicture(tavlo::graphics::TexturePtr picture, bool fit, bool opaque);
+    /// \param alpha  the picture's; `Ignored` where what may be transparent in it shows black, which is a good deal
+    ///               cheaper to draw
+    void showPicture(tavlo::graphics::TexturePtr picture, bool fit, tavlo::scene::TextureAlpha alpha);
 
     /// Whether a filter or a file comes over the picture.
     bool drawsOver() const { return _channelFilter != 0 || _videoBlendLayer.picture(); }

@@ -104,11 +104,20 @@ bool RenderPass::covers(std::span<const Vertex, 4> corners) const
            corners[1].position == Vec2{high.x, low.y} && corners[3].position == Vec2{low.x, high.y};
 }
 
+bool RenderPass::becomes(const BatchKind& kind) const
+{
+    if (!kind.isPicture || _bottomRowFirst)
+        return false;
+    const graphics::TextureDesc &source = kind.texture->desc(), &target = _target->desc();
+    return source.width == target.width && source.height == target.height && source.format == target.format;
+}
+
 bool RenderPass::addQuad(BatchKind kind, std::span<const Vertex, 4> corners)
 {
     if (!touches(boundsOf(corners), clipArea()))
         return false;
-    if (_clear && !_covered && _batches.empty() && _clips.empty() && !kind.state && covers(corners)) {
+    const bool coversFirst = _batches.empty() && _clips.empty() && !kind.state && covers(corners);
+    if (_clear && !_covered && coversFirst) {
         if (kind.program == PlainProgram::Solid) {
             _clear = over(corners[0].color, *_clear);
             return true;
@@ -118,6 +127,7 @@ bool RenderPass::addQuad(BatchKind kind, std::span<const Vertex, 4> corners)
             kind.blend = BatchBlend::OverClear;
     }
     Batch& batch = batchFor(kind, corners.size());
+    batch.isCopy = coversFirst && becomes(kind); // a quad that joins it is drawn, and the first with it
     const auto base = static_cast<std::uint16_t>(_vertices.size() - batch.baseVertex);
     _vertices.insert(_vertices.end(), corners.begin(), corners.end());
     for (const int step : {0, 1, 2, 0, 2, 3})

@@ -40,6 +40,7 @@ struct BatchKind
     BatchBlend blend = BatchBlend::Over;
     graphics::Sampler sampler = graphics::Sampler::LinearClamp;
     GLProgramState* state = nullptr; ///< null: the plain program
+    bool isPicture = false;          ///< a whole texture, texel by pixel and as it is
 };
 
 /// What is drawn by one call, or a custom command between two calls.
@@ -54,6 +55,7 @@ struct Batch
     std::optional<graphics::Viewport> clip; ///< rows as the target keeps them
     std::uint32_t firstIndex = 0, indexCount = 0;
     std::uint32_t baseVertex = 0; ///< what the indices count from
+    bool isCopy = false;          ///< the target becomes the texture; no draw where it can be copied
 };
 
 /// What is collected for one target. Its buffers are kept from frame to frame.
@@ -95,6 +97,7 @@ public:
 private:
     Batch& batchFor(const BatchKind& kind, std::size_t vertexCount);
     bool covers(std::span<const Vertex, 4> corners) const;
+    bool becomes(const BatchKind& kind) const;
     Rect clipArea() const;
     std::optional<graphics::Viewport> clipRows() const;
 

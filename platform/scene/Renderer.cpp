@@ -41,6 +41,7 @@ PlainProgram programFor(const Paint& paint, Color4B tint, bool large)
     switch (paint.alpha) {
     case TextureAlpha::Straight:
         return PlainProgram::Straight;
+    case TextureAlpha::Ignored:
     case TextureAlpha::Opaque:
         return large && isUntinted(tint) ? PlainProgram::Copy : PlainProgram::Opaque;
     case TextureAlpha::Premultiplied:
@@ -51,8 +52,11 @@ PlainProgram programFor(const Paint& paint, Color4B tint, bool large)
 
 bool isOpaque(const Paint& paint, Color4B tint)
 {
-    return !paint.state && tint.a == 255 && (!paint.texture || paint.alpha == TextureAlpha::Opaque);
+    const bool unread = paint.alpha == TextureAlpha::Ignored || paint.alpha == TextureAlpha::Opaque;
+    return !paint.state && tint.a == 255 && (!paint.texture || unread);
 }
+
+bool isWholeUpright(const TexturePart& part) { return part.leftTop == Vec2{0, 0} && part.rightBottom == Vec2{1, 1}; }
 
 } // namespace
 
@@ -107,6 +111,8 @@ void Renderer::drawQuad(const Affine& transform, const Rect& rect, const Texture
         kind.blend = BatchBlend::Replace;
     if (large && paint.texture && isPixelExact(transform, rect, part, *paint.texture))
         kind.sampler = Sampler::NearestClamp;
+    kind.isPicture = kind.sampler == Sampler::NearestClamp && kind.program == PlainProgram::Copy && !paint.state &&
+                     paint.alpha == TextureAlpha::Opaque && isWholeUpright(part);
     const Vec2 low = part.leftTop, high = part.rightBottom;
     const Vertex corners[]{{transform({rect.x, rect.y}), {low.x, high.y}, tint},
                            {transform({rect.maxX(), rect.y}), {high.x, high.y}, tint},

@@ -22,6 +22,7 @@ class Director;
 struct RenderStatistics
 {
     std::uint32_t drawCalls = 0;
+    std::uint32_t copies = 0; ///< of a whole picture, in the place of a draw
     std::uint32_t clears = 0;
     std::uint32_t passes = 0; ///< targets drawn into
     std::uint32_t vertices = 0;

@@ -177,6 +177,10 @@ void Renderer::drawPass(Context& context, const RenderPass& pass)
 
 void Renderer::drawBatch(Context& context, const RenderPass& pass, const Batch& batch, Bound& bound)
 {
+    if (batch.isCopy && context.copyResource(*pass.target(), batch.texture)) {
+        ++_statistics.copies;
+        return;
+    }
     const SceneProgram& program =
         batch.state ? batch.state->program().sceneProgram() : _programs.get(batch.program, batch.blend);
     const std::uint32_t vertexOffset =

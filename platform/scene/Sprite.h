@@ -13,7 +13,8 @@ enum class TextureAlpha : std::uint8_t
 {
     Premultiplied, ///< colour is multiplied by it: files, labels, and whatever was drawn into a target
     Straight,      ///< colour stands for itself
-    Opaque         ///< not read; drawing is a good deal cheaper
+    Ignored,       ///< not read; drawing is a good deal cheaper
+    Opaque         ///< 1 everywhere; what fills a target pixel by pixel is copied, which is cheaper still
 };
 
 /// A picture. Textures keep their top row first, as all pictures do here. The anchor is the middle. Frame thread.

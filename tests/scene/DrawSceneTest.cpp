@@ -116,6 +116,51 @@ TEST_F(SceneGL, pixelExactPicturesAreShownExactly)
             ASSERT_EQ(shownPicture.at(x + 7, y + 140 - 4 - 130), picture.at(x, y)) << x << ", " << y;
 }
 
+TEST_F(SceneGL, aPictureThatFillsItsTargetIsCopied)
+{
+    Image picture = testPicture(150, 130, 7);
+    for (Rgba& pixel : picture.pixels)
+        pixel[3] = 1;
+    const RefPtr<RenderTexture> target = RenderTexture::create(*director, 150, 130);
+    target->setAutoDraw(true);
+    target->setClearFlags(RenderTexture::clearColorBit);
+    root->addChild(target);
+    const graphics::TexturePtr texture = upload(picture);
+    RefPtr<Sprite> sprite;
+    const auto copies = [&](const std::function<void()>& change) {
+        target->removeAllChildren();
+        sprite = Sprite::createWithTexture(*director, texture);
+        sprite->setAnchorPoint({0, 0});
+        sprite->setTextureAlpha(TextureAlpha::Opaque);
+        target->addChild(sprite);
+        change();
+        step();
+        return statistics().copies;
+    };
+    EXPECT_EQ(copies([] {}), 1U);
+    EXPECT_EQ(read(target->texture()).pixels, picture.pixels);
+    EXPECT_EQ(copies([&] { target->addChild(LayerColor::create(*director, {255, 0, 0, 255}, {10, 20})); }), 1U);
+    Image covered = picture;
+    for (int y = 110; y < 130; ++y)
+        std::fill_n(&covered.at(0, y), 10, Rgba{1, 0, 0, 1});
+    EXPECT_EQ(read(target->texture()).pixels, covered.pixels);
+
+    EXPECT_EQ(copies([&] { sprite->setFlippedY(true); }), 0U);
+    EXPECT_EQ(read(target->texture()).at(3, 2), picture.at(3, 127));
+    EXPECT_EQ(copies([&] { sprite->setOpacity(200); }), 0U);
+    EXPECT_EQ(copies([&] { sprite->setPosition(0, 1); }), 0U);
+    EXPECT_EQ(copies([&] { sprite->setTextureAlpha(TextureAlpha::Ignored); }), 0U);
+    EXPECT_EQ(copies([&] { sprite->setTextureRect({0, 0, 75, 65}, {150, 130}); }), 0U);
+    EXPECT_EQ(copies([&] { target->addChild(LayerColor::create(*director, {255, 0, 0, 255}, {9, 9}), -1); }), 0U);
+    const auto addTwin = [&] {
+        const RefPtr<Sprite> twin = Sprite::createWithTexture(*director, texture);
+        twin->setTextureAlpha(TextureAlpha::Opaque);
+        target->addChild(twin);
+    };
+    EXPECT_EQ(copies(addTwin), 0U);
+    EXPECT_EQ(read(target->texture()).at(5, 123), picture.at(80, 58)); // the twin's middle is in the left bottom corner
+}
+
 TEST_F(SceneGL, neighboursShareOneDraw)
 {
     const graphics::TexturePtr first = upload(testPicture(5, 5, 1)), second = upload(testPicture(5, 5, 2));

@@ -192,7 +192,7 @@ RefPtr<Node> makeBare(SceneTest& test, const TreePlan& plan)
             Sprite::createWithTexture(director, test.upload(testPicture(pictureWidth, pictureHeight, plan.picture)));
         sprite->setContentSize(size);
         sprite->setFlippedY(plan.flippedY);
-        sprite->setTextureAlpha(plan.opaque ? TextureAlpha::Opaque : TextureAlpha::Premultiplied);
+        sprite->setTextureAlpha(plan.opaque ? TextureAlpha::Ignored : TextureAlpha::Premultiplied);
         return sprite;
     }
     case Kind::DrawNode: {
