@@ -301,6 +301,9 @@ void Context::Impl::applyDepth()
 
 void Context::Impl::applyTextures()
 {
+    for (const TextureBinding& binding : settings.textures)
+        if (binding.texture)
+            settle(binding.texture->impl());
     for (std::size_t unit = 0; unit < settings.textures.size(); ++unit) {
         const TextureBinding& binding = settings.textures[unit];
         Picture picture{core->zeroTexture, 0, {}};

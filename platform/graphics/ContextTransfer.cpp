@@ -94,6 +94,10 @@ void Context::unmap(const TexturePtr& texture)
         d.record({texture, {}, std::move(rows)});
         return;
     }
+    if (rows.plain) {
+        d.take(t, std::move(rows));
+        return;
+    }
     const Impl::Access access = d.enter();
     std::optional<Picture> picture = access ? d.upload(t, std::move(rows)) : std::nullopt;
     if (!picture)
@@ -132,6 +136,24 @@ std::optional<Picture> Context::Impl::upload(Texture::Impl& texture, PixelBuffer
         rows.lastUse = Fence(timeline, timeline->upcoming());
     core->uploads->give(std::move(rows));
     return picture;
+}
+
+/// Immediate: the rows become the texture's contents. They are sent when something is drawn with them: what is only
+/// copied goes from memory to where it is wanted.
+void Context::Impl::take(Texture::Impl& texture, PixelBuffer rows)
+{
+    std::swap(texture.unsent, rows);
+    if (rows.capacity != 0)
+        core->uploads->give(std::move(rows));
+    stale.textures = true;
+}
+
+void Context::Impl::settle(Texture::Impl& texture)
+{
+    if (!immediate || texture.unsent.capacity == 0)
+        return;
+    if (std::optional<Picture> picture = upload(texture, std::exchange(texture.unsent, {})))
+        texture.show(std::move(*picture), Fence(timeline, timeline->upcoming()));
 }
 
 /// Deferred: puts the picture into the next list, in the place of an older one of the same texture.
@@ -227,6 +249,10 @@ bool Context::copySubresourceRegion(Texture& target, std::uint32_t x, std::uint3
     const Impl::Access access = d.enter();
     if (!access)
         return false;
+    const bool whole = box.height == source->impl().rows() && box.width == source->desc().width;
+    if (whole && target.desc().usage == Usage::Default && d.sendInto(target.impl(), x, y, source->impl()))
+        return true;
+    d.settle(source->impl());
     return target.desc().usage == Usage::Staging ? d.readInto(target.impl(), x, y, source, box)
                                                  : d.blitInto(target, x, y, source, box);
 }
@@ -261,6 +287,19 @@ bool Context::Impl::readInto(Texture::Impl& target, std::uint32_t x, std::uint32
     worked = true;
     target.arrival = submit();
     target.filled = true;
+    return true;
+}
+
+/// Rows that lie in memory yet, without a way over a picture of their own.
+bool Context::Impl::sendInto(Texture::Impl& target, std::uint32_t x, std::uint32_t y, const Texture::Impl& source)
+{
+    if (!immediate || source.unsent.capacity == 0)
+        return false;
+    glBindTexture(GL_TEXTURE_2D, target.front.name);
+    setUnpackPitch(source.row, mappedPitch(source.row, source.desc.width));
+    uploadRows(source.row, {x, y, source.desc.width, source.rows()}, source.unsent.memory);
+    stale.textures = true;
+    worked = true;
     return true;
 }
 
@@ -315,11 +354,10 @@ bool Context::executeCommandList(CommandListPtr list)
         return false;
     for (WrittenPicture& written : list->impl().pictures) {
         Texture::Impl& t = written.texture->impl();
-        std::optional<Picture> picture = std::move(written.picture);
         if (written.rows.capacity != 0)
-            picture = d.upload(t, std::move(written.rows));
-        if (picture)
-            t.show(std::move(*picture), Fence(d.timeline, d.timeline->upcoming()));
+            d.take(t, std::move(written.rows));
+        else
+            t.show(std::move(written.picture), Fence(d.timeline, d.timeline->upcoming()));
     }
     list->impl().pictures.clear();
     d.stale.textures = true;

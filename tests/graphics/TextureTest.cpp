@@ -174,4 +174,31 @@ TEST_P(TextureGL, dynamicTexturesCanBeRewrittenManyTimesBetweenFlushes)
     }
 }
 
+TEST_P(TextureGL, aWrittenPictureIsCopiedDrawnAndCopiedAgain)
+{
+    const TexturePtr texture = makeTexture(Format::R8_UNORM, 37, 11, Usage::Dynamic);
+    const TexturePtr copied = makeTexture(Format::R8_UNORM, 37, 11, Usage::Default, true);
+    const TexturePtr larger = makeTexture(Format::R8_UNORM, 40, 15);
+    const TexturePtr drawn = makeTexture(Format::R8_UNORM, 37, 11, Usage::Default, true);
+    const Quad quad(*device, "color = texelFetch(picture, ivec2(gl_FragCoord.xy), 0);");
+    for (std::uint32_t turn = 0; turn < 3; ++turn) {
+        const auto content = pattern(37, 11, turn);
+        ASSERT_TRUE(write(*context, texture, content));
+        for (int time = 0; time < 2; ++time) {
+            ASSERT_TRUE(context->copyResource(*copied, texture));
+            ASSERT_TRUE(context->copySubresourceRegion(*larger, 2, 3, texture, {0, 0, 37, 11}));
+            ASSERT_TRUE(context->copySubresourceRegion(*copied, 0, 10, texture, {5, 2, 20, 1}));
+            ASSERT_TRUE(quad.draw(*context, drawn, texture));
+            auto mixed = content;
+            std::copy_n(content.begin() + 2 * 37 + 5, 20, mixed.begin() + 10 * 37);
+            EXPECT_EQ(read(copied), mixed);
+            EXPECT_EQ(read(drawn), content);
+            const auto around = read(larger);
+            for (std::size_t row = 0; row < 11; ++row)
+                EXPECT_TRUE(std::equal(content.begin() + static_cast<long>(row * 37), content.begin() + row * 37 + 37,
+                                       around.begin() + (row + 3) * 40 + 2));
+        }
+    }
+}
+
 } // namespace

@@ -77,7 +77,10 @@ struct Context::Impl
     bool readInto(Texture::Impl& target, std::uint32_t x, std::uint32_t y, const TexturePtr& source, const Box& box);
     bool blitInto(Texture& target, std::uint32_t x, std::uint32_t y, const TexturePtr& source, const Box& box);
     PixelBuffer mapUpload(std::size_t bytes);
+    bool sendInto(Texture::Impl& target, std::uint32_t x, std::uint32_t y, const Texture::Impl& source);
     std::optional<Picture> upload(Texture::Impl& texture, PixelBuffer rows);
+    void take(Texture::Impl& texture, PixelBuffer rows);
+    void settle(Texture::Impl& texture);
     void record(WrittenPicture written);
 
     // fixed after create

@@ -58,6 +58,9 @@ struct Texture::Impl
     // the mapping thread's
     PixelBuffer upload; ///< of a mapped dynamic texture
 
+    // the drawing thread's
+    PixelBuffer unsent; ///< of a dynamic texture: its contents, as long as they lie in plain memory alone
+
     // staging: the copying thread's until it hands the texture on, then the reading thread's
     PixelBuffer store;
     Fence arrival;
