@@ -1,13 +1,13 @@
 #include "frame/TavloPresentThreadWorker.h"
 
+#include "shared/RealTime.h"
+
 #include <tavlo/TavloPresentThread.h>
 
 #include <QDebug>
 
 #include <cstring>
 #include <mutex>
-#include <pthread.h>
-#include <sched.h>
 #include <sys/prctl.h>
 #include <time.h>
 
@@ -17,12 +17,9 @@ constexpr timespec napTime{0, 50'000};                // nanoseconds
 constexpr unsigned long timerSlackNanoseconds = 1000; ///< a normal thread's sleeps are stretched by 50 times as much
 
 // QThread's priorities have no effect under the normal Linux scheduler, so the time-critical one is asked for by name.
-// The lowest real-time priority is enough to go before all normal threads and leaves room for the system's own.
-void askForRealTime()
+void becomeTimeCritical()
 {
-    sched_param priority{};
-    priority.sched_priority = sched_get_priority_min(SCHED_RR);
-    const int error = pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
+    const int error = tavlo::askForRealTime();
     if (error == 0)
         return;
     static std::once_flag told;
@@ -50,7 +47,7 @@ void TavloPresentThreadWorker::nap() { clock_nanosleep(CLOCK_MONOTONIC, 0, &napT
 void TavloPresentThreadWorker::run()
 {
     setPriority(QThread::TimeCriticalPriority);
-    askForRealTime();
+    becomeTimeCritical();
     prctl(PR_SET_TIMERSLACK, timerSlackNanoseconds); // what has real-time priority has none
     _owner.onThreadRun();
     _owner.moveToThread(_home); // only the thread on which an object lives can send it away

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sched.h>
+
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -144,6 +146,24 @@ TEST(FrameThreadTest, RunsEverythingOnOneThreadAndCanStartAgain)
         EXPECT_NE(engine.threads.front(), QThread::currentThread());
     }
     EXPECT_EQ(sink.reports.size(), 3U);
+}
+
+TEST(FrameThreadTest, WhatItStartsHasNormalPriority)
+{
+    TestEngine engine;
+    RecordingSink sink;
+    int own = SCHED_OTHER, started = -1;
+    sink.then = [&] {
+        own = sched_getscheduler(0) & ~SCHED_RESET_ON_FORK;
+        std::thread([&] { started = sched_getscheduler(0); }).join();
+    };
+    engine.start(&sink, TavloPresentThreadModeThread);
+    engine.postEvent(1);
+    engine.stop();
+    EXPECT_EQ(started, SCHED_OTHER);
+    if (own == SCHED_OTHER)
+        GTEST_SKIP() << "no real-time scheduling for this user";
+    EXPECT_EQ(own, SCHED_RR);
 }
 
 TEST(FrameThreadTest, ReportsResultAndArgumentsAsTheHandlerLeftThem)

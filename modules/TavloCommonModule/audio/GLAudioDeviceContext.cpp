@@ -2,13 +2,11 @@
 
 #include "TavloCommonModule/audio/MixInput.h"
 #include "shared/ModuleFactory.h"
+#include "shared/RealTime.h"
 
 #include <tavlo/Export.h>
 
 #include <QDebug>
-
-#include <pthread.h>
-#include <sched.h>
 
 #include <algorithm>
 #include <chrono>
@@ -48,14 +46,6 @@ void toWords(const float* in, size_t count, char* out)
         const auto word = static_cast<qint16>(std::lrint(std::clamp(in[i] * 32768.0F, -32768.0F, 32767.0F)));
         std::memcpy(out + i * sizeof word, &word, sizeof word);
     }
-}
-
-/// Late blocks are heard: this thread asks for the lowest real-time priority, and does without where it may not.
-void raisePriority()
-{
-    sched_param priority{};
-    priority.sched_priority = sched_get_priority_min(SCHED_RR);
-    pthread_setschedparam(pthread_self(), SCHED_RR, &priority);
 }
 
 } // namespace
@@ -174,7 +164,7 @@ void GLAudioDeviceContext::removeInput(const std::shared_ptr<tavlo::MixInput>& i
 
 void GLAudioDeviceContext::run()
 {
-    raisePriority();
+    tavlo::askForRealTime(); // late blocks are heard; where it may not have it, it does without
     const auto blockTime = std::chrono::duration_cast<Clock::duration>(
         std::chrono::duration<double>(static_cast<double>(_mixer.blockFrames()) / _format.sampleRate));
     auto next = Clock::now();

@@ -2,6 +2,7 @@
 
 #include "graphics/Device.h"
 #include "graphics/Log.h"
+#include "graphics/gl/DrawingThreads.h"
 #include "graphics/gl/FormatProbe.h"
 
 #include <algorithm>
@@ -76,6 +77,8 @@ bool DeviceCore::start(Transfer transfer)
     probeFormats();
     makeSharedObjects();
     prepareContext();
+    if (adapter.software)
+        raiseDrawingThreads();
     return true;
 }
 
