@@ -476,6 +476,28 @@ TEST(PlayerNetwork, StopsWhileNobodyAnswers)
     }
 }
 
+/// Neither what is refused nor what isn't there is told with what is secret in its address.
+TEST(PlayerNetwork, SecretsAreNotTold)
+{
+    const QString nobody = QStringLiteral("127.0.0.1:%1").arg(freePort());
+    for (const auto& [kind, form] :
+         {std::pair(1, "gopher://x/?passphrase=hidden"), std::pair(1, "srt:x?mode=caller&passphrase=hidden"),
+          std::pair(13, "tvtp:x?key=hidden"), std::pair(1, "tcp://%1?a=b&access_token=hidden&c=d"),
+          std::pair(1, "http://me:hidden@%1/a?X-Signature=hidden#c")}) {
+        SCOPED_TRACE(form);
+        const LogCapture log;
+        PlayerStage stage;
+        stage.info.kind = kind;
+        stage.info.url = QString::fromLatin1(form).replace(QLatin1String("%1"), nobody);
+        stage.play({});
+        for (int i = 0; i < 6000 && log.lines().isEmpty(); ++i)
+            QThread::msleep(10);
+        stage.player->stop();
+        EXPECT_GE(log.count("=..."), 1) << log.lines().join(u'\n').toStdString();
+        EXPECT_EQ(log.count("hidden"), 0) << log.lines().join(u'\n').toStdString();
+    }
+}
+
 TEST(PlayerNetwork, ListsOpenOnlyWhatTheirKindNeeds)
 {
     ClipForm form;
