@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <functional>
 
 #include <fcntl.h>
 #include <linux/videodev2.h>
@@ -41,7 +42,6 @@ struct FakeCamera
         width = usualWidth;
         height = usualHeight;
         rate = 50;
-        _first = _count = 0;
     }
 
     int answer(int file, unsigned long request, void* argument)
@@ -60,6 +60,7 @@ struct FakeCamera
             static_cast<v4l2_streamparm*>(argument)->parm.capture = {V4L2_CAP_TIMEPERFRAME, 0, {1, rate}, 0, most, {}};
             return 0;
         case VIDIOC_REQBUFS:
+            _first = _count = 0;
             static_cast<v4l2_requestbuffers*>(argument)->count = most;
             return ftruncate(file, room() * most);
         case VIDIOC_QUERYBUF:
@@ -155,6 +156,17 @@ public:
     const QString name = QStringLiteral("tavlo-test-%1").arg(getpid());
 };
 
+/// Whether it comes about before something must hang.
+bool waitUntil(const std::function<bool()>& condition)
+{
+    for (int i = 0; i < 100'000; ++i) {
+        if (condition())
+            return true;
+        usleep(1000);
+    }
+    return false;
+}
+
 void playCamera(PlayerStage& stage, const QString& name, qint32 kind = TavloSourcePlayerKindCapture)
 {
     camera.begin();
@@ -202,8 +214,7 @@ TEST(PlayerCapture, IsLetGoThoughItHasNoPicture)
     ASSERT_TRUE(stage.sink.waitForPictures(1));
     camera.isDark = true;
     const int before = camera.asked;
-    while (camera.asked < before + 2)
-        usleep(1000);
+    EXPECT_TRUE(waitUntil([&] { return camera.asked >= before + 2; })) << "the driver holds it";
     stage.player->stop();
     EXPECT_TRUE(readersEnd());
 }
@@ -217,8 +228,7 @@ TEST(PlayerCapture, IsFoundByItsNameWhenItIsPluggedInLater)
     const LogCapture log;
     PlayerStage stage;
     playCamera(stage, device.name);
-    while (log.count("trying again") == 0)
-        usleep(1000);
+    ASSERT_TRUE(waitUntil([&] { return log.count("trying again") > 0; }));
     ASSERT_TRUE(device.plugIn());
     EXPECT_TRUE(stage.sink.waitForPictures(2));
     stage.player->stop();
