@@ -54,7 +54,7 @@ TEST(PlayerLooseThreads, WaitForWhomTheyReplace)
     first.letGo();
     EXPECT_TRUE(next.begins());
     EXPECT_TRUE(first.isDone());
-    for (const Hanging* thread : {&beside, &next, &elsewhere}) {
+    for (const Hanging* thread : {&beside, &next, &elsewhere, &given}) {
         thread->tellToEnd(); // the end of the process waits for them
         thread->letGo();
     }

@@ -16,7 +16,7 @@ constexpr auto glance = std::chrono::milliseconds(50);     ///< at whether who w
 
 using Ended = std::shared_future<void>;
 
-/// Waits for all of them. False when whoever waits is told to end first.
+/// Waits for all of them. False when whoever waits was told to end meanwhile.
 bool awaitAll(const std::vector<Ended>& threads, const std::atomic<bool>& ends, const QString& place)
 {
     const auto tellAt = std::chrono::steady_clock::now() + patience;
@@ -31,7 +31,7 @@ bool awaitAll(const std::vector<Ended>& threads, const std::atomic<bool>& ends, 
             }
         }
     }
-    return true;
+    return !ends;
 }
 
 } // namespace
