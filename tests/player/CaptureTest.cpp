@@ -15,6 +15,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <functional>
+#include <mutex>
 
 #include <fcntl.h>
 #include <linux/videodev2.h>
@@ -60,14 +61,13 @@ struct FakeCamera
             static_cast<v4l2_streamparm*>(argument)->parm.capture = {V4L2_CAP_TIMEPERFRAME, 0, {1, rate}, 0, most, {}};
             return 0;
         case VIDIOC_REQBUFS:
-            _first = _count = 0;
+            forgetWaiting();
             static_cast<v4l2_requestbuffers*>(argument)->count = most;
             return ftruncate(file, room() * most);
         case VIDIOC_QUERYBUF:
             return place(*static_cast<v4l2_buffer*>(argument));
         case VIDIOC_QBUF:
-            _waiting[(_first + _count++) % most] = static_cast<v4l2_buffer*>(argument)->index;
-            return 0;
+            return await(static_cast<v4l2_buffer*>(argument)->index);
         case VIDIOC_DQBUF:
             return film(file, *static_cast<v4l2_buffer*>(argument));
         case VIDIOC_G_INPUT:
@@ -117,10 +117,8 @@ private:
         ++asked;
         while (isDark && !(fcntl(file, F_GETFL) & O_NONBLOCK))
             usleep(1000);
-        if (isDark || _count == 0)
+        if (isDark || !takeWaiting(buffer.index))
             return refuse(EAGAIN);
-        buffer.index = _waiting[_first++ % most];
-        --_count;
         const std::string grey(size(), '\x80');
         buffer.bytesused = size();
         gettimeofday(&buffer.timestamp, nullptr);
@@ -128,7 +126,32 @@ private:
         return pwrite(file, grey.data(), grey.size(), buffer.index * room()) < 0 ? -1 : 0;
     }
 
-    // reader's thread
+    void forgetWaiting()
+    {
+        const std::scoped_lock lock(_lock);
+        _first = _count = 0;
+    }
+
+    int await(unsigned index)
+    {
+        const std::scoped_lock lock(_lock);
+        _waiting[(_first + _count++) % most] = index;
+        return 0;
+    }
+
+    bool takeWaiting(unsigned& index)
+    {
+        const std::scoped_lock lock(_lock);
+        if (_count == 0)
+            return false;
+        index = _waiting[_first++ % most];
+        --_count;
+        return true;
+    }
+
+    std::mutex _lock;
+
+    // guarded by _lock: buffers come back on the thread that decodes
     std::array<unsigned, most> _waiting{};
     unsigned _first = 0, _count = 0;
 };
