@@ -184,7 +184,7 @@ TEST(PlayerCamera, IsAskedForTheStreamOfItsChannel)
     for (int i = 0; i < 6000 && log.count("trying again") == 0; ++i)
         QThread::msleep(10);
     stage.player->stop();
-    EXPECT_EQ(log.count("failed to open rtsp://ad min@127.0.0.1:554/Streaming/Channels/201 - "), 1)
+    EXPECT_GE(log.count("failed to open rtsp://ad min@127.0.0.1:554/Streaming/Channels/201 - "), 1)
         << log.lines().join(u'\n').toStdString();
     EXPECT_EQ(log.count("w/rd") + log.count("w%2Frd"), 0);
 }

@@ -14,6 +14,8 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <functional>
+#include <mutex>
 
 #include <fcntl.h>
 #include <linux/videodev2.h>
@@ -41,7 +43,6 @@ struct FakeCamera
         width = usualWidth;
         height = usualHeight;
         rate = 50;
-        _first = _count = 0;
     }
 
     int answer(int file, unsigned long request, void* argument)
@@ -60,13 +61,13 @@ struct FakeCamera
             static_cast<v4l2_streamparm*>(argument)->parm.capture = {V4L2_CAP_TIMEPERFRAME, 0, {1, rate}, 0, most, {}};
             return 0;
         case VIDIOC_REQBUFS:
+            forgetWaiting();
             static_cast<v4l2_requestbuffers*>(argument)->count = most;
             return ftruncate(file, room() * most);
         case VIDIOC_QUERYBUF:
             return place(*static_cast<v4l2_buffer*>(argument));
         case VIDIOC_QBUF:
-            _waiting[(_first + _count++) % most] = static_cast<v4l2_buffer*>(argument)->index;
-            return 0;
+            return await(static_cast<v4l2_buffer*>(argument)->index);
         case VIDIOC_DQBUF:
             return film(file, *static_cast<v4l2_buffer*>(argument));
         case VIDIOC_G_INPUT:
@@ -116,10 +117,8 @@ private:
         ++asked;
         while (isDark && !(fcntl(file, F_GETFL) & O_NONBLOCK))
             usleep(1000);
-        if (isDark || _count == 0)
+        if (isDark || !takeWaiting(buffer.index))
             return refuse(EAGAIN);
-        buffer.index = _waiting[_first++ % most];
-        --_count;
         const std::string grey(size(), '\x80');
         buffer.bytesused = size();
         gettimeofday(&buffer.timestamp, nullptr);
@@ -127,7 +126,32 @@ private:
         return pwrite(file, grey.data(), grey.size(), buffer.index * room()) < 0 ? -1 : 0;
     }
 
-    // reader's thread
+    void forgetWaiting()
+    {
+        const std::scoped_lock lock(_lock);
+        _first = _count = 0;
+    }
+
+    int await(unsigned index)
+    {
+        const std::scoped_lock lock(_lock);
+        _waiting[(_first + _count++) % most] = index;
+        return 0;
+    }
+
+    bool takeWaiting(unsigned& index)
+    {
+        const std::scoped_lock lock(_lock);
+        if (_count == 0)
+            return false;
+        index = _waiting[_first++ % most];
+        --_count;
+        return true;
+    }
+
+    std::mutex _lock;
+
+    // guarded by _lock: buffers come back on the thread that decodes
     std::array<unsigned, most> _waiting{};
     unsigned _first = 0, _count = 0;
 };
@@ -154,6 +178,17 @@ public:
     const QString folder = QStringLiteral("/dev/v4l/by-id");
     const QString name = QStringLiteral("tavlo-test-%1").arg(getpid());
 };
+
+/// Whether it comes about before something must hang.
+bool waitUntil(const std::function<bool()>& condition)
+{
+    for (int i = 0; i < 100'000; ++i) {
+        if (condition())
+            return true;
+        usleep(1000);
+    }
+    return false;
+}
 
 void playCamera(PlayerStage& stage, const QString& name, qint32 kind = TavloSourcePlayerKindCapture)
 {
@@ -202,8 +237,7 @@ TEST(PlayerCapture, IsLetGoThoughItHasNoPicture)
     ASSERT_TRUE(stage.sink.waitForPictures(1));
     camera.isDark = true;
     const int before = camera.asked;
-    while (camera.asked < before + 2)
-        usleep(1000);
+    EXPECT_TRUE(waitUntil([&] { return camera.asked >= before + 2; })) << "the driver holds it";
     stage.player->stop();
     EXPECT_TRUE(readersEnd());
 }
@@ -217,8 +251,7 @@ TEST(PlayerCapture, IsFoundByItsNameWhenItIsPluggedInLater)
     const LogCapture log;
     PlayerStage stage;
     playCamera(stage, device.name);
-    while (log.count("trying again") == 0)
-        usleep(1000);
+    ASSERT_TRUE(waitUntil([&] { return log.count("trying again") > 0; }));
     ASSERT_TRUE(device.plugIn());
     EXPECT_TRUE(stage.sink.waitForPictures(2));
     stage.player->stop();

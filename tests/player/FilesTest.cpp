@@ -279,6 +279,14 @@ TEST(PlayerFiles, PausesAndGoesOn)
     EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateStopped);
     EXPECT_EQ(stage.sink.numbers(), run(0, stage.sink.pictures.size(), 50)) << "nothing is lost in a pause";
     EXPECT_EQ(stage.sink.resumes, 1);
+
+    // A stop in a pause ends it: what the sink plays sound with is the next play's as well.
+    stage.play(stage.info.pathList, true);
+    ASSERT_TRUE(stage.sink.waitForPictures(stage.sink.pictureCount() + 1));
+    stage.player->pause();
+    stage.player->stop();
+    EXPECT_EQ(stage.sink.pauses, 2);
+    EXPECT_EQ(stage.sink.resumes, 2);
 }
 
 TEST(PlayerFiles, PlaysWhatIsThere)

@@ -202,7 +202,7 @@ INSTANTIATE_TEST_SUITE_P(
                          1}),
     [](const auto& peer) { return std::string(peer.param.name); });
 
-/// A server of RTSP for one guest: what it gets as RTP on its own port goes on over the guest's connection or, where
+/// A server of RTSP for one guest after the other: what it gets as RTP on its own port goes on over the guest's connection or, where
 /// that is not offered, in datagrams.
 class RtspServer
 {
@@ -243,10 +243,17 @@ private:
 
     void serve()
     {
-        const int guest = _server.acceptGuest(_ends);
+        for (int guest = _server.acceptGuest(_ends); guest >= 0; guest = _server.acceptGuest(_ends)) {
+            serve(guest);
+            _server.closeGuests();
+        }
+    }
+
+    void serve(int guest)
+    {
         bool plays = false;
         std::array<char, 4 + 65'536> packet{};
-        while (guest >= 0 && !_ends) {
+        while (!_ends) {
             std::array<pollfd, 2> waiting{pollfd{guest, POLLIN, 0}, pollfd{_incoming, POLLIN, 0}};
             poll(waiting.data(), waiting.size(), 50);
             if (waiting[0].revents != 0 && !answer(guest, plays))
@@ -394,7 +401,7 @@ TEST(PlayerNetwork, HlsComesBackWithItsServer)
                                            clipFolderFile(QStringLiteral("live.m3u8"))};
     Sender sender;
     sender.start(target);
-    while (!QFile::exists(target.back()))
+    for (int i = 0; i < 6000 && !QFile::exists(target.back()); ++i)
         QThread::msleep(10);
     PlayerStage stage;
     stage.info.url = QStringLiteral("http://127.0.0.1:%1/live.m3u8").arg(server->port());
@@ -473,6 +480,28 @@ TEST(PlayerNetwork, StopsWhileNobodyAnswers)
             EXPECT_EQ(stage.player->state(), TavloSourcePlayerStateStopped);
             EXPECT_TRUE(readersEnd()) << form;
         }
+    }
+}
+
+/// Neither what is refused nor what isn't there is told with what is secret in its address.
+TEST(PlayerNetwork, SecretsAreNotTold)
+{
+    const QString nobody = QStringLiteral("127.0.0.1:%1").arg(freePort());
+    for (const auto& [kind, form] :
+         {std::pair(1, "gopher://x/?passphrase=hidden"), std::pair(1, "srt:x?mode=caller&passphrase=hidden"),
+          std::pair(13, "tvtp:x?key=hidden"), std::pair(1, "tcp://%1?a=b&access_token=hidden&c=d"),
+          std::pair(1, "http://me:hidden@%1/a?X-Signature=hidden#c")}) {
+        SCOPED_TRACE(form);
+        const LogCapture log;
+        PlayerStage stage;
+        stage.info.kind = kind;
+        stage.info.url = QString::fromLatin1(form).replace(QLatin1String("%1"), nobody);
+        stage.play({});
+        for (int i = 0; i < 6000 && log.lines().isEmpty(); ++i)
+            QThread::msleep(10);
+        stage.player->stop();
+        EXPECT_GE(log.count("=..."), 1) << log.lines().join(u'\n').toStdString();
+        EXPECT_EQ(log.count("hidden"), 0) << log.lines().join(u'\n').toStdString();
     }
 }
 

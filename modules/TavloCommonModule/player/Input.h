@@ -11,8 +11,7 @@ namespace tavlo {
 /// What is read to be played: a file, a stream, a device. The reading thread's.
 ///
 /// No call takes longer than `patience` without anything from outside (three times that where a stream comes in pieces of
-/// some seconds each), and all end soon after the flag is set that
-/// interrupts them.
+/// some seconds each), and all end soon after the flag is set that interrupts them.
 class Input
 {
 public:

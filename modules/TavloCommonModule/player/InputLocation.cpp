@@ -50,10 +50,26 @@ QString schemeOf(const QString& text)
     return end > 1 && std::all_of(text.begin(), text.begin() + end, isLetter) ? text.left(end).toLower() : QString();
 }
 
+/// An address as it may be told: neither the password before the machine's name nor what is secret in the query.
+QString withoutSecrets(const QString& text)
+{
+    static const QRegularExpression secret(
+        QStringLiteral("([?&][^=&#]*(?:pass|pwd|key|token|secret|auth|sig)[^=&#]*=)[^&#]*"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QUrl url(text);
+    QString told = text;
+    if (url.isValid() && !url.password().isEmpty())
+        told = url.toDisplayString(QUrl::RemovePassword);
+    else if (const qsizetype name = text.indexOf(QLatin1String("://")) + 3, end = text.lastIndexOf(u'@');
+             !url.isValid() && name > 2 && end > name)
+        told.remove(name, end + 1 - name); // nobody knows where in there the password is
+    return told.replace(secret, QStringLiteral("\\1..."));
+}
+
 InputLocation fileLocation(const QString& path)
 {
     InputLocation location;
-    location.name = path;
+    location.name = withoutSecrets(path); // it may be an address that was written wrong
     location.url = QStringLiteral("file:") + path;
     location.protocols = QStringLiteral("file,crypto,data");
     return location;
@@ -79,22 +95,6 @@ void tuneNetwork(InputLocation& location, const QString& scheme)
         options[QStringLiteral("probesize")] = QStringLiteral("500000");
         options[QStringLiteral("analyzeduration")] = QStringLiteral("500000");
     }
-}
-
-/// An address as it may be told: neither the password before the machine's name nor what is secret in the query.
-QString withoutSecrets(const QString& text)
-{
-    static const QRegularExpression secret(
-        QStringLiteral("([?&](?:pass\\w*|pwd|key|token|secret|auth|sig\\w*)=)[^&#]*"),
-        QRegularExpression::CaseInsensitiveOption);
-    const QUrl url(text);
-    QString told = text;
-    if (url.isValid() && !url.password().isEmpty())
-        told = url.toDisplayString(QUrl::RemovePassword);
-    else if (const qsizetype name = text.indexOf(QLatin1String("://")) + 3, end = text.lastIndexOf(u'@');
-             !url.isValid() && name > 2 && end > name)
-        told.remove(name, end + 1 - name); // nobody knows where in there the password is
-    return told.replace(secret, QStringLiteral("\\1..."));
 }
 
 /// The address of a protocol of our own, as the protocol below it has it.

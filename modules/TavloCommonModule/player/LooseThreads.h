@@ -21,7 +21,8 @@ public:
 
     static LooseThreads& instance();
 
-    /// Begins a thread, which first waits for those that were told to end and have the same place.
+    /// Begins a thread, which first waits for those that were told to end and have the same place. One that is told to
+    /// end meanwhile ends with nothing done.
     /// \param name   at most 15 letters
     /// \param place  what only one can have at a time, as people know it: a device; empty for nothing like that
     /// \param work   holds all that it needs

@@ -10,6 +10,7 @@ extern "C" {
 #include <QDebug>
 #include <QFile>
 
+#include <cstring>
 #include <mutex>
 #include <sys/stat.h>
 
@@ -31,6 +32,21 @@ private:
     AVDictionary* _dictionary = nullptr;
 };
 
+/// Packets of a camera lie in its driver's memory, which goes with the device while others still look at them.
+int takeOut(AVPacket& packet)
+{
+    const auto size = static_cast<size_t>(packet.size);
+    AVBufferRef* const copy = av_buffer_alloc(size + AV_INPUT_BUFFER_PADDING_SIZE);
+    if (!copy)
+        return AVERROR(ENOMEM);
+    std::memcpy(copy->data, packet.data, size);
+    std::memset(copy->data + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
+    av_buffer_unref(&packet.buf);
+    packet.buf = copy;
+    packet.data = copy->data;
+    return 0;
+}
+
 } // namespace
 
 void prepareFfmpeg()
@@ -48,6 +64,7 @@ bool MediaInput::open(const InputLocation& location, bool pictures, bool sound)
     prepareFfmpeg();
     close();
     _pace = location.pace;
+    _isCamera = location.isCamera;
     if (location.url.isEmpty()) {
         qDebug().noquote() << "player: no input can be opened by this name:" << location.name;
         return false;
@@ -130,7 +147,7 @@ int MediaInput::read(AVPacket& packet)
         if (const int result = readFrame(packet); result < 0)
             return result;
         if (packet.stream_index == _videoIndex || packet.stream_index == _audioIndex)
-            return 0;
+            return _isCamera ? takeOut(packet) : 0;
         av_packet_unref(&packet);
     }
 }

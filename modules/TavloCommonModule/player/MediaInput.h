@@ -43,6 +43,7 @@ private:
     qint64 _deadline = 0; ///< monotonic microseconds
     std::unique_ptr<AVFormatContext, CloseContext> _context;
     InputLocation::Pace _pace = InputLocation::Pace::File;
+    bool _isCamera = false;
     bool _inPieces = false; ///< of some seconds each, and nothing between them
     int _videoIndex = -1;
     int _audioIndex = -1;

@@ -24,6 +24,8 @@ qint64 PlayClock::now() const
 void PlayClock::useSystemTime()
 {
     std::unique_lock lock(_lock);
+    anchor(_time->now());
+    _started = false;
     _time = &MonotonicTime::instance();
     _changed.notify_all();
     _left.wait(lock, [this] { return _waiting == 0; });

@@ -24,7 +24,8 @@ public:
     /// Microseconds of the time that it runs on.
     qint64 now() const;
 
-    /// The sink goes: whoever still asks gets the system's time, and nobody waits on the other when it returns.
+    /// The sink goes: the clock stands, whoever still asks gets the system's time, and nobody waits on the other when it
+    /// returns.
     void useSystemTime();
 
     /// Stands at that place until `start`.

@@ -18,8 +18,7 @@ PlaySession::PlaySession(ITavloSourcePlayerSink& sink, const tagTavloSourcePlaye
 {
     if (_context->plan.entries.isEmpty()) {
         qDebug().noquote() << "player: nothing to open -" << _context->plan.refusal;
-        _context->aborted = true;
-        _context->progress.stop();
+        stop();
         return;
     }
     _video = std::make_unique<VideoLine>(*_context);
@@ -55,6 +54,8 @@ void PlaySession::stop()
         _video->join();
     if (_audio)
         _audio->join();
+    if (_context->paused.exchange(false)) // or it would be silent in the next play
+        _context->sink->OnMediaSourcePlayerDoAudioResume(_context->clock.now());
     _context->progress.stop();
     _context->clock.useSystemTime();
 }
