@@ -244,7 +244,7 @@ void Stage::awaitCoded(int but)
         return static_cast<qint64>(now.committedPictures - now.droppedPictures - now.latePictures - now.encoderDropped -
                                    now.skippedPictures - now.codedPictures + now.repeatedPictures);
     };
-    while (open(statistics()) > but + held)
+    while (open(statistics()) > but)
         std::this_thread::sleep_for(std::chrono::microseconds(100));
 }
 

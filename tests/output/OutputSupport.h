@@ -54,7 +54,7 @@ public:
     /// \param awaits  false: commits and looks at nothing
     void commit(int first, int count, bool awaits = true);
 
-    /// Returns when all that output 0 wanted but so many, and what its encoder holds, are coded or counted as lost.
+    /// Returns when all that output 0 wanted but so many are coded or counted as lost.
     void awaitCoded(int but = inFlight);
 
     tagTavloOutputStatistics statistics(int index = 0);
@@ -65,10 +65,9 @@ public:
     void commitPicture(int number); ///< with no sound, and looks at nothing
 
     TavloPresentOutputTarget target;
-    int held = 0; ///< pictures that the encoder keeps to itself, because it looks ahead
 
 private:
-    static constexpr int inFlight = 5; ///< fits into the encoder's queue
+    static constexpr int inFlight = 5; ///< fits into the encoder's queue, whatever it holds itself
 
     void await(int index, int type);
 

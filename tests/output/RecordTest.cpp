@@ -203,25 +203,6 @@ TEST(Record, SplitsWithoutLosingAPictureOrASample)
     }
 }
 
-/// All of them wait at the begin, for longer than sound waits by itself.
-TEST(Record, KeepsTheSoundOfPicturesThatTheEncoderLooksAheadFrom)
-{
-    const QTemporaryDir folder;
-    Stage stage(Way::Pictures);
-    stage.held = 60;
-    tagTavloPresentOutputParam param = Stage::param(folder.path());
-    param.encoderSettings[2] = param.videoSettings[3] = static_cast<quint32>(stage.held); // not beyond a key picture
-    param.rateSettings[1] = 1; // a constant quantizer needs none
-    stage.start(record, param);
-    stage.commit(0, 120);
-    stage.stop(record);
-    expectPerfect(stage.statistics());
-    const Decoded decoded = decode(filesIn(folder.path()).value(0));
-    EXPECT_EQ(decoded.numbers, numbersFrom(0, 120));
-    EXPECT_NEAR(static_cast<double>(decoded.samples), 120 * 1920, 3 * 1024);
-    expectInSync(decoded);
-}
-
 TEST(Record, KeepsSegmentsBesideItAndRemovesThoseThatAreTooOld)
 {
     const QTemporaryDir folder;

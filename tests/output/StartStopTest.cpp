@@ -106,6 +106,7 @@ TEST(OutputThreads, AnEndThatTakesLongIsTold)
 struct Gates
 {
     std::shared_mutex in, out;
+    int patience = 0; ///< milliseconds for which the encoder's room is waited for, if it is more than asked for
 };
 
 /// The encoder as it is, but for a gate in front of it and one behind it.
@@ -132,7 +133,7 @@ public:
     picture_t* acquirePicture(quint32, int milliseconds) override
     {
         const std::shared_lock waiting(_gates.in);
-        return _encoder->acquirePicture(0, milliseconds);
+        return _encoder->acquirePicture(0, std::max(milliseconds, _gates.patience));
     }
     void submitPicture(picture_t* picture) override { _encoder->submitPicture(picture); }
     void getStatistics(tagTavloOutputStatistics* statistics) override { _encoder->getStatistics(statistics); }
@@ -232,6 +233,28 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
         EXPECT_TRUE(std::ranges::any_of(decoded.beeps, [tone](double at) { return std::abs(at - tone) < 0.02; }))
             << mode;
     }
+}
+
+/// All of them wait at the begin, for longer than sound waits by itself.
+TEST(OutputThreads, ARecordingHasTheSoundOfPicturesThatAnEncoderLooksAheadFrom)
+{
+    const QTemporaryDir folder;
+    Gated aggregation;
+    aggregation.gates.patience = 60'000;
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.encoderSettings[2] = param.videoSettings[3] = 60; // not beyond a key picture
+    param.rateSettings[1] = 1;                              // a constant quantizer needs none
+    stage.start(record, param);
+    for (int number = 0; number < 120; ++number) {
+        stage.commit(number, 1, false);
+        stage.stop(TavloPresentOutputTypeNet);
+    }
+    EXPECT_LT(stage.statistics().codedPictures, 120U - 30);
+    stage.stop(record);
+    const Decoded decoded = decode(folder.filePath(QStringLiteral("show.mp4")));
+    EXPECT_EQ(decoded.numbers, numbersFrom(0, 120));
+    EXPECT_NEAR(static_cast<double>(decoded.samples), 120 * 1920, 3 * 1024);
 }
 
 /// Of this process: what `task` and `fd` list.

@@ -412,14 +412,18 @@ TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)
     while (stage.statistics().netState != tagTavloOutputStatistics::Running)
         stage.commit(number++, 1);
     const QStringList input{"-i", QStringLiteral("http://127.0.0.1:%1/live/0").arg(port)};
-    Viewer slow(input);
+    Viewer slow(QStringList{"-recv_buffer_size", "16384"} + input); // the kernel keeps little for him
     expectToFollow(stage, slow, number, 10);
     slow.halt();
     while (stage.statistics().viewerDropped == 0)
         stage.commit(number++, 1);
     {
         Viewer viewer(input);
-        expectToFollow(stage, viewer, number, 50);
+        expectToFollow(stage, viewer, number, 50, 10, [&] { // half a minute without a byte would end his connection
+            slow.goOn();
+            EXPECT_TRUE(slow.look(1));
+            slow.halt();
+        });
     }
     slow.goOn();
     expectToFollow(stage, slow, number, 50);
