@@ -167,13 +167,9 @@ void Node::onHandle_stopOutput(int, int type, std::binary_semaphore*& done)
     Ending& ending = _endings[static_cast<size_t>(type)];
     ending.startAgain.reset();
     if (_outputNodes[static_cast<size_t>(type)]) {
-        if (_nodes.size() > 1) {
-            endAside(type);
-        } else {
+        if (_nodes.size() == 1)
             stopEncode();
-            beginEnd(type).destroy();
-            finishEnd(type);
-        }
+        endAside(type);
     }
     if (ending.leaf && done)
         ending.waiting.push_back(std::exchange(done, nullptr));
@@ -186,22 +182,18 @@ void Node::onHandle_leafEnded(int type)
         onHandle_startOutput(_index, type, *param);
 }
 
-/// From here on it gets no blocks.
-Node::Leaf& Node::beginEnd(int type)
-{
-    Ending& ending = _endings[static_cast<size_t>(type)];
-    const std::unique_lock guard(_nodesLock);
-    ending.leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
-    std::erase(_nodes, ending.leaf.get());
-    return *ending.leaf;
-}
-
+/// From here on the leaf gets no blocks.
 void Node::endAside(int type)
 {
-    Leaf& leaf = beginEnd(type);
-    _endings[static_cast<size_t>(type)].thread = std::thread([this, type, &leaf] {
+    Ending& ending = _endings[static_cast<size_t>(type)];
+    {
+        const std::unique_lock guard(_nodesLock);
+        ending.leaf = std::move(_outputNodes[static_cast<size_t>(type)]);
+        std::erase(_nodes, ending.leaf.get());
+    }
+    ending.thread = std::thread([this, type, leaf = ending.leaf.get()] {
         pthread_setname_np(pthread_self(), "tavlo-leaf-end");
-        leaf.destroy();
+        leaf->destroy();
         OutputEvent event;
         event.id = OutputEventId::LeafEnded;
         event.type = type;
@@ -214,14 +206,14 @@ void Node::finishEnd(int type)
     Ending& ending = _endings[static_cast<size_t>(type)];
     if (!ending.leaf)
         return;
-    if (ending.thread.joinable())
-        ending.thread.join();
+    ending.thread.join();
     std::unique_ptr<Leaf> leaf;
     {
         const std::unique_lock guard(_nodesLock);
         keepCounts(*ending.leaf);
         leaf = std::move(ending.leaf);
     }
+    leaf.reset();
     for (std::binary_semaphore* const done : std::exchange(ending.waiting, {}))
         done->release();
 }
@@ -355,7 +347,7 @@ void Node::takeVideo(BlockPtr block)
     if (!block)
         return;
     noteFrameType(*block);
-    _codedPictures.fetch_add(1, std::memory_order_relaxed);
+    _codedPictures.fetch_add(1, std::memory_order_release);
     handOn(std::move(block), &Leaf::onVideo);
 }
 
@@ -384,6 +376,8 @@ void Node::handOn(BlockPtr block, void (Leaf::*take)(BlockPtr))
 
 void Node::getStatistics(tagTavloOutputStatistics* statistics)
 {
+    // first, so that those among them that were repeated are told as well
+    statistics->codedPictures += _codedPictures.load(std::memory_order_acquire);
     TavloPresentOutputTargetNodeProcessMemConvert::getStatistics(statistics);
     {
         const std::shared_lock guard(_nodesLock);
@@ -398,7 +392,6 @@ void Node::getStatistics(tagTavloOutputStatistics* statistics)
             _audioEncoder->getStatistics(statistics);
         addCounts(*statistics, _ended);
     }
-    statistics->codedPictures += _codedPictures.load(std::memory_order_relaxed);
     const std::lock_guard guard(_frameTypesLock);
     std::copy_n(_frameTypes.begin(), _frameTypeCount, statistics->frameTypes.begin());
 }

@@ -17,8 +17,8 @@
 /// Codes an output's pictures and sound once and hands the blocks to its recording and its stream.
 ///
 /// The encoders run from the start of the first of the two to the end of the last. The first one to start says how they
-/// code; a second start of a running one is ignored. What the encoders still hold when the last one ends is written. One of
-/// two ends on a thread of its own: it may take long, and the other goes on.
+/// code; a second start of a running one is ignored. What the encoders still hold when the last one ends is written. Each
+/// ends on a thread of its own: it may take long, and the other goes on or begins.
 class TavloPresentOutputTargetNodeTransformEncode final : public TavloPresentOutputTargetNodeProcessMemConvert
 {
 public:
@@ -56,7 +56,7 @@ private:
     struct Ending
     {
         std::unique_ptr<Leaf> leaf;                           ///< null: there is none; guarded by _nodesLock
-        std::thread thread;                                   ///< does nothing but end it; none for the last leaf
+        std::thread thread;                                   ///< does nothing but end it
         std::vector<std::binary_semaphore*> waiting;          ///< of those who wait for the end
         std::optional<tagTavloPresentOutputParam> startAgain; ///< of a start that came meanwhile
     };
@@ -65,7 +65,6 @@ private:
     void onHandle_stopOutput(int index, int type, std::binary_semaphore*& done);
     void onHandle_leafEnded(int type);
     std::unique_ptr<Leaf> makeLeaf(int type, tagTavloPresentOutputParam param) const;
-    Leaf& beginEnd(int type);
     void endAside(int type);
     void finishEnd(int type);
     template <class Part>

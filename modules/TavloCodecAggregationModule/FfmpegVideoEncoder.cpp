@@ -329,9 +329,9 @@ void FfmpegVideoEncoder::codeSlot(Slot* slot)
         giveBack(slot);
         return;
     }
+    _repeated.fetch_add(static_cast<quint64>(place.repeats), std::memory_order_relaxed); // before they count as coded
     for (int i = 0; i < place.repeats; ++i)
         send(*(_last ? _last : slot)->frame, place.index - place.repeats + i);
-    _repeated.fetch_add(static_cast<quint64>(place.repeats), std::memory_order_relaxed);
     send(*slot->frame, place.index);
     giveBack(std::exchange(_last, slot));
 }

@@ -89,7 +89,7 @@ private:
     FramePtr _sent;        ///< refers to what is sent
     FramePtr _planar;      ///< for encoders that take no interleaved chroma
     PacketPtr _packet;
-    std::array<qint64, 64> _sentAt{}; ///< by step, microseconds
+    std::array<qint64, 256> _sentAt{}; ///< by step, of more than it can hold; microseconds
 
     // guarded by _lock
     std::mutex _lock;

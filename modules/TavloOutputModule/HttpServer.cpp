@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <condition_variable>
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -104,21 +105,44 @@ void HttpConnection::sleep() { MHD_suspend_connection(_connection); }
 
 void HttpConnection::wake() { MHD_resume_connection(_connection); }
 
+/// All servers of this process.
+struct HttpServer::Known
+{
+    // guarded by lock
+    std::mutex lock;
+    std::condition_variable ended;
+    std::map<Address, std::weak_ptr<HttpServer>> servers; ///< those that listen; expired where one is about to end
+
+    static Known& instance()
+    {
+        static auto& known = *new Known; // as long as any server
+        return known;
+    }
+};
+
 std::shared_ptr<HttpServer> HttpServer::at(const std::string& address, quint16 port, std::string& error)
 {
-    static std::mutex lock;
-    static std::map<std::pair<std::string, quint16>, std::weak_ptr<HttpServer>> servers; // guarded by lock
-    const std::lock_guard guard(lock);
-    std::weak_ptr<HttpServer>& known = servers[{address, port}];
-    if (std::shared_ptr<HttpServer> server = known.lock())
-        return server;
+    Known& known = Known::instance();
+    const Address key(address, port);
+    std::unique_lock guard(known.lock);
+    std::shared_ptr<HttpServer> server;
+    known.ended.wait(guard, [&] { // one that is about to end still has the port
+        const auto found = known.servers.find(key);
+        return found == known.servers.end() || (server = found->second.lock());
+    });
+    if (!server && (server = listen(address, port, error)))
+        known.servers.emplace(key, server);
+    return server;
+}
 
+std::shared_ptr<HttpServer> HttpServer::listen(const std::string& address, quint16 port, std::string& error)
+{
     const std::optional<Listening> place = listeningAt(address, port);
     if (!place) {
         error = address + " is no address";
         return nullptr;
     }
-    std::shared_ptr<HttpServer> server(new HttpServer);
+    std::shared_ptr<HttpServer> server(new HttpServer({address, port}));
     const auto handle = [](void* self, MHD_Connection* connection, const char* url, const char* method, const char*,
                            const char*, size_t*, void**) {
         const std::string_view verb = method;
@@ -139,14 +163,20 @@ std::shared_ptr<HttpServer> HttpServer::at(const std::string& address, quint16 p
     // what to leave out.
     const int listener = MHD_get_daemon_info(server->_daemon, MHD_DAEMON_INFO_LISTEN_FD)->listen_fd;
     setsockopt(listener, SOL_SOCKET, SO_SNDBUF, &kernelBuffer, sizeof(kernelBuffer));
-    known = server;
     return server;
 }
 
 HttpServer::~HttpServer()
 {
-    if (_daemon)
-        MHD_stop_daemon(_daemon);
+    if (!_daemon)
+        return;
+    MHD_stop_daemon(_daemon);
+    Known& known = Known::instance();
+    {
+        const std::lock_guard guard(known.lock);
+        known.servers.erase(_address);
+    }
+    known.ended.notify_all();
 }
 
 bool HttpServer::add(const std::string& path, std::shared_ptr<HttpResource> resource)

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 struct MHD_Connection;
 struct MHD_Daemon;
@@ -63,7 +64,8 @@ public:
 class HttpServer
 {
 public:
-    /// The server of that address: all who ask for the same one share it, and it ends with the last of them.
+    /// The server of that address: all who ask for the same one share it, and it ends with the last of them. Waits for the
+    /// end of one that nobody holds any more.
     /// \param address  of this machine, IPv4 or IPv6; `::` is all of both
     /// \return null, the reason in `error`, when it cannot listen
     static std::shared_ptr<HttpServer> at(const std::string& address, quint16 port, std::string& error);
@@ -77,12 +79,18 @@ public:
     void remove(const std::string& path);
 
 private:
-    HttpServer() = default;
+    struct Known;
+    using Address = std::pair<std::string, quint16>;
 
+    explicit HttpServer(Address address) : _address(std::move(address)) {}
+
+    static std::shared_ptr<HttpServer> listen(const std::string& address, quint16 port, std::string& error);
     HttpReply reply(const std::string& url);
     static bool send(MHD_Connection* connection, HttpReply reply);
 
-    MHD_Daemon* _daemon = nullptr; ///< fixed from `at` to the end
+    // fixed from `at` to the end
+    const Address _address;
+    MHD_Daemon* _daemon = nullptr;
 
     // guarded by _lock
     std::mutex _lock;

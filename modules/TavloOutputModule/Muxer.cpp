@@ -75,7 +75,15 @@ void Muxer::FreeContext::operator()(AVFormatContext* context) const
     avformat_free_context(context);
 }
 
-Muxer::~Muxer() { beginCall(); }
+/// A playlist that failed frees what it has of its segment with its trailer alone, which then ends nothing for viewers.
+Muxer::~Muxer()
+{
+    beginCall();
+    if (!_begun || std::strcmp(_context->oformat->name, "hls") != 0)
+        return;
+    av_opt_set(_context->priv_data, "hls_flags", "+omit_endlist", 0);
+    av_write_trailer(_context.get());
+}
 
 std::unique_ptr<Muxer> Muxer::open(const Target& target, const StreamFormat& format, const Limits& limits,
                                    std::string& error)

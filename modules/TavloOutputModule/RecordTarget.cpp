@@ -143,7 +143,7 @@ void RecordTarget::fail(const std::string& text)
     _retryAt = std::chrono::steady_clock::now() + retryPause;
     setState(State::Waiting);
     if (!std::exchange(_failureTold, true))
-        tell("cannot record, and tries again: " + text);
+        tell((_limits.isEnding() ? "cannot record: " : "cannot record, and tries again: ") + text);
 }
 
 void RecordTarget::removeOldFiles() const

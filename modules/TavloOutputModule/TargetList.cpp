@@ -157,7 +157,7 @@ void addUrl(TargetList& targets, const char* name, const StreamFormat& format, M
 {
     const bool isFile = target.format == "hls";
     if (!isFile && target.url.find("://") == std::string::npos) {
-        qDebug() << "output worker:" << name << "refuses: no address in" << shownUrl(target.url).c_str();
+        qDebug() << "output worker:" << name << "refuses: no address, which begins like tcp://"; // it may be a key
         return;
     }
     targets.net.push_back(std::make_unique<UrlTarget>(name, format, std::move(target)));

@@ -22,7 +22,6 @@ namespace {
 
 constexpr int bits = 12;
 constexpr int fields = 6;
-constexpr int inFlight = 5; // fits into the encoder's queue, whatever it holds itself
 
 struct Free
 {
@@ -225,19 +224,28 @@ void Stage::start(int type, const tagTavloPresentOutputParam& param, int index)
 /// The end of an output that does not run comes behind everything that its node was asked for.
 void Stage::await(int index, int type) { target.stopOutput(index, type < 2 ? 1 - type : 8, true); }
 
-void Stage::commit(int first, int count, bool awaitCoded)
+void Stage::commit(int first, int count, bool awaits)
 {
     for (int number = first; number < first + count; ++number) {
         const std::vector<qint16> sound = Programme::sound(number);
         target.commitAudioData(sound.data(), static_cast<int>(sound.size() * sizeof(qint16)),
                                Programme::begin + number * Programme::step);
         commitPicture(number);
-        ++_committed;
-        if (awaitCoded)
+        if (awaits) {
             await(0, _type);
-        while (awaitCoded && statistics().codedPictures + inFlight < static_cast<quint64>(_committed))
-            std::this_thread::sleep_for(std::chrono::microseconds(100));
+            awaitCoded();
+        }
     }
+}
+
+void Stage::awaitCoded(int but)
+{
+    const auto open = [](const tagTavloOutputStatistics& now) { // never fewer than there are
+        return static_cast<qint64>(now.committedPictures - now.droppedPictures - now.latePictures - now.encoderDropped -
+                                   now.skippedPictures - now.codedPictures + now.repeatedPictures);
+    };
+    while (open(statistics()) > but)
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
 }
 
 void Stage::commitPicture(int number)

@@ -50,9 +50,13 @@ public:
     void start(int type, const tagTavloPresentOutputParam& param, int index = 0);
     void stop(int type, int index = 0) { target.stopOutput(index, type, true); }
 
-    /// Pictures and sound of those numbers. Returns when all but what an encoder holds is coded.
-    /// \param awaitCoded  false: commits and looks at nothing
-    void commit(int first, int count, bool awaitCoded = true);
+    /// Pictures and sound of those numbers, each behind `awaitCoded`. For one output at a time.
+    /// \param awaits  false: commits and looks at nothing
+    void commit(int first, int count, bool awaits = true);
+
+    /// Returns when all that output 0 wanted but so many are coded or counted as lost.
+    void awaitCoded(int but = inFlight);
+
     tagTavloOutputStatistics statistics(int index = 0);
 
     /// Returns when the stream's target has written or lost all but what waits for its sound.
@@ -63,6 +67,8 @@ public:
     TavloPresentOutputTarget target;
 
 private:
+    static constexpr int inFlight = 5; ///< fits into the encoder's queue, whatever it holds itself
+
     void await(int index, int type);
 
     const Way _way;
@@ -70,7 +76,6 @@ private:
     tavlo::graphics::DevicePtr _device;
     tavlo::graphics::ContextPtr _context;
     tavlo::graphics::TexturePtr _texture;
-    int _committed = 0;
     int _type = 0; ///< of the output that was started last
 };
 

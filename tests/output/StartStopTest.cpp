@@ -1,5 +1,6 @@
 #include "OutputSupport.h"
 #include "TavloCodecAggregationModule/ITavloVideoEncoder.h"
+#include "TavloOutputModule/HttpServer.h"
 #include "Viewer.h"
 #include "output/ITavloHDMIOutputObject.h"
 #include "output/TavloCodecAggregationUtil.h"
@@ -9,8 +10,11 @@
 #include <tavlo/InterfacePtr.h>
 
 #include <QDir>
+#include <QFile>
 
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <atomic>
 #include <random>
@@ -102,6 +106,7 @@ TEST(OutputThreads, AnEndThatTakesLongIsTold)
 struct Gates
 {
     std::shared_mutex in, out;
+    int patience = 0; ///< milliseconds for which the encoder's room is waited for, if it is more than asked for
 };
 
 /// The encoder as it is, but for a gate in front of it and one behind it.
@@ -128,7 +133,7 @@ public:
     picture_t* acquirePicture(quint32, int milliseconds) override
     {
         const std::shared_lock waiting(_gates.in);
-        return _encoder->acquirePicture(0, milliseconds);
+        return _encoder->acquirePicture(0, std::max(milliseconds, _gates.patience));
     }
     void submitPicture(picture_t* picture) override { _encoder->submitPicture(picture); }
     void getStatistics(tagTavloOutputStatistics* statistics) override { _encoder->getStatistics(statistics); }
@@ -214,6 +219,7 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
             stage.stop(TavloPresentOutputTypeNet);
         }
         aggregation.gates.out.unlock();
+        stage.awaitCoded(); // what the encoder had no room for is lost, what comes now is not
         stage.commit(75, 25);
         stage.stop(record);
         EXPECT_EQ(stage.statistics().recordWritten, 100U);
@@ -227,6 +233,28 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
         EXPECT_TRUE(std::ranges::any_of(decoded.beeps, [tone](double at) { return std::abs(at - tone) < 0.02; }))
             << mode;
     }
+}
+
+/// All of them wait at the begin, for longer than sound waits by itself.
+TEST(OutputThreads, ARecordingHasTheSoundOfPicturesThatAnEncoderLooksAheadFrom)
+{
+    const QTemporaryDir folder;
+    Gated aggregation;
+    aggregation.gates.patience = 60'000;
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(folder.path());
+    param.encoderSettings[2] = param.videoSettings[3] = 60; // not beyond a key picture
+    param.rateSettings[1] = 1;                              // a constant quantizer needs none
+    stage.start(record, param);
+    for (int number = 0; number < 120; ++number) {
+        stage.commit(number, 1, false);
+        stage.stop(TavloPresentOutputTypeNet);
+    }
+    EXPECT_LT(stage.statistics().codedPictures, 120U - 30);
+    stage.stop(record);
+    const Decoded decoded = decode(folder.filePath(QStringLiteral("show.mp4")));
+    EXPECT_EQ(decoded.numbers, numbersFrom(0, 120));
+    EXPECT_NEAR(static_cast<double>(decoded.samples), 120 * 1920, 3 * 1024);
 }
 
 /// Of this process: what `task` and `fd` list.
@@ -304,54 +332,139 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     stage.start(record, param); // lost with no word
 }
 
-/// The stream waits for its server's answer until its patience is over.
+/// A file that cannot be opened for writing before somebody reads it.
+class Pipe
+{
+public:
+    explicit Pipe(const QString& path) : _path(path.toUtf8()) { EXPECT_EQ(mkfifo(_path.constData(), 0600), 0); }
+
+    /// Returns when its writer has closed it.
+    void read() const
+    {
+        QFile file(QString::fromUtf8(_path));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_FALSE(file.readAll().isEmpty());
+    }
+
+private:
+    const QByteArray _path;
+};
+
+/// The stream's end writes its playlist, which is stuck until it is read.
 TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
 {
     constexpr int net = TavloPresentOutputTypeNet;
     const QTemporaryDir folder;
-    const int port = freePort();
-    std::optional<Listener> server(port);
+    const QString list = folder.filePath(QStringLiteral("index.m3u8.tmp")); // while it is written
     Stage stage(Stage::Way::Pictures);
     tagTavloPresentOutputParam param = Stage::param(folder.path());
-    param.rtmp1Enabled = 1;
-    param.rtmp1Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
-    param.videoSettings[3] = 1; // a stream may begin with any picture
+    param.hlsEnabled = 1;
+    param.hlsDir = folder.path();
+    param.hlsPath.clear();
+    param.hlsFlag = 0; // what is there stays as it is
+    param.hlsSegmentSeconds = 3600;
     const LogCapture log;
-    stage.start(record, param);
-    stage.target.startOutput(0, net, QVariant::fromValue(param));
     int number = 0;
-    const auto commit = [&] {
-        stage.commit(number++, 1, false);
-        while (stage.statistics().codedPictures + 3 < static_cast<quint64>(number)) // the node has four buffers
-            std::this_thread::sleep_for(std::chrono::microseconds(100));
+    const auto commit = [&](int count) { // none of them can be coded while the node waits
+        for (; count > 0; --count) {
+            stage.commit(number++, 1, false);
+            stage.awaitCoded(3); // the node has four buffers
+        }
     };
-    const auto awaitStream = [&] {
-        for (int i = 0; i < 10; ++i) // the first pictures wait for their sound
-            commit();
-        server->await();
+    const auto start = [&] { stage.target.startOutput(0, net, QVariant::fromValue(param)); };
+    const auto awaitStreams = [&](int count) {
+        while (log.count("hls sends to") < count)
+            commit(1);
     };
-    awaitStream();
-    std::thread stopping([&] { stage.stop(net); });
-    int during = 0;
-    for (; during < 50 && stage.statistics().netState != tagTavloOutputStatistics::Off; ++during)
-        commit();
-    EXPECT_GT(during, 10);
-    stopping.join();
-    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
-    EXPECT_EQ(log.count("tries again in"), 0);
-
-    stage.target.startOutput(0, net, QVariant::fromValue(param));
-    awaitStream();
-    stage.target.stopOutput(0, net, false);
-    stage.target.startOutput(0, net, QVariant::fromValue(param)); // comes behind the end
-    server.reset();
-    while (log.count("rtmp1 cannot open") < 3)
-        commit();
-    stage.stop(net);
+    stage.start(record, param);
+    start();
+    awaitStreams(1);
+    {
+        const Pipe pipe(list);
+        stage.target.stopOutput(0, net, false);
+        commit(20);
+        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
+        start(); // comes behind the end
+        commit(20);
+        EXPECT_EQ(log.count("hls sends to"), 1);
+        pipe.read();
+        awaitStreams(2);
+    }
+    {
+        const Pipe pipe(list);
+        std::atomic<bool> stopped{false};
+        std::thread stopping([&] {
+            stage.stop(net);
+            stopped = true;
+        });
+        commit(20);
+        EXPECT_FALSE(stopped);
+        pipe.read();
+        stopping.join();
+        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
+    }
     stage.stop(record);
-    const tagTavloOutputStatistics statistics = stage.statistics();
-    EXPECT_EQ(statistics.droppedPictures + statistics.encoderDropped, 0U);
     EXPECT_EQ(decode(folder.filePath(QStringLiteral("show.mp4"))).numbers, numbersFrom(0, number));
+
+    stage.start(net, param);
+    awaitStreams(3);
+    const Pipe pipe(list);
+    stage.target.stopOutput(0, net, false);
+    stage.stop(record); // comes behind the end of the encoder
+    param.recordName = QStringLiteral("next");
+    stage.target.startOutput(0, record, QVariant::fromValue(param));
+    const quint64 before = stage.statistics().committedPictures;
+    while (stage.statistics().committedPictures == before) // nobody wants it yet
+        stage.commit(number, 1, false);
+    const int first = number++;
+    commit(20);
+    std::thread reading([&] { pipe.read(); });
+    stage.target.destroy();
+    reading.join();
+    EXPECT_EQ(decode(folder.filePath(QStringLiteral("next.mp4"))).numbers, numbersFrom(first, 21));
+}
+
+/// Takes the two seconds for which they have patience.
+TEST(OutputThreads, StreamsWhoseServersSayNothingAreGivenUpAtTheirEnd)
+{
+    constexpr int net = TavloPresentOutputTypeNet;
+    const std::array ports{freePort(), freePort()};
+    Listener one(ports[0]), other(ports[1]);
+    Stage stage(Stage::Way::Pictures);
+    tagTavloPresentOutputParam param = Stage::param(QString());
+    param.rtmp1Enabled = param.rtmp2Enabled = 1;
+    param.rtmp1Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(ports[0]);
+    param.rtmp2Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(ports[1]);
+    const LogCapture log;
+    stage.start(net, param);
+    stage.commit(0, 10); // the first pictures wait for their sound
+    one.await();
+    other.await();
+    stage.stop(net);
+    EXPECT_EQ(log.count(" cannot open rtmp://127.0.0.1"), 2);
+    EXPECT_EQ(log.count("tries again in"), 0);
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
+}
+
+/// Each finds its port free, or the server of the one that leaves.
+TEST(OutputThreads, APlaceIsThereAsSoonAsTheLastOneHasLeftIt)
+{
+    class Nothing final : public tavlo::HttpResource
+    {
+        tavlo::HttpReply get(const std::string&) override { return {}; }
+    };
+    const auto port = static_cast<quint16>(freePort());
+    const auto nothing = std::make_shared<Nothing>();
+    std::string error;
+    tavlo::HttpPlace place;
+    ASSERT_TRUE(place.take("127.0.0.1", port, "/0", nothing, error)) << error;
+    for (int i = 1; i < 200; ++i) {
+        tavlo::HttpPlace next;
+        std::thread leaving([&] { place.leave(); });
+        EXPECT_TRUE(next.take("127.0.0.1", port, "/" + std::to_string(i), nothing, error)) << error;
+        leaving.join();
+        place = std::move(next);
+    }
 }
 
 TEST(OutputThreads, RefusesWhatIsNoOutput)

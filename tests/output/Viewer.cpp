@@ -74,16 +74,18 @@ void Viewer::halt() { kill(static_cast<pid_t>(_process.processId()), SIGSTOP); }
 
 void Viewer::goOn() { kill(static_cast<pid_t>(_process.processId()), SIGCONT); }
 
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pause)
+void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pause, const std::function<void()>& also)
 {
     while (viewer.numbers().empty()) {
         stage.commit(number++, 1);
+        also();
         ASSERT_TRUE(viewer.look(pause));
     }
     const int first = number;
     while (viewer.last() < first + count - 1) {
         if (number < viewer.last() + ahead)
             stage.commit(number++, 1);
+        also();
         ASSERT_TRUE(viewer.look());
     }
     const auto begin = std::ranges::find_if(viewer.numbers(), [first](int seen) { return seen >= first; });

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <functional>
 #include <sys/socket.h>
 #include <vector>
 
@@ -37,7 +38,9 @@ private:
 /// Commits pictures from `number` on until the viewer has seen `count` of them that were committed when he saw already,
 /// and never runs far ahead of him. Each of those has to be there, in order.
 /// \param pause  milliseconds between those he may miss: the programme's own step for one who is served at its pace
-void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pause = 10);
+/// \param also   comes behind each picture
+void expectToFollow(
+    Stage& stage, Viewer& viewer, int& number, int count, int pause = 10, const std::function<void()>& also = [] {});
 
 /// A port that nobody uses on the loopback address, the three behind it free for this process, too. It is even, and
 /// below those that the kernel gives to connections.
