@@ -17,7 +17,7 @@ namespace {
 // Milliseconds.
 constexpr int watchInterval = 200;
 constexpr quint32 patience = 2000;    ///< with a device that stands still, and between two attempts
-constexpr quint32 settlingTime = 240; ///< blocks of a renderer's beginning are left out
+constexpr quint32 settlingTime = 240; ///< the beginning of a renderer is not heard
 
 constexpr const char* moduleName = "/TavloCommonModule";
 constexpr const char* contextFactory = "CreateTavloGLAudioDeviceContext";
@@ -176,8 +176,9 @@ void TavloAudioPreviewObject::writeAudio(quint32 channel, quint32 index, double 
         return;
     if (const quint32 openTime = renderer.openTime; openTime != 0) {
         if (tavlo::millisecondClock() - openTime < settlingTime) {
-            renderer.object->skip(static_cast<int>(block->i_buffer), format.channels, format.bitsPerSample,
-                                  format.sampleRate);
+            renderer.object->listen();
+            renderer.object->writeSilence(static_cast<int>(block->i_buffer), format.channels, format.bitsPerSample,
+                                          format.sampleRate);
             return;
         }
         renderer.openTime = 0;

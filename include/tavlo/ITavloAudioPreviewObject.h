@@ -52,7 +52,7 @@ public:
     /// Ends mix and device. Waits until a device that is being opened has opened. Owner's thread.
     virtual void close() = 0;
 
-    /// Takes a block of a channel into the mix; the first 240 milliseconds after `open` are left out, while all starts.
+    /// Takes a block of a channel into the mix; the first 240 milliseconds after `open` are not heard, while all starts.
     /// Any thread. Nothing is allocated as long as format and length stay.
     /// \param index         of the program bus, passed on with its volume
     /// \param deviceVolume  of the whole mix, a factor

@@ -183,6 +183,41 @@ TEST_F(ALMix, FollowsASourcesClockForTenMinutes)
     }
 }
 
+TEST_F(ALMix, WhatASourceKeepsAheadStays)
+{
+    const auto input = add();
+    Source tone{*input, 440, 960};
+    const auto play = [&](double t) { tone.run(t + 0.1); }; // 120 ms with the first
+    mix(0.5, play);
+    const double begun = tone.waiting();
+    EXPECT_GT(begun, 0.08);
+    mix(60, play);
+    EXPECT_NEAR(tone.waiting(), begun, 0.015); // a block comes and goes
+}
+
+TEST_F(ALMix, AnUnheardBeginningTakesItsTimeAndEndsWithoutAClick)
+{
+    const auto input = add();
+    const std::vector<float> sound(2 * block, 0.5F);
+    const auto bytes = static_cast<int>(sound.size() * sizeof(float));
+    double next = 0;
+    const auto heard = mix(1, [&](double t) {
+        for (; next <= t + 0.05; next += 0.01) {
+            if (next < 0.24)
+                input->writeSilence(bytes, {2, 32, rate});
+            else
+                input->write(sound.data(), bytes, {2, 32, rate});
+        }
+    });
+    const auto first = std::find_if(heard.begin(), heard.end(), [](double s) { return s > 0.25; });
+    EXPECT_NEAR(static_cast<double>(first - heard.begin()) / rate, 0.24, 0.02);
+    double steepest = 0;
+    for (size_t i = 1; i < heard.size(); ++i)
+        steepest = std::max(steepest, std::abs(heard[i] - heard[i - 1]));
+    EXPECT_LT(steepest, 0.01);
+    EXPECT_EQ(input->playedMicroseconds() / 10'000, 100);
+}
+
 TEST_F(ALMix, IrregularBlocksAreSoonHeardWithoutGaps)
 {
     const auto input = add();

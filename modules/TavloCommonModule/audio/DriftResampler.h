@@ -40,7 +40,7 @@ public:
     int convert(const void* data, int frames, double trim);
 
     /// What the last call converted.
-    const float* samples() const { return _samples.data(); }
+    float* samples() { return _samples.data(); }
 
 private:
     struct FreeContext

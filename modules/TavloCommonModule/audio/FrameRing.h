@@ -30,14 +30,16 @@ public:
     /// Writing thread. \return the frames taken, fewer where there is no room for all
     int write(const float* samples, int frames)
     {
-        const quint64 at = _written.load(std::memory_order_relaxed);
-        const auto room = static_cast<int>(_mask + 1 - (at - readPosition()));
-        frames = std::min(frames, room);
-        transfer(at, frames, [&](quint64 place, size_t first, size_t count) {
+        return put(frames, [&](quint64 place, size_t first, size_t count) {
             std::copy_n(samples + first, count, _samples.data() + place);
         });
-        _written.store(at + static_cast<quint64>(frames), std::memory_order_release);
-        return frames;
+    }
+
+    /// The same of silence.
+    int writeSilence(int frames)
+    {
+        return put(frames,
+                   [&](quint64 place, size_t, size_t count) { std::fill_n(_samples.data() + place, count, 0.0F); });
     }
 
     /// Reading thread. \return the frames read, fewer where not so many wait
@@ -60,6 +62,18 @@ public:
     }
 
 private:
+    /// \param copy  as in `transfer`
+    template <class Copy>
+    int put(int frames, Copy copy)
+    {
+        const quint64 at = _written.load(std::memory_order_relaxed);
+        const auto room = static_cast<int>(_mask + 1 - (at - readPosition()));
+        frames = std::min(frames, room);
+        transfer(at, frames, copy);
+        _written.store(at + static_cast<quint64>(frames), std::memory_order_release);
+        return frames;
+    }
+
     /// In two parts where the frames pass the ring's end. \param copy (sample in the ring, sample outside, samples)
     template <class Copy>
     void transfer(quint64 position, int frames, Copy copy)

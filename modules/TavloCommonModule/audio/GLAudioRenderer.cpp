@@ -39,10 +39,10 @@ bool GLAudioRenderer::write(const void* data, int length, int channels, int bits
     return _input && _input->write(data, length, formatOf(channels, bits, rate));
 }
 
-void GLAudioRenderer::skip(int length, int channels, int bits, int rate)
+void GLAudioRenderer::writeSilence(int length, int channels, int bits, int rate)
 {
     if (_input)
-        _input->skip(length, formatOf(channels, bits, rate));
+        _input->writeSilence(length, formatOf(channels, bits, rate));
 }
 
 void GLAudioRenderer::listen()

@@ -21,7 +21,7 @@ public:
     bool create(IGLAudioDeviceContext* context) override;
     void release() override;
     bool write(const void* data, int length, int channels, int bits, int rate) override;
-    void skip(int length, int channels, int bits, int rate) override;
+    void writeSilence(int length, int channels, int bits, int rate) override;
     void listen() override;
     void setALSourceVolume(float volume) override;
     void flush(bool now) override;

@@ -31,8 +31,8 @@ public:
     /// \return false outside a mix, or for a format that cannot be converted, which is logged once
     virtual bool write(const void* data, int length, int channels, int bits, int rate) = 0;
 
-    /// Counts samples as dropped, in `getTime`, that are not handed on.
-    virtual void skip(int length, int channels, int bits, int rate) = 0;
+    /// The same in time, unheard.
+    virtual void writeSilence(int length, int channels, int bits, int rate) = 0;
 
     /// Takes part from now on: until the first call a renderer is silent.
     virtual void listen() = 0;

@@ -14,6 +14,7 @@ constexpr double fadeTime = 0.005;
 constexpr double leastReserve = 0.020;
 constexpr double reserveStep = 0.010;
 constexpr double mostReserve = 0.150;
+constexpr double mostAhead = 0.120;  ///< that a source may keep waiting beyond its reserve
 constexpr double mostExcess = 0.250; ///< what may wait beyond what is wanted
 constexpr double ringTime = 1.0;     ///< a source may also hand over much at once, or while it is paused
 constexpr double soonAgain = 0.5;    ///< a sound that comes back within this was late, not at its end
@@ -41,19 +42,25 @@ bool MixInput::write(const void* data, int length, const SoundFormat& format)
         tellFailure(format);
         return false;
     }
-    // Shorter blocks count little by little: one short block does not make a source a punctual one.
-    const int longest = _longestBlock.load(std::memory_order_relaxed);
-    _longestBlock.store(std::max(frames, longest - longest / 64), std::memory_order_relaxed);
+    noteLength(frames);
+    if (std::exchange(_isSilenced, false))
+        fadeIn(_resampler.samples(), frames);
     _ring.write(_resampler.samples(), frames);
     countSource(sourceFrames, format);
     return true;
 }
 
-void MixInput::skip(int length, const SoundFormat& format)
+void MixInput::writeSilence(int length, const SoundFormat& format)
 {
     const std::lock_guard lock(_writeLock);
-    if (takeFormat(format))
-        countSource(length / format.frameBytes(), format);
+    if (!takeFormat(format))
+        return;
+    const int sourceFrames = length / format.frameBytes();
+    const auto frames = static_cast<int>(qint64{sourceFrames} * _rate / format.rate);
+    noteLength(frames);
+    _ring.writeSilence(frames);
+    _isSilenced = true;
+    countSource(sourceFrames, format);
 }
 
 /// Under the lock.
@@ -74,6 +81,13 @@ void MixInput::tellFailure(const SoundFormat& format)
 {
     if (!std::exchange(_failureTold, true))
         qDebug() << "sound mix: cannot convert channels, bits, rate" << format.channels << format.bits << format.rate;
+}
+
+/// Under the lock. Shorter blocks count little by little: one short block does not make a source a punctual one.
+void MixInput::noteLength(int frames)
+{
+    const int longest = _longestBlock.load(std::memory_order_relaxed);
+    _longestBlock.store(std::max(frames, longest - longest / 64), std::memory_order_relaxed);
 }
 
 /// Under the lock.
@@ -140,10 +154,12 @@ void MixInput::begin()
     if (_silentBlocks > 0 && _silentBlocks * _block < framesIn(soonAgain, _rate))
         _reserve = std::min(_reserve + framesIn(reserveStep, _rate), framesIn(mostReserve, _rate));
     _silentBlocks = 0;
-    // On average half a block of the source's waits above the reserve, and up to one more when it begins.
+    // On average half a block of the source's waits above the reserve. A source that keeps more ahead may: pictures
+    // follow the sound, and would have to be left out while it is brought nearer.
     const int longest = _longestBlock.load(std::memory_order_relaxed);
     const double least = _reserve + longest / 2.0 - _block;
-    _control.restart(least / _rate, (least + longest + 2.0 * _block) / _rate);
+    const double most = least + std::max(longest + 2.0 * _block, mostAhead * _rate);
+    _control.restart(least / _rate, most / _rate);
 }
 
 /// The last frames fade, the rest of the block is silent. \param known frames of which the rest is too short to go on

@@ -14,8 +14,8 @@ namespace tavlo {
 
 /// One sound on its way into the mix: converted to the mix's format, held until the mix takes it.
 ///
-/// It begins to play when a block and 20 milliseconds wait, and keeps about that much waiting, by its speed. A sound that
-/// ran dry begins anew in the same way; if it came back at once, its blocks come irregularly, and from then on 10
+/// It begins to play when a block and 20 milliseconds wait, and keeps about as much waiting, by its speed, as waits in
+/// the first two seconds; beyond 120 milliseconds more than that it is brought nearer. A sound that ran dry begins anew in the same way; if it came back at once, its blocks come irregularly, and from then on 10
 /// milliseconds more wait. Every begin and end is a fade of 5 milliseconds, so that it does not click.
 class MixInput
 {
@@ -28,8 +28,8 @@ public:
     /// False for a format that cannot be converted. \param length bytes
     bool write(const void* data, int length, const SoundFormat& format);
 
-    /// Counts sound as dropped that is not written.
-    void skip(int length, const SoundFormat& format);
+    /// The same in time, unheard.
+    void writeSilence(int length, const SoundFormat& format);
 
     void listen() { _isListening = true; }
     void pause(bool paused) { _isPaused = paused; }
@@ -50,6 +50,7 @@ public:
 private:
     bool takeFormat(const SoundFormat& format);
     void tellFailure(const SoundFormat& format);
+    void noteLength(int frames);
     void countSource(int frames, const SoundFormat& format);
     bool canBegin(int waiting) const;
     void begin();
@@ -68,6 +69,7 @@ private:
     DriftResampler _resampler;
     qint64 _earlierMicroseconds = 0; ///< what was written in earlier formats
     qint64 _sourceFrames = 0;        ///< what was written in this one
+    bool _isSilenced = false;        ///< the last block was silence in another's place
     bool _failureTold = false;
 
     // from the writing to the mixing thread
