@@ -72,7 +72,7 @@ struct tagTavloOutputStatistics
     std::array<std::byte, 184> reserved8{};
     float decklinkVideoFps = 0, decklinkVideoKbps = 0, decklinkAudioFps = 0, decklinkAudioKbps = 0;
     std::array<std::byte, 28> reserved9{};
-    float outputDelay = 0; ///< milliseconds from a picture's time to its coded form
+    float outputDelay = 0; ///< milliseconds that the last coded picture was in the encoder
     std::array<std::byte, 32> reserved10{};
     float ndiVideoFps = 0, ndiVideoKbps = 0, ndiAudioFps = 0, ndiAudioKbps = 0;
     std::array<std::byte, 24> reserved11{};
