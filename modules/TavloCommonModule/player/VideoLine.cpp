@@ -5,12 +5,26 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tavlo {
+namespace {
+
+/// The sink takes what is there at its next frame, half a frame later on average. A frame of 200 milliseconds and more
+/// is no video's.
+qint64 halfFrame(const tagTavloVideoInfo& shown)
+{
+    if (shown.fpsNum <= 0 || shown.fpsDen <= 0)
+        return 0;
+    return std::min<qint64>(av_rescale(500'000, shown.fpsDen, shown.fpsNum), 100'000);
+}
+
+} // namespace
 
 VideoLine::VideoLine(PlayContext& context)
     : StreamLine(context, context.pictures, StartGate::Pictures), _filter(context.info.deinterlaceMode),
-      _output(*context.sink, context.wanted.videoInfo), _held(av_frame_alloc())
+      _output(*context.sink, context.wanted.videoInfo), _ahead(halfFrame(context.wanted.videoInfo)),
+      _held(av_frame_alloc())
 {}
 
 void VideoLine::begin(bool anew)
@@ -63,7 +77,8 @@ bool VideoLine::present(AVFrame& frame, qint64 timeline)
         return false;
     // The first one is shown at once: in a pause, it is how a place that was gone to can be seen.
     const bool first = std::exchange(_firstOfEpoch, false) && _context.paused;
-    if (!first && !_context.clock.waitForPicture(timeline, [this] { return isOver(); }))
+    const qint64 ahead = std::llround(static_cast<double>(_ahead) * _context.clock.rate());
+    if (!first && !_context.clock.waitForPicture(timeline - ahead, [this] { return isOver(); }))
         return false;
     if (!first && isLate(timeline)) {
         ++_context.latePictures;

@@ -32,7 +32,8 @@ private:
 
     PictureFilter _filter;
     PictureOutput _output;
-    FramePtr _held; ///< the picture at a seek's place, until the next tells that it is
+    const qint64 _ahead; ///< microseconds by which a picture comes before its time
+    FramePtr _held;      ///< the picture at a seek's place, until the next tells that it is
     bool _holds = false;
     qint64 _heldTimeline = 0;
     bool _firstOfEpoch = false;
