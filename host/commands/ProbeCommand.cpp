@@ -29,7 +29,7 @@ int probeCommand(const QStringList& arguments)
     show.engine.videoInfo.width = show.engine.videoInfo.sourceWidth = 320;
     show.engine.videoInfo.height = show.engine.videoInfo.sourceHeight = 180;
     show.engine.pgmAudioDevName = show.engine.pvmAudioDevName = QStringLiteral("None");
-    show.seconds = 1; // a second for the rates to be measured
+    show.seconds = 1; // for what comes late of a stream
     LiveOptions options;
     options.quiet = true;
     LiveRun run(std::move(show), options);
@@ -49,7 +49,7 @@ int probeCommand(const QStringList& arguments)
         {QStringLiteral("name"), found.statistics.name},
         {QStringLiteral("width"), static_cast<int>(found.statistics.width)},
         {QStringLiteral("height"), static_cast<int>(found.statistics.height)},
-        {QStringLiteral("fps"), std::round(static_cast<double>(found.statistics.decodeFps) * 100) / 100},
+        {QStringLiteral("fps"), std::round(static_cast<double>(found.statistics.frameRate) * 100) / 100},
         {QStringLiteral("sampleRate"), static_cast<int>(found.statistics.audioSampleRate)},
         {QStringLiteral("milliseconds"), found.length}};
     if (json) {
@@ -59,7 +59,7 @@ int probeCommand(const QStringList& arguments)
     out() << found.statistics.name << ": ";
     if (found.statistics.width != 0)
         out() << found.statistics.width << 'x' << found.statistics.height << ", "
-              << QString::number(static_cast<double>(found.statistics.decodeFps), 'f', 2) << " pictures a second, ";
+              << QString::number(static_cast<double>(found.statistics.frameRate), 'g', 4) << " pictures a second, ";
     if (found.statistics.audioSampleRate != 0)
         out() << "sound at " << found.statistics.audioSampleRate << " Hz, ";
     out() << QString::number(static_cast<double>(found.length) / 1000, 'f', 3) << " s" << Qt::endl;

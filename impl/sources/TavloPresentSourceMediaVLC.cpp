@@ -149,6 +149,7 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStart(quint32 chroma,
     video_format_Setup(&_videoFormat, videoInfo.chroma, width, height, width, height, 1, 1);
     _told.width = static_cast<quint32>(width);
     _told.height = static_cast<quint32>(height);
+    _told.frameRate = static_cast<float>(videoInfo.fpsNum) / static_cast<float>(std::max(videoInfo.fpsDen, 1));
 }
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
@@ -168,6 +169,7 @@ void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoVideoStop()
     _mediaFormat.videoInfo.chroma = 0;
     _told.width = 0;
     _told.height = 0;
+    _told.frameRate = 0.0F;
 }
 
 void TavloPresentSourceMediaVLC::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
@@ -382,6 +384,7 @@ tagTavloPresentSourceStatisticsItem* TavloPresentSourceMediaVLC::getStatistics()
         statistics->name = _told.name;
         statistics->width = _told.width;
         statistics->height = _told.height;
+        statistics->frameRate = _told.frameRate;
         statistics->audioSampleRate = _told.audioSampleRate;
     }
     statistics->droppedPictures = _unwanted;

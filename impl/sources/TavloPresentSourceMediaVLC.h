@@ -95,6 +95,7 @@ private:
     {
         QString name;
         quint32 width = 0, height = 0; ///< pixels; 0 while no pictures come
+        float frameRate = 0.0F;        ///< pictures a second
         quint32 audioSampleRate = 0;   ///< samples a second
     };
 

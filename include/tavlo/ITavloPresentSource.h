@@ -23,6 +23,7 @@ struct tagTavloPresentSourceStatisticsItem
     quint32 audioSampleRate = 0; ///< Hz, as the source delivers it
     quint64 latePictures = 0;    ///< left out since it plays: their time had passed, decoding is too slow
     quint64 droppedPictures = 0; ///< left out since it plays: no frame took those before them in time
+    float frameRate = 0.0F; ///< of the picture in hand, pictures a second, as the source tells; 0 while there is none
 };
 
 /// What a source's player is doing.

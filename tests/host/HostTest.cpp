@@ -333,6 +333,7 @@ TEST(Host, ListsWhatThereIs)
     const QJsonObject found = QJsonDocument::fromJson(probed.out.toUtf8()).array().at(0).toObject();
     EXPECT_EQ(found.value("width").toInt(), 192);
     EXPECT_EQ(found.value("height").toInt(), 108);
+    EXPECT_EQ(found.value("fps").toDouble(), 25.0);
     EXPECT_EQ(found.value("sampleRate").toInt(), 48000);
     EXPECT_NEAR(found.value("milliseconds").toInt(), 6000, 60);
 }
