@@ -1,6 +1,7 @@
 #pragma once
 
 #include "channels/ProgramMix.h"
+#include "channels/SoundClock.h"
 #include "channels/TavloPresentChannelRich2.h"
 #include "drawing/TransitionTable.h"
 
@@ -95,4 +96,5 @@ private:
 
     tavlo::ProgramMix _mix;                                      ///< any thread
     tavlo::InterfacePtr<ITavloAudioPreviewObject> _audioPreview; ///< fixed from createChannel to destroyChannel
+    tavlo::SoundClock _soundClock;                               ///< mixing thread
 };

@@ -105,7 +105,9 @@ void TavloPresentChannelPGM::updateLevel(const void* samples, quint32 length, co
     const auto bus = static_cast<std::size_t>(_pgmIndex);
     tagTavloPresentAudioLevel& levels = _site.engine->audioLevel();
     measureBlock(levels.pgmLevel[bus], levels.pgmTime[bus], samples, length, format, 1.0);
+    const qint64 bytesPerSecond = qint64{format.sampleRate} * format.channels * format.bitsPerSample / 8;
+    const qint64 microseconds = bytesPerSecond > 0 ? length * 1'000'000 / bytesPerSecond : 0;
+    const qint64 due = _soundClock.stamp(static_cast<qint64>(millisecondClockMicroseconds()), microseconds);
     if (outputTarget())
-        outputTarget()->commitAudioData(samples, static_cast<int>(length),
-                                        static_cast<qint64>(millisecondClockMicroseconds()));
+        outputTarget()->commitAudioData(samples, static_cast<int>(length), due);
 }

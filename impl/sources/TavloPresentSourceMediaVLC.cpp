@@ -65,10 +65,11 @@ IUnknownEx* TavloPresentSourceMediaVLC::queryInterface(const TavloInterfaceId& i
     return TavloPresentSourceMedia::queryInterface(id, version);
 }
 
-void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps&)
+void TavloPresentSourceMediaVLC::drawFrame(TavloDrawDX11&, const FrameStamps& stamps)
 {
     if (keepsGraphicsMemory() && _inGraphicsMemory)
         drawFromGraphicsMemory();
+    leaveOutOverdue(static_cast<qint64>(stamps.clockMicroseconds));
     Waiting next = takeWaiting();
     if (!next.picture)
         return; // the channel keeps what it shows
@@ -125,6 +126,19 @@ TavloPresentSourceMediaVLC::Waiting TavloPresentSourceMediaVLC::takeWaiting()
     std::rotate(_waiting.begin(), _waiting.begin() + 1, _waiting.end());
     --_waitingCount;
     return oldest;
+}
+
+/// Where the picture after the next is due as well, a frame was late, and all that follow would stay behind the sound.
+/// \param now  microseconds of the clock of the pictures' dates
+void TavloPresentSourceMediaVLC::leaveOutOverdue(qint64 now)
+{
+    {
+        const std::lock_guard guard(_pictureMutex);
+        if (_waitingCount < waitingLimit || _waiting[1].picture->date > now)
+            return;
+    }
+    picture_Release(takeWaiting().picture);
+    ++_unwanted;
 }
 
 void TavloPresentSourceMediaVLC::forgetWaiting()

@@ -106,6 +106,7 @@ private:
     void process(picture_t& picture, tavlo::PooledPicture& pooled);
     bool takesPicture();
     Waiting takeWaiting();
+    void leaveOutOverdue(qint64 now);
     void forgetWaiting();
 
     CTavloSourcePlayerHelper _playerHelper;

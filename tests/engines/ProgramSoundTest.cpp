@@ -1,5 +1,7 @@
 #include "engines/EngineStage.h"
 
+#include "channels/SoundClock.h"
+
 #include "TavloCommonModule/audio/LoopbackMixer.h"
 #include "TavloCommonModule/audio/MixInput.h"
 #include "support/reference/Sound.h"
@@ -16,6 +18,19 @@ namespace {
 
 constexpr int pgm = static_cast<int>(TavloPresentChannelIDPGM);
 constexpr int pvm = static_cast<int>(TavloPresentChannelIDPVM);
+
+TEST(SoundClock, BlocksAfterAStallBelongBehindEachOther)
+{
+    SoundClock clock;
+    const auto stamp = [&](qint64 now) { return clock.stamp(now, 10'000); };
+    EXPECT_EQ(stamp(1'000'000), 1'000'000);
+    EXPECT_EQ(stamp(1'010'900), 1'010'000);
+    for (qint64 due = 1'020'000; due <= 1'150'000; due += 10'000)
+        EXPECT_EQ(stamp(1'150'000), due);
+    EXPECT_EQ(stamp(1'160'400), 1'160'000);
+    EXPECT_EQ(stamp(1'168'000), 1'168'000) << "the first one had been late";
+    EXPECT_EQ(stamp(5'000'000), 5'000'000) << "the mix began anew";
+}
 
 TEST_F(EngineStage, SoundFollowsThePicture)
 {
