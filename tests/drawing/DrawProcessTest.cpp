@@ -66,7 +66,10 @@ public:
         for (const int turn : {0, 1, 2}) {
             const Input input = plain(picture, turn == 1, turn == 2);
             for (const bool clears : {true, false}) {
-                SCOPED_TRACE(testing::Message() << "turn " << turn << ", clears " << clears);
+                SCOPED_TRACE(testing::Message()
+                             << "turn " << turn << ", clears " << clears << ", hue " << process.colorAdjustParam.hue
+                             << ", contrast " << process.colorAdjustParam.contrast << ", chroma key "
+                             << process.chromaKeyParam.similarity << ", luma key " << process.lumaKeyParam.threshold);
                 Picture expected(width, height);
                 const Draw target = makeFilled(width, height, expected);
                 if (clears)
@@ -121,12 +124,9 @@ TEST_F(DrawProcessGL, KeysByColourAndByLuma)
 /// With no smoothness, what is outside the key keeps its alpha and what is inside loses it.
 TEST_F(DrawProcessGL, KeyWithoutSmoothnessIsHard)
 {
-    Picture halves(8, 2, Rgba{0.1, 0.8, 0.2, 0.7});
-    for (int y = 0; y < 2; ++y)
-        for (int x = 4; x < 8; ++x)
-            halves.at(x, y) = {0.9, 0.2, 0.3, 0.7};
-    for (Rgba& texel : halves.texels)
-        texel = stored(texel);
+    Picture halves(8, 2, stored({0.1, 0.8, 0.2, 0.7}));
+    for (int i = 0; i < 8; ++i)
+        halves.at(4 + i % 4, i / 4) = stored({0.9, 0.2, 0.3, 0.7});
     for (const float spill : {0.0F, 0.3F}) {
         const Process process = chromaKey(0.2F, 0, spill);
         Picture expected(8, 2);
