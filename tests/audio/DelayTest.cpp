@@ -29,8 +29,8 @@ std::vector<float> countingFrames(size_t frames)
 {
     std::vector<float> samples;
     for (size_t i = 0; i < frames; ++i) {
-        samples.push_back(static_cast<float>(i + 1) / static_cast<float>(frames + 1));
-        samples.push_back(-0.5F * samples[2 * i] + 1.0F);
+        const float left = float(i + 1) / float(frames + 1);
+        samples.insert(samples.end(), {left, 1.0F - 0.5F * left});
     }
     return samples;
 }
@@ -56,21 +56,18 @@ TEST(Delay, StretchesWhatIsStored)
     for (const size_t newLength : {400U, 533U, 800U, 1200U, 2000U}) {
         for (const size_t ahead : {0U, 321U}) { // frames beyond one whole round
             TavloAudioFilterDelay filter;
-            auto frames = countingFrames(oldLength);
+            const auto frames = countingFrames(oldLength);
             run(filter, delayParam(100, 1), frames, 2, rate);
-            std::vector<float> overwritten(2 * ahead);
-            std::copy_n(frames.begin(), 2 * ahead, overwritten.begin()); // the same again
-            run(filter, delayParam(100, 1), overwritten, 2, rate);
+            const std::vector<float> again(frames.begin(), frames.begin() + 2 * ahead);
+            run(filter, delayParam(100, 1), again, 2, rate);
 
             filter.reset();
-            const double milliseconds = static_cast<double>(newLength) / rate * 1000;
+            const double milliseconds = double(newLength) / rate * 1000;
             const auto out = run(filter, delayParam(milliseconds, 1), std::vector<float>(2 * newLength), 2, rate);
-            const double step = static_cast<double>(oldLength) / static_cast<double>(newLength);
-            const auto position = static_cast<size_t>(static_cast<double>(ahead) / step);
+            const double step = double(oldLength) / double(newLength);
             for (size_t i = 0; i < newLength; ++i) {
-                const size_t at = (position + i) % newLength;
-                const auto nearest =
-                    std::min(static_cast<size_t>(std::lround(static_cast<double>(at) * step)), oldLength - 1);
+                const size_t at = (size_t(double(ahead) / step) + i) % newLength;
+                const size_t nearest = std::min(size_t(std::lround(double(at) * step)), oldLength - 1);
                 ASSERT_NEAR(out[2 * i], frames[2 * nearest], 1e-6) << newLength << " ahead " << ahead << " at " << i;
                 ASSERT_NEAR(out[2 * i + 1], frames[2 * nearest + 1], 1e-6);
             }

@@ -57,9 +57,7 @@ TEST(Pitch, TonesComeOutInTuneSteadyAndWithoutClicks)
             const auto nothing = std::vector<float>(tone.size(), 0.0F);
             const auto out = channel(run(filter, presetParam(preset), stereo(nothing, tone), 2, rate), 1, 2);
             EXPECT_LT(std::abs(1200 * std::log2(countedFrequency(out, rate / 2, out.size(), rate) / shifted)), 0.1);
-
             EXPECT_LT(clicks(out, shifted, rate, rate / 2), -50.0);
-
             // Two places of the ring that are out of phase would cancel in the middle of a fade.
             for (size_t i = rate / 2; i + 2400 <= out.size(); i += 2400)
                 ASSERT_NEAR(loudness(out, i, i + 2400), -9.03, 0.5);
@@ -72,12 +70,10 @@ TEST(Pitch, OddValuesStayInsideTheRing)
     TavloAudioFilterPitch filter;
     auto param = presetParam(1);
     const double nan = std::nan("");
-    for (const tagTavloAudioProcessParamPitch& p :
-         {tagTavloAudioProcessParamPitch{}, tagTavloAudioProcessParamPitch{0, 0, 40, 0.01, 5000, 0, 0, 1},
-          tagTavloAudioProcessParamPitch{0, 0, -40, 1e9, 1e9, 0, 0, 1},
-          tagTavloAudioProcessParamPitch{nan, nan, nan, nan, nan, nan, nan, nan},
-          tagTavloAudioProcessParamPitch{0, 7, 0, -4, -9, 0, 0, 1}}) {
-        param.processPitch = p;
+    using Values = tagTavloAudioProcessParamPitch;
+    for (const Values& values : {Values{}, Values{0, 0, 40, 0.01, 5000, 0, 0, 1}, Values{0, 0, -40, 1e9, 1e9, 0, 0, 1},
+                                 Values{nan, nan, nan, nan, nan, nan, nan, nan}, Values{0, 7, 0, -4, -9, 0, 0, 1}}) {
+        param.processPitch = values;
         for (const int odd : {8000, 192000, 1}) {
             for (const float s : run(filter, param, noise(9600, 0.5F), 2, odd))
                 ASSERT_TRUE(std::isfinite(s));

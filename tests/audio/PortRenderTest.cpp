@@ -18,19 +18,17 @@ constexpr int rate = 48000;
 class ALPortRender : public testing::Test
 {
 protected:
-    ALPortRender() : render("TavloAudioPortModule", "CreateTavloAudioPortRenderOutput")
-    {
-        FileDevice::instance(); // before the library looks at the machine
-        render.create();
-    }
+    ALPortRender() : render("TavloAudioPortModule", "CreateTavloAudioPortRenderOutput") { render.create(); }
 
     void SetUp() override { ASSERT_TRUE(render.isReady()); }
 
-    bool write(const std::vector<qint16>& samples)
+    template <class Sample>
+    bool write(const std::vector<Sample>& samples)
     {
-        return render->write(samples.data(), static_cast<int>(samples.size() * 2), 0, 0);
+        return render->write(samples.data(), int(samples.size() * sizeof(Sample)), 0, 0);
     }
 
+    FileDevice& device = FileDevice::instance(); // before the library looks at the machine
     CTempldateHelper<ITavloAudioPortRender> render;
 };
 
@@ -38,10 +36,8 @@ protected:
 std::vector<qint16> leftTone(int milliseconds)
 {
     std::vector<qint16> samples;
-    for (const float s : sine(500, rate, static_cast<size_t>(rate / 1000 * milliseconds), 0.5)) {
-        samples.push_back(static_cast<qint16>(std::lround(s * 32767)));
-        samples.push_back(0);
-    }
+    for (const float s : sine(500, rate, rate / 1000 * milliseconds, 0.5))
+        samples.insert(samples.end(), {qint16(std::lround(s * 32767)), 0});
     return samples;
 }
 
@@ -61,14 +57,14 @@ TEST_F(ALPortRender, PlaysWhatIsWrittenOnTheDefaultDevice)
 {
     const LogCapture log;
     for (const char* name : {"", "Auto"}) {
-        ASSERT_TRUE(render->open(QString::fromLatin1(name), 2, rate, 16));
+        ASSERT_TRUE(render->open(name, 2, rate, 16));
         for (int i = 0; i < 10; ++i)
             EXPECT_TRUE(write(leftTone(20)));
-        EXPECT_TRUE(FileDevice::instance().play(400));
+        EXPECT_TRUE(device.play(400));
         render->close();
-        const auto played = FileDevice::instance().played();
+        const auto played = device.played();
         const auto left = soundOf(played, 0);
-        EXPECT_NEAR(static_cast<double>(left.size()), rate * 0.2, 100);
+        EXPECT_NEAR(double(left.size()), rate * 0.2, 100);
         EXPECT_NEAR(countedFrequency(left, 100, left.size() - 100, rate), 500.0, 1.0);
         EXPECT_NEAR(loudness(left, 100, left.size() - 100), 20 * std::log10(0.5) - 3.01, 0.5);
         EXPECT_TRUE(soundOf(played, 1).empty());
@@ -80,14 +76,13 @@ TEST_F(ALPortRender, DropsTheOldestBeyondAQuarterOfASecond)
 {
     const LogCapture log;
     ASSERT_TRUE(render->open({}, 2, rate, 16));
-    for (int i = 0; i < 50; ++i) { // a second at once, each 20 ms a little louder
-        EXPECT_TRUE(write(std::vector<qint16>(1920, static_cast<qint16>(100 * (i + 1)))));
-    }
-    EXPECT_TRUE(FileDevice::instance().play(600));
+    for (int i = 0; i < 50; ++i) // a second at once, each 20 ms a little louder
+        EXPECT_TRUE(write(std::vector<qint16>(1920, qint16(100 * (i + 1)))));
+    EXPECT_TRUE(device.play(600));
     EXPECT_EQ(log.count("dropped"), 1);
     render->close();
     EXPECT_EQ(log.count("ms in all"), 1);
-    const auto heard = soundOf(FileDevice::instance().played(), 0);
+    const auto heard = soundOf(device.played(), 0);
     EXPECT_LE(heard.size(), rate / 4U + rate / 50U); // and what the device itself had taken
     EXPECT_GE(heard.size(), rate / 10U);
     ASSERT_FALSE(heard.empty());
@@ -97,23 +92,20 @@ TEST_F(ALPortRender, DropsTheOldestBeyondAQuarterOfASecond)
 TEST_F(ALPortRender, GoesOnAfterItRanDry)
 {
     ASSERT_TRUE(render->open({}, 1, 44100, 8));
-    const std::vector<quint8> loud(441 * 10, 192);
     for (int i = 0; i < 2; ++i) {
-        EXPECT_TRUE(render->write(loud.data(), static_cast<int>(loud.size()), 0, 0));
-        EXPECT_TRUE(FileDevice::instance().play(300));
+        EXPECT_TRUE(write(std::vector<quint8>(441 * 10, 192)));
+        EXPECT_TRUE(device.play(300));
     }
     render->close();
-    const auto played = FileDevice::instance().played();
-    size_t heard = 0;
-    for (size_t i = 0; i < played.size(); i += 2)
-        heard += std::abs(played[i]) > 1000 ? 1 : 0;
-    EXPECT_NEAR(static_cast<double>(heard), rate * 0.2, 200);
+    const auto played = device.played();
+    const auto heard = std::count_if(played.begin(), played.end(), [](qint16 s) { return std::abs(s) > 1000; });
+    EXPECT_NEAR(double(heard), 2 * rate * 0.2, 400);
 }
 
 TEST_F(ALPortRender, NamesWhatItCannotOpen)
 {
     const LogCapture log;
-    EXPECT_FALSE(render->open(QStringLiteral("Loudspeaker on the moon"), 2, rate, 16));
+    EXPECT_FALSE(render->open("Loudspeaker on the moon", 2, rate, 16));
     EXPECT_EQ(log.count("Loudspeaker on the moon"), 1);
     EXPECT_FALSE(render->open({}, 3, rate, 16));
     EXPECT_FALSE(render->open({}, 2, rate, 24));

@@ -23,10 +23,9 @@ TEST(VolcalCut, BothFormsFollowTheirFormulas)
                 TavloAudioFilterVolcalCut filter;
                 tagTavloAudioEffectParam param;
                 param.processVolcalCut = {2, pan, level, band, 900, 0.7};
-                EXPECT_LT(
-                    distance(run(filter, param, in, 2, 48000), vocalCutReference(in, param.processVolcalCut, rate)),
-                    1e-6)
-                    << "pan " << pan << " level " << level << " band " << band;
+                const auto expected = vocalCutReference(in, param.processVolcalCut, rate);
+                EXPECT_LT(distance(run(filter, param, in, 2, 48000), expected), 1e-6)
+                    << pan << " " << level << " " << band;
             }
         }
     }
@@ -57,9 +56,7 @@ TEST(VolcalCut, FurtherChannelsStayAndOddBandsDoNotPoison)
     const auto out = run(filter, param, in, 3, 48000);
     for (size_t i = 0; i < out.size(); ++i) {
         ASSERT_TRUE(std::isfinite(out[i])) << i;
-        if (i % 3 == 2) {
-            ASSERT_EQ(out[i], in[i]);
-        }
+        ASSERT_TRUE(i % 3 != 2 || out[i] == in[i]) << i;
     }
 }
 

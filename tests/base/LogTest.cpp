@@ -6,8 +6,6 @@
 
 #include <thread>
 
-using tavlo::test::LogCapture;
-
 namespace {
 
 int onItsThread(const tavlo::ThreadCheck& check)
@@ -20,7 +18,7 @@ int onItsThread(const tavlo::ThreadCheck& check)
 
 TEST(LogTest, MarksTheCallersLine)
 {
-    const LogCapture log;
+    const tavlo::test::LogCapture log;
     const int line = __LINE__ + 1;
     tavlo::logFailure({"impl\\TavloCanvas", "TavloCanvas::present"}, QStringLiteral("failed to present"));
     ASSERT_EQ(log.lines().size(), 1);

@@ -8,16 +8,15 @@
 
 #include <gtest/gtest.h>
 
-using tavlo::test::LogCapture;
+using Helper = CTempldateHelper<ITestCounter>;
 
 TEST(ModuleTest, MakesObjectsAndEndsThem)
 {
-    CTempldateHelper<ITestCounter> first("TavloTestModule", "CreateTestCounter");
+    Helper first("TavloTestModule", "CreateTestCounter");
     EXPECT_FALSE(first.isReady());
     ASSERT_TRUE(first.create());
-    EXPECT_EQ(first->living(), 1);
     {
-        CTempldateHelper<ITestCounter> second("TavloTestModule", "CreateTestCounter");
+        Helper second("TavloTestModule", "CreateTestCounter");
         ASSERT_TRUE(second.create());
         EXPECT_EQ(first->living(), 2);
     }
@@ -30,33 +29,30 @@ TEST(ModuleTest, MakesObjectsAndEndsThem)
 
 TEST(ModuleTest, TellsWhatIsMissingOnce)
 {
-    const LogCapture log;
-    CTempldateHelper<ITestCounter> noModule("TavloNoSuchModule", "CreateTestCounter");
-    EXPECT_FALSE(noModule.create());
-    EXPECT_FALSE(noModule.create());
-    EXPECT_EQ(log.count("TavloNoSuchModule"), 1);
-
-    CTempldateHelper<ITestCounter> noFactory("TavloTestModule", "CreateNothing");
-    EXPECT_FALSE(noFactory.create());
-    EXPECT_EQ(log.count("CreateNothing"), 1);
-
-    CTempldateHelper<ITestCounter> throwing("TavloTestModule", "CreateThrowing");
+    const tavlo::test::LogCapture log;
+    const auto expectTold = [&](const char* module, const char* factory, const char* told) {
+        Helper helper(module, factory);
+        EXPECT_FALSE(helper.create());
+        EXPECT_FALSE(helper.create());
+        EXPECT_EQ(log.count(told), 1) << told;
+    };
+    expectTold("TavloNoSuchModule", "CreateTestCounter", "TavloNoSuchModule");
+    expectTold("TavloTestModule", "CreateNothing", "CreateNothing");
+    Helper throwing("TavloTestModule", "CreateThrowing");
     EXPECT_FALSE(throwing.create());
     EXPECT_EQ(log.count("exception out of CreateThrowing"), 1);
-
-    CTempldateHelper<ITestCounter> tooNew("TavloTestModule", "CreateTestCounter", 0x02000000);
+    Helper tooNew("TavloTestModule", "CreateTestCounter", 0x02000000);
     EXPECT_FALSE(tooNew.create());
 }
 
 TEST(ModuleTest, FindsAModuleInAFolderOfTheHostProgram)
 {
-    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/plugins/test");
+    const QString folder = QCoreApplication::applicationDirPath() + "/plugins/test";
     ASSERT_TRUE(QDir().mkpath(folder));
-    const QString copy = folder + QStringLiteral("/TavloTestModule.so");
+    const QString copy = folder + "/TavloTestModule.so";
     QFile::remove(copy);
-    ASSERT_TRUE(QFile::copy(tavlo::engineDirectory() + QStringLiteral("/TavloTestModule.so"), copy));
-
-    CTempldateHelper2<ITestCounter> helper(QStringLiteral("plugins/test"), "TavloTestModule", "CreateTestCounter");
+    ASSERT_TRUE(QFile::copy(tavlo::engineDirectory() + "/TavloTestModule.so", copy));
+    CTempldateHelper2<ITestCounter> helper("plugins/test", "TavloTestModule", "CreateTestCounter");
     ASSERT_TRUE(helper.create());
     EXPECT_EQ(helper->living(), 1);
 }

@@ -27,23 +27,23 @@ public:
     Input makeInput(int width, int height, bool flip, bool mirror)
     {
         const Shape shape = shapeOf(GetParam().chroma, width, height);
-        _bytes = pattern(static_cast<std::uint32_t>(shape.width * shape.channels),
-                         static_cast<std::uint32_t>(shape.height), static_cast<std::uint32_t>(width));
+        _bytes = pattern(shape.width * shape.channels, shape.height, width);
         for (std::size_t i = 3; GetParam().chroma == chromaRgbx && i < _bytes.size(); i += 4)
             _bytes[i] = 255;
-        const Picture texture(shape.width, shape.height, shape.channels, _bytes);
+        const Picture texture(shape.width, shape.height, _bytes);
         return {GetParam().chroma, texture, width, height, shape.u, shape.v, flip, mirror};
     }
 
-    Picture drawn(const Input& input, int targetWidth, int targetHeight)
+    void expectSame(const Input& input, int targetWidth, int targetHeight, double tolerance)
     {
-        const Draw draw = makeDraw(targetWidth, targetHeight);
-        const Picture& texture = input.texture;
+        const Draw target = makeDraw(targetWidth, targetHeight);
+        const QSizeF size(input.width, input.height);
         const int channels = shapeOf(input.chroma, input.width, input.height).channels;
-        draw->drawPicture(input.chroma, upload(texture.width, texture.height, channels, _bytes),
-                          QSizeF(input.width, input.height), {input.u, input.v}, nullptr, true, input.flip,
-                          input.mirror);
-        return result(*draw);
+        const auto texture = upload(input.texture.width, input.texture.height, channels, _bytes);
+        target->drawPicture(input.chroma, texture, size, {input.u, input.v}, nullptr, true, input.flip, input.mirror);
+        Picture expected(targetWidth, targetHeight);
+        draw(expected, input, fitted(size, expected.size()));
+        EXPECT_TRUE(isSame(result(*target), expected, tolerance));
     }
 
 private:
@@ -56,22 +56,13 @@ TEST_P(DrawLayoutGL, IsReadTexelByTexel)
     for (const auto& [width, height] : sizes) {
         for (const int turn : {0, 1, 2, 3}) {
             SCOPED_TRACE(testing::Message() << width << " x " << height << ", turn " << turn);
-            const Input input = makeInput(width, height, (turn & 1) != 0, (turn & 2) != 0);
-            Picture expected(width, height);
-            draw(expected, input, fitted(expected.size(), expected.size()));
-            EXPECT_TRUE(isSame(drawn(input, width, height), expected, 1));
+            expectSame(makeInput(width, height, (turn & 1) != 0, (turn & 2) != 0), width, height, 1);
         }
     }
 }
 
 /// Three pixels to a texel: texel loads mix no neighbours.
-TEST_P(DrawLayoutGL, GrowsToALargerTarget)
-{
-    const Input input = makeInput(16, 10, false, false);
-    Picture expected(48, 30);
-    draw(expected, input, fitted({16, 10}, expected.size()));
-    EXPECT_TRUE(isSame(drawn(input, 48, 30), expected, 2));
-}
+TEST_P(DrawLayoutGL, GrowsToALargerTarget) { expectSame(makeInput(16, 10, false, false), 48, 30, 2); }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, DrawLayoutGL, testing::ValuesIn(layouts),
                          [](const auto& tested) { return tested.param.name; });

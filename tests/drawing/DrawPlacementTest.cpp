@@ -22,8 +22,8 @@ public:
         for (const QSizeF size : {QSizeF(40, 24), QSizeF(9, 31), QSizeF(53, 17)}) {
             const Picture picture = testPicture(int(size.width()), int(size.height()));
             for (const bool clears : {true, false}) {
-                SCOPED_TRACE(testing::Message()
-                             << size.width() << " x " << size.height() << ", fit " << fitMode << ", clears " << clears);
+                SCOPED_TRACE(testing::Message() << size.width() << " wide, turned by " << display.rotation << ", fit "
+                                                << fitMode << ", clears " << clears);
                 const Input input = plain(picture, clears, !clears);
                 Picture expected(40, 24);
                 const Draw target = makeFilled(40, 24, expected);
@@ -51,11 +51,9 @@ TEST_F(DrawPlacementGL, FitsScalesAndMoves)
 
 TEST_F(DrawPlacementGL, TurnsAboutTheMiddleOfTheLeftEdge)
 {
-    for (const float degrees : {90.0F, -30.0F, 17.0F, 180.0F}) {
-        SCOPED_TRACE(degrees);
+    for (const float degrees : {90.0F, -30.0F, 17.0F, 180.0F})
         for (const int fitMode : {0, 1, 2})
             expectSame({{0.4, 0.5}, {0.12, 0.07}, degrees, 1, {}}, fitMode);
-    }
 }
 
 /// The final rectangle counts alone, but for the rotation.
@@ -75,13 +73,12 @@ TEST_F(DrawGL, KeepsTheAspectInTheTargetsMiddle)
 {
     for (const QSizeF target : {QSizeF(48, 27), QSizeF(27, 48), QSizeF(31, 31)}) {
         for (const QSizeF source : {QSizeF(16, 9), QSizeF(9, 16), QSizeF(20, 20), QSizeF(64, 3), QSizeF(1, 40)}) {
-            SCOPED_TRACE(testing::Message() << source.width() << " x " << source.height() << " in " << target.width()
-                                            << " x " << target.height());
+            SCOPED_TRACE(testing::Message() << source.width() << " wide in " << target.width());
             const Input input = plain(testPicture(int(source.width()), int(source.height())));
             const Placement where = fitted(source, target);
             for (const bool clears : {true, false}) {
-                Picture expected(int(target.width()), int(target.height()));
-                const Draw canvas = makeFilled(expected.width, expected.height, expected);
+                Picture expected;
+                const Draw canvas = makeFilled(int(target.width()), int(target.height()), expected);
                 canvas->clearColor = {0.2F, 0.4F, 0.6F, 0.8F};
                 if (clears)
                     expected =
@@ -125,14 +122,14 @@ TEST_F(DrawGL, DrawsLayoutsOverWhatIsThere)
 {
     const Shape shape = shapeOf(NV12, 20, 10);
     const auto bytes = pattern(20, 15, 9);
-    const Input input{NV12, Picture(shape.width, shape.height, 1, bytes), 20, 10, shape.u, shape.v, false, false};
+    const Input input{NV12, Picture(shape.width, shape.height, bytes), 20, 10, shape.u, shape.v, false, false};
     tagTavloPresentPictureFilterParam cropped;
     cropped.rectCropParam = {1, {0.23F, 0.23F, 0.77F, 0.77F}};
-    for (const QSizeF target : {QSizeF(20, 10), QSizeF(20, 16)}) {
-        for (const auto* process : {static_cast<tagTavloPresentPictureFilterParam*>(nullptr), &cropped}) {
-            Picture expected(int(target.width()), int(target.height()));
-            const Draw canvas = makeFilled(expected.width, expected.height, expected);
-            draw(expected, input, fitted({20, 10}, target), process);
+    for (const int height : {10, 16}) {
+        for (const auto* process : std::initializer_list<tagTavloPresentPictureFilterParam*>{nullptr, &cropped}) {
+            Picture expected;
+            const Draw canvas = makeFilled(20, height, expected);
+            draw(expected, input, fitted({20, 10}, expected.size()), process);
             canvas->drawPicture(NV12, upload(shape.width, shape.height, 1, bytes), QSizeF(20, 10), {shape.u, shape.v},
                                 process, false, false, false);
             EXPECT_TRUE(isSame(result(*canvas), expected, 1));
@@ -150,11 +147,12 @@ TEST_F(DrawGL, LeavesTheContextAsItFoundIt)
     const Display display{{0.5, 0.5}, {0, 0}, 0, 1, {}};
     tagTavloPresentPictureFilterParam keys;
     keys.lumaKeyParam.enable = keys.chromaKeyParam.enable = 1;
+    const QSizeF size(8, 6);
     const std::array<std::function<void()>, 4> draws{
-        [&] { first->drawPicture(RV32, picture, QSizeF(8, 6), {}, nullptr, true, false, false); },
-        [&] { first->drawPicturePlaced(RV32, picture, QSizeF(8, 6), {}, display, 0, false, false, false); },
-        [&] { first->drawGray(picture, QSizeF(8, 6)); },
-        [&] { drawKeyedSource(*first, *second, RV32, picture, QSizeF(8, 6), {}, keys, true, false); },
+        [&] { first->drawPicture(RV32, picture, size, {}, nullptr, true, false, false); },
+        [&] { first->drawPicturePlaced(RV32, picture, size, {}, display, 0, false, false, false); },
+        [&] { first->drawGray(picture, size); },
+        [&] { drawKeyedSource(*first, *second, RV32, picture, size, {}, keys, true, false); },
     };
     for (const auto& drawOnce : draws) {
         context->setRenderTarget(other, depth);
@@ -179,7 +177,10 @@ TEST_F(DrawGL, DrawsNothingWhileUnmade)
         EXPECT_FALSE(draw.isMade());
         EXPECT_EQ(draw.targetResource(), nullptr);
     };
+    const LogCapture log;
     TavloDrawDX11 never;
+    EXPECT_FALSE(never.create(resources.get(), nullptr, device, context, {}, QSizeF(0, 7)));
+    EXPECT_EQ(log.count("failed to CreateTexture2D "), 1);
     drawAll(never);
     never.destroy();
 
@@ -210,20 +211,8 @@ TEST_F(DrawGL, TakesTargetsOfOthersAndOfOtherFormats)
     const Draw red = makeDraw(13, 7, Format::R8_UNORM);
     drawPlain(*red, plain(picture));
     const Picture drawn = result(*red);
-    for (int i = 0; i < 13 * 7; ++i) {
-        const Rgba& texel = picture.texels[static_cast<std::size_t>(i)];
-        EXPECT_NEAR(drawn.texels[static_cast<std::size_t>(i)][0], texel[0] * texel[3], 1.01 / 255);
-    }
-}
-
-TEST_F(DrawGL, NoTargetIsMadeOfAnEmptySize)
-{
-    const LogCapture log;
-    TavloDrawDX11 draw;
-    EXPECT_FALSE(draw.create(resources.get(), nullptr, device, context, {}, QSizeF(0, 7)));
-    EXPECT_FALSE(draw.isMade());
-    EXPECT_EQ(log.count("failed to CreateTexture2D "), 1);
-    EXPECT_EQ(log.count("TavloDrawDX11::create]"), 1);
+    for (std::size_t i = 0; i < picture.texels.size(); ++i)
+        EXPECT_NEAR(drawn.texels[i][0], picture.texels[i][0] * picture.texels[i][3], 1.01 / 255);
 }
 
 } // namespace

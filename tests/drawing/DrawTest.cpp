@@ -17,7 +17,7 @@ std::vector<std::uint8_t> bytesOf(const Picture& picture)
     std::vector<std::uint8_t> bytes;
     for (const reference::Rgba& texel : picture.texels)
         for (const double value : texel)
-            bytes.push_back(static_cast<std::uint8_t>(std::lround(value * 255)));
+            bytes.push_back(std::uint8_t(std::lround(value * 255)));
     return bytes;
 }
 
@@ -43,8 +43,7 @@ DrawTest::Draw DrawTest::makeDraw(int width, int height, Format format)
 TexturePtr DrawTest::upload(int width, int height, int channels, std::span<const std::uint8_t> packed)
 {
     const Format format = channels == 1 ? Format::R8_UNORM : Format::R8G8B8A8_UNORM;
-    const auto columns = static_cast<std::uint32_t>(width), rows = static_cast<std::uint32_t>(height);
-    TexturePtr texture = makeTexture(format, columns, rows, Usage::Dynamic);
+    TexturePtr texture = makeTexture(format, width, height, Usage::Dynamic);
     EXPECT_TRUE(texture && write(*context, texture, packed));
     return texture;
 }
@@ -59,8 +58,7 @@ Picture DrawTest::result(const TavloDrawDX11& draw)
     const TexturePtr& target = draw.targetResource();
     const std::vector<std::uint8_t> bytes = readBack(*device, *context, target);
     EXPECT_FALSE(bytes.empty());
-    return {static_cast<int>(target->desc().width), static_cast<int>(target->desc().height),
-            static_cast<int>(formatBytes(target->desc().format)), bytes};
+    return {int(target->desc().width), int(target->desc().height), bytes};
 }
 
 DrawTest::Draw DrawTest::makeFilled(int width, int height, Picture& filled)
@@ -68,8 +66,8 @@ DrawTest::Draw DrawTest::makeFilled(int width, int height, Picture& filled)
     filled = testPicture(width, height, 5);
     const auto bytes = bytesOf(filled);
     Draw draw = makeDraw(width, height);
-    const auto columns = static_cast<std::uint32_t>(width), rows = static_cast<std::uint32_t>(height);
-    EXPECT_TRUE(context->updateSubresource(*draw->targetResource(), {0, 0, columns, rows}, bytes.data(), columns * 4));
+    const Box all{0, 0, std::uint32_t(width), std::uint32_t(height)};
+    EXPECT_TRUE(context->updateSubresource(*draw->targetResource(), all, bytes.data(), all.width * 4));
     return draw;
 }
 

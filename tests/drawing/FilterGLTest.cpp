@@ -96,14 +96,13 @@ TEST_F(FilterGL, DrawsMissingPicturesAsNothing)
 {
     QImage nothing(size, QImage::Format_RGBA8888);
     nothing.fill(Qt::transparent);
-    TavloDrawDX11& target = *stage().target(size);
-    drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1));
-    target.drawFilter(TavloPresentPictureFilterType_ScreenBlend, stage().upload(figure(0)), nullptr, size, false,
-                      false);
-    EXPECT_EQ(stage().readBack(), nothing);
-    drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1));
-    target.drawFilter(TavloPresentPictureFilterType_COOL, nullptr, nullptr, size, false, false);
-    EXPECT_EQ(stage().readBack(), nothing);
+    const graphics::TexturePtr picture = stage().upload(figure(0));
+    for (const auto& [type, first] : {std::pair(TavloPresentPictureFilterType_ScreenBlend, picture),
+                                      {TavloPresentPictureFilterType_COOL, nullptr}}) {
+        drawn(TavloPresentPictureFilterType_COOL, figure(0), figure(1));
+        stage().target(size)->drawFilter(type, first, nullptr, size, false, false);
+        EXPECT_EQ(stage().readBack(), nothing) << type;
+    }
 }
 
 /// A picture lower than its target lies in the middle, over the clear colour.

@@ -13,8 +13,9 @@
 namespace tavlo {
 namespace {
 
-using reference::Colour;
 using reference::Picture;
+using reference::operator*;
+using reference::Rgba;
 using reference::Vector;
 
 /// One device for all tests of the file: compiling the effects takes longer than drawing.
@@ -31,8 +32,7 @@ QImage makePicture(QSize size, double phase, double detail = 1)
     QImage picture(size, QImage::Format_RGBA8888);
     for (int y = 0; y < size.height(); ++y) {
         for (int x = 0; x < size.width(); ++x) {
-            const double u = detail * x / size.width();
-            const double v = detail * y / size.height();
+            const double u = detail * x / size.width(), v = detail * y / size.height();
             const auto level = [](double t) { return static_cast<uchar>(std::lround(128 + 120 * std::sin(t))); };
             uchar* pixel = picture.scanLine(y) + x * 4;
             pixel[0] = level(7 * u + 2 * v + phase);
@@ -46,19 +46,15 @@ QImage makePicture(QSize size, double phase, double detail = 1)
 
 Picture toReference(const QImage& image)
 {
-    Picture picture{image.width(), image.height(), {}};
-    for (int y = 0; y < image.height(); ++y)
-        picture.bytes.insert(picture.bytes.end(), image.constScanLine(y), image.constScanLine(y) + image.width() * 4);
-    return picture;
+    return {image.width(), image.height(), {image.constBits(), std::size_t(image.sizeInBytes())}};
 }
 
 /// The largest difference of a channel, in levels of 8 bits.
-double distance(const uchar* pixel, const Colour& wanted)
+double distance(const uchar* pixel, const Rgba& wanted)
 {
     double worst = 0;
-    const std::array channels{wanted.r, wanted.g, wanted.b, wanted.a};
-    for (std::size_t i = 0; i < channels.size(); ++i)
-        worst = std::max(worst, std::abs(pixel[i] - 255 * reference::clamped(channels[i])));
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        worst = std::max(worst, std::abs(pixel[i] - 255 * reference::unit(wanted[i])));
     return worst;
 }
 
@@ -78,8 +74,13 @@ class TransitionGL : public testing::Test
 protected:
     void SetUp() override { ASSERT_EQ(stage().fault(), QString()); }
 
-    static constexpr QSize oddSize{67, 47};
-    static constexpr QSize otherSize{53, 39};
+    static QImage draw(quint32 kind, float position, const QImage& first, const QImage& second, bool topFirst = true)
+    {
+        return stage().drawTransition(kind, position, stage().upload(first), stage().upload(second), size, topFirst);
+    }
+
+    static constexpr QSize size{67, 47};
+    const QImage outgoing = makePicture(size, 0.3), incoming = makePicture(size, 1.9);
 };
 
 /// The kinds of a family, drawn and computed.
@@ -98,10 +99,8 @@ protected:
     static std::vector<TransitionRow> rows()
     {
         std::vector<TransitionRow> rows;
-        for (const TransitionRow& row : transitionRows()) {
-            if (transitionFamily(row.kind) == GetParam())
-                rows.push_back(row);
-        }
+        std::ranges::copy_if(transitionRows(), std::back_inserter(rows),
+                             [](const TransitionRow& row) { return transitionFamily(row.kind) == GetParam(); });
         return rows;
     }
 
@@ -113,20 +112,19 @@ protected:
         stage().effect(row.kind)->GetVariableByName("randomSeed").AsScalar().SetFloat(0.2F); // or there is none
     }
 
-    void compare(const TransitionRow& row, const QImage& outgoing, const QImage& incoming, QSize size, float position)
+    void compare(const TransitionRow& row, const QImage& before, const QImage& after, float position)
     {
         _kind = row.kind;
         // What the table of sines costs is in the tolerance; a picture that displaces itself is read at its texels.
-        const bool exact = outgoing.size() == size && incoming.size() == size;
+        const bool exact = after.size() == size;
         _imagesInDoubt = row.kind != 53 && !(row.kind == 79 && exact && (position < 0.4F || position > 0.6F));
         chooseSeed(row);
         if (row.mask)
             _images.mask = paintedMask(row.kind, position);
         if (row.kind >= 81)
             _images.luma = toReference(stage().image(static_cast<int>(row.kind) - 33));
-        const Picture first = toReference(outgoing), second = toReference(incoming);
-        const QImage frame =
-            stage().drawTransition(row.kind, position, stage().upload(outgoing), stage().upload(incoming), size);
+        const Picture first = toReference(before), second = toReference(after);
+        const QImage frame = draw(row.kind, position, before, after);
         ASSERT_FALSE(frame.isNull());
         // Where two pictures at once each read themselves, both may be in doubt at the same pixel.
         const int allowed = row.kind == 79 ? 2 : 0;
@@ -134,15 +132,13 @@ protected:
         for (int y = 0; y < size.height(); ++y) {
             for (int x = 0; x < size.width(); ++x) {
                 const Vector uv{(x + 0.5) / size.width(), (y + 0.5) / size.height()};
-                if (isNear(frame.constScanLine(y) + x * 4, first, second, static_cast<double>(position), uv))
-                    continue;
-                const Colour wanted = transition(position, first, second, uv);
                 const uchar* got = frame.constScanLine(y) + x * 4;
+                if (isNear(got, first, second, position, uv))
+                    continue;
                 if (++wrong > allowed && wrong <= allowed + 3)
                     ADD_FAILURE() << row.name << " at " << position << ", pixel " << x << ", " << y << ": "
-                                  << int(got[0]) << " " << int(got[1]) << " " << int(got[2]) << " " << int(got[3])
-                                  << ", wanted " << wanted.r * 255 << " " << wanted.g * 255 << " " << wanted.b * 255
-                                  << " " << wanted.a * 255;
+                                  << testing::PrintToString(std::vector<int>(got, got + 4)) << ", wanted "
+                                  << testing::PrintToString(transition(position, first, second, uv) * 255);
             }
         }
         EXPECT_LE(wrong, allowed) << "pixels of " << size.width() * size.height();
@@ -153,7 +149,7 @@ private:
     quint32 _kind = 0;
     bool _imagesInDoubt = true; ///< whether levels of images are read between texels
 
-    Colour transition(double position, const Picture& first, const Picture& second, Vector uv, Vector error = {})
+    Rgba transition(double position, const Picture& first, const Picture& second, Vector uv, Vector error = {})
     {
         _images.error = error;
         return reference::transition(static_cast<int>(_kind), position, first, second, _images, uv);
@@ -182,28 +178,18 @@ private:
     /// levels of an image apart: at an edge that is the other side.
     bool isNear(const uchar* pixel, const Picture& first, const Picture& second, double position, Vector uv)
     {
-        const auto fits = [&](const Colour& wanted) { return distance(pixel, wanted) <= tolerance(); };
+        const auto fits = [&](const Rgba& wanted) { return distance(pixel, wanted) <= tolerance(); };
         if (fits(transition(position, first, second, uv)))
             return true;
         if (position <= 0)
             return false; // nothing to be in doubt about
         // Fine enough around that one points nearly where the device sees the very centre.
-        constexpr std::array<Vector, 16> ways{{{1, 0},
-                                               {-1, 0},
-                                               {0, 1},
-                                               {0, -1},
-                                               {1, 1},
-                                               {-1, -1},
-                                               {1, -1},
-                                               {-1, 1},
-                                               {2, 1},
-                                               {2, -1},
-                                               {-2, -1},
-                                               {-2, 1},
-                                               {1, 2},
-                                               {1, -2},
-                                               {-1, -2},
-                                               {-1, 2}}};
+        std::vector<Vector> ways;
+        for (int i = 0; i < 25; ++i) {
+            const int x = i % 5 - 2, y = i / 5 - 2;
+            if ((x * x + y * y) % 4 != 0) // each direction once
+                ways.push_back({double(x), double(y)});
+        }
         for (const double step : {1e-7, 3e-7, 1e-6, 3e-6}) {
             for (const Vector way : ways) {
                 if (fits(transition(position, first, second, uv + way * step)))
@@ -235,43 +221,35 @@ private:
 
 TEST_P(TransitionFamilyGL, DrawsWhatItsFormulasGive)
 {
-    const QImage outgoing = makePicture(oddSize, 0.3);
-    const QImage incoming = makePicture(otherSize, 1.9);
-    const QImage fitting = makePicture(oddSize, 1.9);
     for (const TransitionRow& row : rows()) {
         for (const float position : {0.0F, 0.25F, 0.5F, 0.75F, 1.0F})
-            compare(row, outgoing, incoming, oddSize, position);
+            compare(row, outgoing, makePicture({53, 39}, 1.9), position);
         // Both of the target's size: texels are loaded, not sampled.
         for (const float position : {0.3F, 0.5F, 0.65F})
-            compare(row, outgoing, fitting, oddSize, position);
+            compare(row, outgoing, incoming, position);
         // Small steps of a blur show in fine detail only.
         if (row.kind >= 54 && row.kind <= 60)
-            compare(row, makePicture(oddSize, 0.3, 6), makePicture(oddSize, 1.9, 6), oddSize, 0.45F);
+            compare(row, makePicture(size, 0.3, 6), makePicture(size, 1.9, 6), 0.45F);
     }
 }
 
 TEST_P(TransitionFamilyGL, ShowsAWholePictureAtBothEnds)
 {
-    const QImage outgoing = makePicture(oddSize, 0.3);
-    const QImage incoming = makePicture(oddSize, 1.9);
     // Colours that stay changed until the cut; of 75 those are brighter than their alpha allows.
     constexpr std::array<quint32, 4> neverClean{75, 76, 77, 78};
     for (const TransitionRow& row : rows()) {
         SCOPED_TRACE(row.name);
-        const auto draw = [&](float position) {
-            return stage().drawTransition(row.kind, position, stage().upload(outgoing), stage().upload(incoming),
-                                          oddSize);
-        };
+        const auto drawn = [&](float position) { return draw(row.kind, position, outgoing, incoming); };
         // The shader shows its first picture when its position is not above 0: what the table exchanges shows there.
         const int border = row.settingCount > 0 && row.kind <= 10 ? 1 : 0; // where an edge's soft half is left
         const QImage& before = row.turn == TransitionTurn::Swap ? incoming : outgoing;
-        EXPECT_LE(distance(draw(0.0F), before, border), 1) << "at 0";
+        EXPECT_LE(distance(drawn(0.0F), before, border), 1) << "at 0";
         if (row.turn != TransitionTurn::Invert) {
-            EXPECT_LE(distance(draw(-0.25F), before), 1) << "below 0";
+            EXPECT_LE(distance(drawn(-0.25F), before), 1) << "below 0";
         }
         if (std::find(neverClean.begin(), neverClean.end(), row.kind) == neverClean.end()) {
             const bool staysOld = row.turn == TransitionTurn::Invert || row.kind == transitionKind::applyTextureMap;
-            EXPECT_LE(distance(draw(1.0F), staysOld ? outgoing : incoming, border), 2) << "at 1";
+            EXPECT_LE(distance(drawn(1.0F), staysOld ? outgoing : incoming, border), 2) << "at 1";
         }
     }
 }
@@ -284,68 +262,53 @@ INSTANTIATE_TEST_SUITE_P(All, TransitionFamilyGL,
 
 TEST_F(TransitionGL, DrawsTheSameIntoABackBuffer)
 {
-    const graphics::TexturePtr outgoing = stage().upload(makePicture(oddSize, 0.3));
-    const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
     for (const quint32 kind : {3U, 19U, 22U, 29U, 48U, 70U, 86U}) {
-        const QImage frame = stage().drawTransition(kind, 0.31F, outgoing, incoming, oddSize);
-        EXPECT_LE(distance(stage().drawTransition(kind, 0.31F, outgoing, incoming, oddSize, false), frame), 1) << kind;
+        const QImage frame = draw(kind, 0.31F, outgoing, incoming);
+        EXPECT_LE(distance(draw(kind, 0.31F, outgoing, incoming, false), frame), 1) << kind;
     }
 }
 
 TEST_F(TransitionGL, ChoosesANewRandomSeedForOneKindOnly)
 {
-    const graphics::TexturePtr outgoing = stage().upload(makePicture(oddSize, 0.3));
-    const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
-    const auto draw = [&](quint32 kind, quint32 seconds) {
+    const auto drawn = [&](quint32 kind, quint32 seconds) {
         stage().randomSeed = seconds;
-        return stage().drawTransition(kind, 0.4F, outgoing, incoming, oddSize);
+        return draw(kind, 0.4F, outgoing, incoming);
     };
-    const QImage plain = draw(67, 1);
-    EXPECT_EQ(draw(67, 2), plain);
-    const QImage first = draw(68, 1);
-    EXPECT_NE(draw(68, 3), first);
-    EXPECT_EQ(draw(68, 1), first);
-    EXPECT_NE(draw(67, 1), plain); // the family's value stays as the last draw left it
+    const QImage plain = drawn(67, 1);
+    EXPECT_EQ(drawn(67, 2), plain);
+    const QImage first = drawn(68, 1);
+    EXPECT_NE(drawn(68, 3), first);
+    EXPECT_EQ(drawn(68, 1), first);
+    EXPECT_NE(drawn(67, 1), plain); // the family's value stays as the last draw left it
     stage().effect(68)->GetVariableByName("randomSeed").AsScalar().SetFloat(0);
 }
 
-TEST_F(TransitionGL, CutsAtOnceWithoutItsImage)
+TEST_F(TransitionGL, CutsAtOnceWithoutItsImageOrMask)
 {
-    const QImage outgoing = makePicture(oddSize, 0.3);
-    const QImage incoming = makePicture(oddSize, 1.9);
-    graphics::TexturePtr luma;
-    luma.swap(stage().texture(90 - 33));
-    EXPECT_LE(distance(stage().drawTransition(90, 0.001F, stage().upload(outgoing), stage().upload(incoming), oddSize),
-                       incoming),
-              1);
-    luma.swap(stage().texture(90 - 33));
-
-    // Without the mask's texture the mask step is left out; nothing is masked then.
-    luma.swap(stage().texture(transitionMaskSlot));
-    const QImage frame = stage().drawTransition(11, 0.5F, stage().upload(outgoing), stage().upload(incoming), oddSize);
-    EXPECT_LE(distance(frame, incoming), 1);
-    luma.swap(stage().texture(transitionMaskSlot));
+    for (const auto& [kind, position, slot] : {std::tuple(90U, 0.001F, 90 - 33), {11U, 0.5F, transitionMaskSlot}}) {
+        graphics::TexturePtr image;
+        image.swap(stage().texture(slot));
+        EXPECT_LE(distance(draw(kind, position, outgoing, incoming), incoming), 1) << kind;
+        image.swap(stage().texture(slot));
+    }
 }
 
 TEST_F(TransitionGL, DrawsMissingPicturesAsNothing)
 {
-    const graphics::TexturePtr incoming = stage().upload(makePicture(oddSize, 1.9));
-    const QImage frame = stage().drawTransition(22, 0.5F, nullptr, incoming, oddSize);
-    const QImage whole = makePicture(oddSize, 1.9);
+    const QImage frame = stage().drawTransition(22, 0.5F, nullptr, stage().upload(incoming), size);
     ASSERT_FALSE(frame.isNull());
-    for (int x = 0; x < oddSize.width() * 4; ++x)
-        ASSERT_NEAR(frame.constScanLine(7)[x], whole.constScanLine(7)[x] / 2.0, 1.1) << x;
+    for (int x = 0; x < size.width() * 4; ++x)
+        ASSERT_NEAR(frame.constScanLine(7)[x], incoming.constScanLine(7)[x] / 2.0, 1.1) << x;
 }
 
 TEST_F(TransitionGL, LeavesTheTargetClearedForAKindOfNoFamily)
 {
-    const graphics::TexturePtr picture = stage().upload(makePicture(oddSize, 0.3));
+    QImage cleared(size, QImage::Format_RGBA8888);
+    cleared.fill(Qt::transparent);
     for (const quint32 kind : {0U, 21U, 113U, 65535U}) {
-        ASSERT_FALSE(stage().drawTransition(22, 0.5F, picture, picture, oddSize) == QImage());
+        ASSERT_NE(draw(22, 0.5F, outgoing, outgoing), cleared);
         const test::LogCapture log;
-        QImage cleared(oddSize, QImage::Format_RGBA8888);
-        cleared.fill(Qt::transparent);
-        EXPECT_EQ(stage().drawTransition(kind, 0.5F, picture, picture, oddSize), cleared) << kind;
+        EXPECT_EQ(draw(kind, 0.5F, outgoing, outgoing), cleared) << kind;
         EXPECT_EQ(log.count("failed to set shader float vector :"), 1);
     }
 }

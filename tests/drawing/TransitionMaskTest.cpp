@@ -53,24 +53,24 @@ double blackShare(const QImage& mask)
     return sum / (mask.width() * mask.height());
 }
 
-/// The picks that the C library's own generator makes: the bars left of a height, by first row.
-std::vector<std::pair<int, int>> remainingBars(double position)
+/// The rows of the bars that the C library's own generator picks.
+std::vector<bool> remainingRows(double position)
 {
-    std::vector<std::pair<int, int>> bars, taken;
+    std::vector<std::pair<int, int>> bars; // from row to row
     for (int y = 0, i = 0; y < side; ++i) {
-        std::srand(static_cast<unsigned>(i));
-        const int height = std::rand() % (side / 32);
-        bars.emplace_back(y, height);
-        y += height;
+        std::srand(i);
+        const int begin = std::exchange(y, y + std::rand() % (side / 32));
+        bars.emplace_back(begin, std::min(y, side));
     }
-    const int count = static_cast<int>(static_cast<double>(bars.size()) * (1 - position));
+    std::vector<bool> rows(side, false);
+    const int count = int(double(bars.size()) * (1 - position));
     for (int s = 0; s < count; ++s) {
-        std::srand(static_cast<unsigned>(s));
-        const auto bar = bars.begin() + std::rand() % static_cast<int>(bars.size());
-        taken.push_back(*bar);
+        std::srand(s);
+        const auto bar = bars.begin() + std::rand() % int(bars.size());
+        std::fill(rows.begin() + bar->first, rows.begin() + bar->second, true);
         bars.erase(bar);
     }
-    return taken;
+    return rows;
 }
 
 TEST(TransitionMask, GivesTheNumbersOfTheCLibrary)
@@ -89,13 +89,8 @@ TEST(TransitionMask, CoversTheShareThatIsLeft)
         EXPECT_NEAR(blackShare(transitionMask(11, p)), p * p, 1e-3);      // the box grows
         EXPECT_NEAR(blackShare(wipeMask(0, p)), (1 - p) * (1 - p), 1e-3); // that of the items shrinks
         EXPECT_NEAR(blackShare(transitionMask(12, p)), 1 - p, 0.01);
-        EXPECT_NEAR(blackShare(transitionMask(15, p)), int((1 - p) * 8) / 8.0, 1e-6);
         EXPECT_NEAR(blackShare(transitionMask(17, p)), 1 - p, 1e-3);
         EXPECT_NEAR(blackShare(wipeMask(7, p)), 1 - p, 1e-3);
-        int rows = 0;
-        for (const auto& [y, height] : remainingBars(p))
-            rows += std::min(height, side - y);
-        EXPECT_NEAR(blackShare(transitionMask(16, p)), rows / double(side), 1e-6);
     }
     EXPECT_NEAR(blackShare(transitionMask(20, 0.25)), 0.75, 1e-3);
     EXPECT_NEAR(blackShare(wipeMask(8, 0.5)), 0.5, 1e-3);
@@ -105,40 +100,24 @@ TEST(TransitionMask, CoversTheShareThatIsLeft)
 
 TEST(TransitionMask, PutsTheShapesWhereTheyBelong)
 {
-    const QImage box = transitionMask(11, 0.5);
-    EXPECT_EQ(blackAt(box, 256, 130), 1);
-    EXPECT_EQ(blackAt(box, 256, 126), 0);
-    EXPECT_EQ(blackAt(box, 130, 256), 1);
-
-    const QImage checkers = transitionMask(12, 0.5); // cells of 102.4 by 51.2; the right half of each is left
-    EXPECT_EQ(blackAt(checkers, 30, 20), 0);
-    EXPECT_EQ(blackAt(checkers, 80, 20), 1);
-    EXPECT_EQ(blackAt(checkers, 30, 70), 1); // odd rows stand half a cell to the left
-    EXPECT_EQ(blackAt(checkers, 80, 70), 0);
-    EXPECT_EQ(blackAt(checkers, 480, 70), 0);
-    EXPECT_EQ(blackAt(checkers, 440, 70), 1);
-
-    const QImage steps = transitionMask(14, 0.75); // four steps
-    EXPECT_EQ(blackAt(steps, 511, 511), 1);
-    EXPECT_EQ(blackAt(steps, 400, 500), 1);
-    EXPECT_EQ(blackAt(steps, 380, 500), 0);
-    EXPECT_EQ(blackAt(steps, 400, 440), 0);
-    EXPECT_EQ(blackAt(steps, 500, 440), 1);
-
-    const QImage split = transitionMask(17, 0.5);
-    EXPECT_EQ(blackAt(split, 0, 126), 0);
-    EXPECT_EQ(blackAt(split, 0, 130), 1);
-    EXPECT_EQ(blackAt(split, 511, 380), 1);
-
-    const QImage blinds = wipeMask(7, 0.5);
-    EXPECT_EQ(blackAt(blinds, 100, 20), 0);
-    EXPECT_EQ(blackAt(blinds, 100, 90), 1);
-
-    const QImage wheel = transitionMask(20, 0.75); // a quarter, from the top anticlockwise
-    EXPECT_EQ(blackAt(wheel, 5, 5), 1);
-    EXPECT_EQ(blackAt(wheel, 250, 10), 1);
-    EXPECT_EQ(blackAt(wheel, 262, 10), 0);
-    EXPECT_EQ(blackAt(wheel, 10, 262), 0);
+    struct Pixel
+    {
+        int x, y, black;
+    };
+    const auto expectAt = [](const QImage& mask, const char* shape, std::initializer_list<Pixel> pixels) {
+        for (const Pixel& pixel : pixels)
+            EXPECT_EQ(blackAt(mask, pixel.x, pixel.y), pixel.black) << shape << " " << pixel.x << " " << pixel.y;
+    };
+    expectAt(transitionMask(11, 0.5), "box", {{256, 130, 1}, {256, 126, 0}, {130, 256, 1}});
+    // Cells of 102.4 by 51.2; the right half of each is left, and odd rows stand half a cell to the left.
+    expectAt(transitionMask(12, 0.5), "checkers",
+             {{30, 20, 0}, {80, 20, 1}, {30, 70, 1}, {80, 70, 0}, {480, 70, 0}, {440, 70, 1}});
+    expectAt(transitionMask(14, 0.75), "four steps",
+             {{511, 511, 1}, {400, 500, 1}, {380, 500, 0}, {400, 440, 0}, {500, 440, 1}});
+    expectAt(transitionMask(17, 0.5), "split", {{0, 126, 0}, {0, 130, 1}, {511, 380, 1}});
+    expectAt(wipeMask(7, 0.5), "blinds", {{100, 20, 0}, {100, 90, 1}});
+    expectAt(transitionMask(20, 0.75), "a quarter, from the top anticlockwise",
+             {{5, 5, 1}, {250, 10, 1}, {262, 10, 0}, {10, 262, 0}});
 }
 
 TEST(TransitionMask, PicksTheCellsAndBarsOfTheCLibrarysNumbers)
@@ -146,34 +125,31 @@ TEST(TransitionMask, PicksTheCellsAndBarsOfTheCLibrarysNumbers)
     for (const double p : {0.1, 0.4, 0.7}) {
         const QImage mask = transitionMask(15, p);
         for (int row = 0; row < 8; ++row) {
-            std::srand(static_cast<unsigned>(row));
+            std::srand(row);
             std::vector<int> cells{0, 1, 2, 3, 4, 5, 6, 7};
-            for (int pick = 0; pick < static_cast<int>((1 - p) * 8); ++pick)
-                cells.erase(cells.begin() + std::rand() % static_cast<int>(cells.size()));
-            for (int column = 0; column < 8; ++column) {
-                const bool isGone = std::find(cells.begin(), cells.end(), column) != cells.end();
-                EXPECT_EQ(blackAt(mask, column * 64 + 32, row * 64 + 32), isGone ? 0 : 1) << row << " " << column;
-            }
+            for (int pick = 0; pick < int((1 - p) * 8); ++pick)
+                cells.erase(cells.begin() + std::rand() % int(cells.size()));
+            for (int column = 0; column < 8; ++column)
+                EXPECT_EQ(blackAt(mask, column * 64 + 32, row * 64 + 32),
+                          std::count(cells.begin(), cells.end(), column) ? 0 : 1)
+                    << row << " " << column;
         }
         const QImage bars = transitionMask(16, p);
-        std::vector<int> rows(side, 0);
-        for (const auto& [y, height] : remainingBars(p))
-            std::fill(rows.begin() + y, rows.begin() + std::min(y + height, side), 1);
+        const std::vector<bool> rows = remainingRows(p);
         for (int y = 0; y < side; ++y)
-            ASSERT_EQ(blackAt(bars, 300, y), rows[static_cast<std::size_t>(y)]) << "row " << y;
+            ASSERT_EQ(blackAt(bars, 300, y), rows[y]) << "row " << y;
     }
 }
 
 TEST(TransitionMask, LeavesNoSeamsAtTheBeginningAndNothingAtTheEnd)
 {
     for (int shape = 0; shape < maskShapeCount; ++shape) {
-        EXPECT_EQ(blackShare(wipeMask(shape, 1)), 0) << shape;
-        EXPECT_EQ(blackShare(wipeMask(shape, 1.5)), 0) << shape;
+        for (const double end : {1.0, 1.5})
+            EXPECT_EQ(blackShare(wipeMask(shape, end)), 0) << shape;
         // The staircase has 16 steps, the first outside: it leaves the last cell.
-        const bool isStaircase = shape == static_cast<int>(MaskShape::DiagonalSquares);
-        const double missing = isStaircase ? 1 / 64.0 : 0;
-        EXPECT_NEAR(blackShare(wipeMask(shape, 0)), 1 - missing, 1e-6) << shape;
-        EXPECT_NEAR(blackShare(wipeMask(shape, -0.5)), 1 - missing, 1e-6) << shape;
+        const double whole = shape == int(MaskShape::DiagonalSquares) ? 1 - 1 / 64.0 : 1;
+        for (const double beginning : {0.0, -0.5})
+            EXPECT_NEAR(blackShare(wipeMask(shape, beginning)), whole, 1e-6) << shape;
     }
 }
 

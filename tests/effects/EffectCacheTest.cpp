@@ -58,7 +58,6 @@ TEST_F(EffectCacheGL, aWrittenFileIsTrustedWithoutALookAtTheSource)
     const EffectPtr cached = compile(broken);
     ASSERT_TRUE(cached);
     EXPECT_TRUE(cached->GetVariableByName("unread").AsVector().IsValid());
-    EXPECT_TRUE(cached->GetTechniqueByName("Transprocess").GetPassByIndex(0).IsValid());
     EXPECT_EQ(cached->GetTechniqueByName("Transprocess").GetPassByIndex(0).Apply(*context), resultOk);
     EXPECT_EQ(content(), written);
 }
@@ -71,17 +70,17 @@ TEST_F(EffectCacheGL, anEmptyOrBrokenFileIsAMissAndStays)
     const std::string good = content();
     auto other = readCompiled(std::as_bytes(std::span(good)));
     ASSERT_TRUE(other);
+    const auto text = [&other] {
+        const auto bytes = writeCompiled(*other);
+        return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    };
     other->driver += " of tomorrow";
-    const auto otherBytes = writeCompiled(*other);
+    const std::string ofOtherDriver = text();
     other->driver = device->driverIdentity();
     for (std::byte& byte : other->binaries.at(0))
         byte ^= std::byte{0x55};
-    const auto refused = writeCompiled(*other);
-    const auto text = [](const std::vector<std::byte>& bytes) {
-        return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    };
-    for (const std::string& bad : {std::string(), std::string("rubbish"), good.substr(0, good.size() / 2), good + "x",
-                                   text(otherBytes), text(refused)}) {
+    for (const std::string& bad :
+         {std::string(), std::string("rubbish"), good.substr(0, good.size() / 2), good + "x", ofOtherDriver, text()}) {
         setContent(bad);
         EXPECT_FALSE(compile(broken)) << bad.size();
         EXPECT_TRUE(compile(mixEffect)) << bad.size();
@@ -91,15 +90,11 @@ TEST_F(EffectCacheGL, anEmptyOrBrokenFileIsAMissAndStays)
     EXPECT_TRUE(compile(broken));
 }
 
-TEST_F(EffectCacheGL, aFailureLeavesNoFile)
+TEST_F(EffectCacheGL, neitherAFailureNorAMissingFolderLeavesAFile)
 {
     EXPECT_FALSE(compile(broken));
     EXPECT_FALSE(compile(replaced(mixEffect, "* tint", "* taint")));
     EXPECT_TRUE(fs::is_empty(folder));
-}
-
-TEST_F(EffectCacheGL, aFolderThatCannotBeWrittenDoesNoHarm)
-{
     fs::remove_all(folder);
     EXPECT_TRUE(compile(mixEffect));
     EXPECT_FALSE(fs::exists(file));

@@ -14,6 +14,13 @@ using tavlo::test::replaced;
 
 namespace {
 
+void expectFault(const std::string& text, const std::string& fault)
+{
+    std::string error;
+    EXPECT_FALSE(parseEffect(text, "mix.fx", error)) << fault;
+    EXPECT_THAT(error, testing::HasSubstr(fault));
+}
+
 TEST(EffectSource, readsVariablesPassesAndShaders)
 {
     std::string error;
@@ -30,8 +37,7 @@ TEST(EffectSource, readsVariablesPassesAndShaders)
 
     ASSERT_EQ(effect.techniques.size(), 1U);
     EXPECT_EQ(effect.techniques[0].name, "Transprocess");
-    ASSERT_EQ(effect.techniques[0].passes.size(), 1U);
-    const BlendState& blend = effect.techniques[0].passes[0].blend;
+    const BlendState& blend = effect.techniques[0].passes.at(0).blend;
     EXPECT_EQ(blend.color, (BlendEquation{BlendFactor::SrcAlpha, BlendFactor::InvSrcAlpha, BlendOp::Add}));
     EXPECT_EQ(blend.alpha, (BlendEquation{BlendFactor::SrcAlpha, BlendFactor::DstAlpha, BlendOp::Add}));
     EXPECT_TRUE(blend.enabled);
@@ -105,32 +111,23 @@ TEST(EffectSource, namesFileAndLineOfAFault)
         {"[fragment mixed]", "[vertex quad]", "mix.fx:22: a shader of that name"},
         {"[common]", "[variables]", "mix.fx:15: stands twice"},
     };
-    for (const auto& fault : faults) {
-        std::string error;
-        EXPECT_FALSE(parseEffect(replaced(mixEffect, fault.what, fault.with), "mix.fx", error)) << fault.with;
-        EXPECT_THAT(error, testing::HasSubstr(fault.error)) << fault.with;
-    }
-    std::string error;
-    EXPECT_FALSE(parseEffect("", "empty.fx", error));
-    EXPECT_EQ(error, "empty.fx:1: no 'effect' line");
-    EXPECT_FALSE(parseEffect("effect 1\n[vertex v]\n", "none.fx", error));
-    EXPECT_THAT(error, testing::HasSubstr("no technique"));
-    EXPECT_FALSE(parseEffect("effect 1\n[technique T]\n", "none.fx", error));
-    EXPECT_THAT(error, testing::HasSubstr("a technique without a pass"));
+    for (const auto& fault : faults)
+        expectFault(replaced(mixEffect, fault.what, fault.with), fault.error);
+    expectFault("", "mix.fx:1: no 'effect' line");
+    expectFault("effect 1\n[vertex v]\n", "no technique");
+    expectFault("effect 1\n[technique T]\n", "a technique without a pass");
 }
 
 TEST(EffectSource, limitsHold)
 {
-    std::string many = "effect 1\n[variables]\n", error;
+    std::string many = "effect 1\n[variables]\n";
     for (int i = 0; i < 17; ++i)
         many += "texture t" + std::to_string(i) + "\n";
-    EXPECT_FALSE(parseEffect(many, "many.fx", error));
-    EXPECT_THAT(error, testing::HasSubstr("more than 16 textures"));
+    expectFault(many, "more than 16 textures");
     for (int i = 0; i < 300; ++i)
         many += "int i" + std::to_string(i) + "\n";
-    EXPECT_FALSE(parseEffect(many, "many.fx", error));
-    EXPECT_THAT(error, testing::HasSubstr("many.fx:259: more than 256 variables"));
-    EXPECT_FALSE(parseEffect("effect 1\n[technique " + std::string(65, 'n') + "]\n", "long.fx", error));
+    expectFault(many, "mix.fx:259: more than 256 variables");
+    expectFault("effect 1\n[technique " + std::string(65, 'n') + "]\n", "mix.fx:2: ");
 }
 
 TEST(DriverMessages, nameTheFilesLineInEveryForm)

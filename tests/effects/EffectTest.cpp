@@ -36,13 +36,17 @@ public:
 
     EffectPtr compile(const std::string& source)
     {
-        EffectPtr effect;
+        effect.reset();
         result = D3DX11CompileEffectFromMemory(*device, {source, "mix.fx", {}}, effect, errors);
         return effect;
     }
 
+    auto scalar(const char* name) const { return effect->GetVariableByName(name).AsScalar(); }
+    auto vector(const char* name) const { return effect->GetVariableByName(name).AsVector(); }
+    auto image(const char* name) const { return effect->GetVariableByName(name).AsShaderResource(); }
+
     // What a target of that colour holds after the effect was drawn over it.
-    Pixel drawn(const EffectPtr& effect, const Rgba& before = {0, 0, 0, 0}, std::uint32_t pass = 0)
+    Pixel drawn(const Rgba& before = {0, 0, 0, 0}, std::uint32_t pass = 0)
     {
         EXPECT_TRUE(context->clearRenderTarget(target, before));
         const Quad quad(*device, "color = vec4(0.0);"); // for its vertices
@@ -59,54 +63,55 @@ public:
     static auto near(const Pixel& pixel) { return testing::Pointwise(testing::DoubleNear(1.01), pixel); }
 
     TexturePtr first, second, target;
+    EffectPtr effect; // compiled last
     std::string errors;
     Result result = resultOk;
 };
 
 TEST_F(EffectGL, drawsWithItsVariablesAndBlendsAsItsPassSays)
 {
-    const EffectPtr effect = compile(mixEffect);
-    ASSERT_TRUE(effect) << errors;
-    EXPECT_EQ(effect->GetVariableByName("first").AsShaderResource().SetResource(first), resultOk);
-    EXPECT_EQ(effect->GetVariableByName("second").AsShaderResource().SetResource(second), resultOk);
-    EXPECT_EQ(effect->GetVariableByName("channel").AsScalar().SetInt(-1), resultOk);
-    EXPECT_THAT(drawn(effect), near({80, 65, 105, 255})); // amount begins at 0.25
+    ASSERT_TRUE(compile(mixEffect)) << errors;
+    EXPECT_EQ(image("first").SetResource(first), resultOk);
+    EXPECT_EQ(image("second").SetResource(second), resultOk);
+    EXPECT_EQ(scalar("channel").SetInt(-1), resultOk);
+    EXPECT_THAT(drawn(), near({80, 65, 105, 255})); // amount begins at 0.25
 
-    EXPECT_EQ(effect->GetVariableByName("amount").AsScalar().SetFloat(0.5F), resultOk);
+    EXPECT_EQ(scalar("amount").SetFloat(0.5F), resultOk);
     const std::array<float, 5> tint{1, 0.5F, 1, 0.6F, 99};
-    EXPECT_EQ(effect->GetVariableByName("tint").AsVector().SetFloatVector(tint), resultOk);
+    EXPECT_EQ(vector("tint").SetFloatVector(tint), resultOk);
     const double a = 0.6, under = 0.3;
-    EXPECT_THAT(drawn(effect, {0.1F, 0.2F, 0.4F, 0.3F}), near({120 * a + 25.5 * (1 - a), 25 * a + 51 * (1 - a),
-                                                               90 * a + 102 * (1 - a), 255 * (a * a + under * under)}));
+    EXPECT_THAT(drawn({0.1F, 0.2F, 0.4F, 0.3F}), near({120 * a + 25.5 * (1 - a), 25 * a + 51 * (1 - a),
+                                                       90 * a + 102 * (1 - a), 255 * (a * a + under * under)}));
 
     // A change between two draws is one that the second sees, and only it.
-    EXPECT_EQ(effect->GetVariableByName("channel").AsScalar().SetFloat(2.9F), resultOk);
-    EXPECT_EQ(effect->GetVariableByName("tint").AsVector().SetFloatVector(std::array<float, 4>{1, 1, 1, 1}), resultOk);
-    EXPECT_THAT(drawn(effect), near({90, 90, 90, 255}));
-    EXPECT_EQ(effect->GetVariableByName("amount").AsScalar().SetInt(1), resultOk);
-    EXPECT_EQ(effect->GetVariableByName("channel").AsScalar().SetInt(-1), resultOk);
-    EXPECT_EQ(effect->GetVariableByName("weights").AsScalar().SetFloatArray(std::array<float, 2>{1, 0.1F}), resultOk);
-    EXPECT_THAT(drawn(effect), near({225.5, 20, 60, 255}));
-    EXPECT_EQ(effect->GetVariableByName("second").AsShaderResource().SetResource(nullptr), resultOk);
-    EXPECT_THAT(drawn(effect, {0.2F, 0, 0, 0}), near({51, 0, 0, 0})); // zeros, alpha too
+    EXPECT_EQ(scalar("channel").SetFloat(2.9F), resultOk);
+    EXPECT_EQ(vector("tint").SetFloatVector(std::array<float, 4>{1, 1, 1, 1}), resultOk);
+    EXPECT_THAT(drawn(), near({90, 90, 90, 255}));
+    EXPECT_EQ(scalar("amount").SetInt(1), resultOk);
+    EXPECT_EQ(scalar("channel").SetInt(-1), resultOk);
+    EXPECT_EQ(scalar("weights").SetFloatArray(std::array<float, 2>{1, 0.1F}), resultOk);
+    EXPECT_THAT(drawn(), near({225.5, 20, 60, 255}));
+    EXPECT_EQ(image("second").SetResource(nullptr), resultOk);
+    EXPECT_THAT(drawn({0.2F, 0, 0, 0}), near({51, 0, 0, 0})); // zeros, alpha too
 }
 
 TEST_F(EffectGL, aVariantDrawsWhatTheGeneralProgramDraws)
 {
-    const EffectPtr plain = compile(mixEffect);
-    ASSERT_TRUE(plain) << errors;
     const std::string line = "pass quad mixed\n";
+    const EffectPtr plain = compile(mixEffect);
     const EffectPtr varied =
         compile(replaced(mixEffect, line, line + "    variant channel=1\n    variant channel=2\n"));
-    ASSERT_TRUE(varied) << errors;
+    ASSERT_TRUE(plain && varied) << errors;
     for (const int channel : {-1, 0, 1, 2, 1}) {
-        for (const EffectPtr& effect : {plain, varied}) {
-            effect->GetVariableByName("first").AsShaderResource().SetResource(first);
-            effect->GetVariableByName("second").AsShaderResource().SetResource(second);
-            effect->GetVariableByName("amount").AsScalar().SetFloat(0.125F * static_cast<float>(channel + 2));
-            effect->GetVariableByName("channel").AsScalar().SetInt(channel);
-        }
-        EXPECT_THAT(drawn(varied), near(drawn(plain))) << channel;
+        const auto drawnBy = [&](const EffectPtr& one) {
+            effect = one;
+            image("first").SetResource(first);
+            image("second").SetResource(second);
+            scalar("amount").SetFloat(0.125F * static_cast<float>(channel + 2));
+            scalar("channel").SetInt(channel);
+            return drawn();
+        };
+        EXPECT_THAT(drawnBy(varied), near(drawnBy(plain))) << channel;
     }
     // A shader that would not compile with the value of a variant shows that the variant is really another program.
     const std::string broken = replaced(mixEffect, "color[channel]", "vec2(1.0)[channel]");
@@ -114,43 +119,32 @@ TEST_F(EffectGL, aVariantDrawsWhatTheGeneralProgramDraws)
     EXPECT_FALSE(compile(replaced(broken, line, line + "    variant channel=7\n")));
 }
 
-TEST_F(EffectGL, whatIsNotThereIsInvalidAndFails)
+TEST_F(EffectGL, whatDoesNotFitIsInvalidAndFails)
 {
-    const EffectPtr effect = compile(mixEffect);
-    ASSERT_TRUE(effect) << errors;
+    ASSERT_TRUE(compile(mixEffect)) << errors;
     EXPECT_FALSE(effect->GetVariableByName("Amount").IsValid());
-    EXPECT_EQ(effect->GetVariableByName("Amount").AsScalar().SetFloat(1), resultFail);
-    EXPECT_EQ(effect->GetVariableByName("Amount").AsShaderResource().SetResource(first), resultFail);
-    EXPECT_TRUE(effect->GetVariableByName("unread").IsValid()); // declared, read by no shader
-    EXPECT_EQ(effect->GetVariableByName("unread").AsVector().SetFloatVector(std::array<float, 2>{}), resultOk);
+    EXPECT_EQ(scalar("Amount").SetFloat(1), resultFail);
+    EXPECT_EQ(image("Amount").SetResource(first), resultFail);
+    EXPECT_EQ(vector("unread").SetFloatVector(std::array<float, 2>{}), resultOk); // declared, read by no shader
 
-    const EffectVariable amount = effect->GetVariableByName("amount");
-    EXPECT_EQ(amount.AsVector().SetFloatVector(std::array<float, 4>{}), resultFail); // of another kind
-    EXPECT_EQ(amount.AsShaderResource().SetSampler(Sampler::NearestClamp), resultFail);
-    EXPECT_EQ(effect->GetVariableByName("first").AsScalar().SetInt(1), resultFail);
-    EXPECT_EQ(effect->GetVariableByName("tint").AsVector().SetFloatVector(std::array<float, 3>{}),
-              resultInvalidArgument);
-    EXPECT_EQ(effect->GetVariableByName("weights").AsScalar().SetFloatArray(std::array<float, 4>{}),
-              resultInvalidArgument);
-    EXPECT_EQ(effect->GetVariableByName("channel").AsScalar().SetFloat(std::numeric_limits<float>::quiet_NaN()),
-              resultOk);
-    EXPECT_EQ(effect->GetVariableByName("channel").AsScalar().SetFloat(-1e30F), resultOk);
+    EXPECT_EQ(vector("amount").SetFloatVector(std::array<float, 4>{}), resultFail); // of another kind
+    EXPECT_EQ(image("amount").SetSampler(Sampler::NearestClamp), resultFail);
+    EXPECT_EQ(scalar("first").SetInt(1), resultFail);
+    EXPECT_EQ(vector("tint").SetFloatVector(std::array<float, 3>{}), resultInvalidArgument);
+    EXPECT_EQ(scalar("weights").SetFloatArray(std::array<float, 4>{}), resultInvalidArgument);
+    EXPECT_EQ(scalar("channel").SetFloat(std::numeric_limits<float>::quiet_NaN()), resultOk);
+    EXPECT_EQ(scalar("channel").SetFloat(-1e30F), resultOk);
 
     EXPECT_FALSE(effect->GetTechniqueByName("transprocess").IsValid());
     EXPECT_EQ(effect->GetTechniqueByName("Transprocess").PassCount(), 1U);
     EXPECT_FALSE(effect->GetTechniqueByName("Transprocess").GetPassByIndex(1).IsValid());
     EXPECT_EQ(effect->GetTechniqueByName("none").GetPassByIndex(0).Apply(*context), resultFail);
-}
 
-TEST_F(EffectGL, theInputLayoutHasToFeedTheShader)
-{
-    const EffectPtr effect = compile(mixEffect);
-    ASSERT_TRUE(effect) << errors;
     const EffectPass pass = effect->GetTechniqueByName("Transprocess").GetPassByIndex(0);
     const InputElement position{Semantic::Position, Format::R32G32B32_FLOAT, 0};
     const InputElement texture{Semantic::TexCoord, Format::R32G32_FLOAT, 12};
     EXPECT_TRUE(pass.Accepts({position, texture}));
-    EXPECT_FALSE(pass.Accepts({position}));
+    EXPECT_FALSE(pass.Accepts({position})); // the shader reads more
     EXPECT_FALSE(EffectPass().Accepts({position, texture}));
 }
 
@@ -161,41 +155,43 @@ TEST_F(EffectGL, passesDifferInShadersAndTwoEffectsInValues)
     const EffectPtr a = compile(two), b = compile(two);
     ASSERT_TRUE(a && b) << errors;
     a->GetVariableByName("amount").AsScalar().SetFloat(0.8F);
-    EXPECT_THAT(drawn(a, {1, 0, 0, 0.2F}, 1), near({255, 204, 0, 51}));
-    EXPECT_THAT(drawn(b, {1, 0, 0, 0.2F}, 1), near({255, 63.75, 0, 51}));
-    EXPECT_THAT(drawn(a, {1, 0, 0, 0.2F}, 1), near({255, 204, 0, 51}));
+    for (const auto& [one, green] : {std::pair(a, 204.0), {b, 63.75}, {a, 204.0}}) {
+        effect = one;
+        EXPECT_THAT(drawn({1, 0, 0, 0.2F}, 1), near({255, green, 0, 51}));
+    }
 }
 
 TEST_F(EffectGL, nearestAndLinearDifferAndCanBeExchanged)
 {
-    const EffectPtr effect = compile(replaced(mixEffect, "amount = 0.25", "amount = 0"));
-    ASSERT_TRUE(effect) << errors;
-    effect->GetVariableByName("channel").AsScalar().SetInt(-1);
+    ASSERT_TRUE(compile(replaced(mixEffect, "amount = 0.25", "amount = 0"))) << errors;
+    scalar("channel").SetInt(-1);
     // Three columns of a target over two texels: the middle one samples between them.
     const TexturePtr halves = makeTexture(Format::R8G8B8A8_UNORM, 2, 1, Usage::Dynamic);
     ASSERT_TRUE(write(*context, halves, std::array<std::uint8_t, 8>{0, 0, 0, 255, 200, 200, 200, 255}));
-    EffectShaderResourceVariable variable = effect->GetVariableByName("first").AsShaderResource();
-    variable.SetResource(halves);
-    EXPECT_THAT(drawn(effect)[1], testing::AnyOf(0.0, 200.0));
-    variable.SetSampler(Sampler::LinearClamp);
-    EXPECT_NEAR(drawn(effect)[1], 100, 2);
+    image("first").SetResource(halves);
+    EXPECT_THAT(drawn()[1], testing::AnyOf(0.0, 200.0));
+    image("first").SetSampler(Sampler::LinearClamp);
+    EXPECT_NEAR(drawn()[1], 100, 2);
 }
 
 TEST_F(EffectGL, faultsInShadersNameTheFilesLine)
 {
-    EXPECT_FALSE(compile(replaced(mixEffect, "mixOf(texture", "mixedOf(texture")));
-    EXPECT_EQ(result, resultFail);
-    EXPECT_THAT(errors, testing::HasSubstr("mix.fx:26: "));
-    EXPECT_FALSE(compile(replaced(mixEffect, "* tint", "* taint")));
-    EXPECT_THAT(errors, testing::HasSubstr("mix.fx:16: "));
-    EXPECT_FALSE(compile(replaced(mixEffect, "gl_Position = vec4", "gl_Position = vec5")));
-    EXPECT_THAT(errors, testing::HasSubstr("mix.fx:21: "));
-    EXPECT_FALSE(compile(replaced(mixEffect, "unread", "sample"))); // a word of GLSL's own
-    EXPECT_THAT(errors, testing::HasSubstr("mix.fx:7: "));
-    EXPECT_FALSE(compile(replaced(mixEffect, "in vec2 uv;\nout vec4", "in vec3 uv;\nout vec4")));
-    EXPECT_THAT(errors, testing::StartsWith("mix.fx:"));
-    EXPECT_FALSE(compile(replaced(mixEffect, "float   amount", "flaot amount")));
-    EXPECT_THAT(errors, testing::StartsWith("mix.fx:4: "));
+    const struct
+    {
+        std::string what, with, error;
+    } faults[] = {
+        {"mixOf(texture", "mixedOf(texture", "mix.fx:26: "},
+        {"* tint", "* taint", "mix.fx:16: "},
+        {"gl_Position = vec4", "gl_Position = vec5", "mix.fx:21: "},
+        {"unread", "sample", "mix.fx:7: "}, // a word of GLSL's own
+        {"in vec2 uv;\nout vec4", "in vec3 uv;\nout vec4", "mix.fx:"},
+        {"float   amount", "flaot amount", "mix.fx:4: "},
+    };
+    for (const auto& fault : faults) {
+        EXPECT_FALSE(compile(replaced(mixEffect, fault.what, fault.with)));
+        EXPECT_EQ(result, resultFail);
+        EXPECT_THAT(errors, testing::StartsWith(fault.error));
+    }
 }
 
 } // namespace

@@ -158,9 +158,9 @@ TEST_F(Take, OtherKindsShowWhatTheReferenceSays)
                 for (int x = 0; x < frameWidth; ++x) {
                     const reference::Vector uv{(x + 0.5) / frameWidth, (y + 0.5) / frameHeight};
                     const auto wanted = reference::transition(kind, ms / 1000.0, outgoing, incoming, {}, uv);
-                    const auto got = program.texel(x, y);
+                    const auto got = program.at(x, y);
                     const auto apart = [](double a, double b) { return std::abs(a - b) > 4 / 255.0; };
-                    wrong += apart(got.r, wanted.r) || apart(got.g, wanted.g) || apart(got.b, wanted.b);
+                    wrong += apart(got[0], wanted[0]) || apart(got[1], wanted[1]) || apart(got[2], wanted[2]);
                 }
             }
             EXPECT_LE(wrong, frameHeight / 2) << kind << " at " << ms << ": only an edge may fall on either side";

@@ -23,9 +23,9 @@ namespace {
 struct Report
 {
     qulonglong event;
-    QVariant result;
-    QVariant a1;
-    QVariant a2;
+    QVariant result, a1, a2;
+
+    bool operator==(const Report&) const = default;
 };
 
 class RecordingSink final : public tavlo::Implements<RecordingSink, ITavloPresentThreadSink>
@@ -49,8 +49,7 @@ public:
     std::vector<quint64> frameIds;
     std::vector<QThread*> threads;
     std::atomic<int> frames = 0;
-    int begins = 0;
-    int ends = 0;
+    int begins = 0, ends = 0;
 
     void waitForFrames(int count)
     {
@@ -63,13 +62,13 @@ protected:
     {
         TavloPresentThread::onThreadBegin();
         ++begins;
-        threads.push_back(QThread::currentThread());
+        noteThread();
     }
 
     bool onThreadStep(const quint64&, const quint64& frameId, const quint64&) override
     {
         frameIds.push_back(frameId);
-        threads.push_back(QThread::currentThread());
+        noteThread();
         ++frames;
         return false; // has no effect
     }
@@ -77,38 +76,57 @@ protected:
     void onThreadEnd() override
     {
         ++ends;
-        threads.push_back(QThread::currentThread());
+        noteThread();
         TavloPresentThread::onThreadEnd();
     }
 
     QVariant onThreadEvent(qulonglong event, QVariant&, QVariant& a2, QVariant&, QVariant&) override
     {
-        threads.push_back(QThread::currentThread());
+        noteThread();
         if (event == 2)
-            a2 = QStringLiteral("changed by the handler");
+            a2 = "changed by the handler";
         return QVariant(static_cast<int>(event) * 10);
     }
+
+private:
+    void noteThread() { threads.push_back(QThread::currentThread()); }
 };
 
-constexpr TavloPresentThreadMode unnamedMode = static_cast<TavloPresentThreadMode>(7);
+constexpr int posterCount = 4;
 
-/// Checks that every poster's events came once and in order, from the first on, and counts them.
-std::vector<int> countInOrder(const std::vector<Report>& reports, int posters)
+class FrameThreadTest : public testing::Test
 {
-    std::vector<int> counts(static_cast<size_t>(posters), 0);
-    for (const Report& report : reports) {
-        int& expected = counts[static_cast<size_t>(report.a1.toInt())];
-        EXPECT_EQ(report.a2.toInt(), expected) << "of poster " << report.a1.toInt();
-        ++expected;
+protected:
+    /// Each poster goes on while `more` says so.
+    std::vector<std::thread> startPosters(std::function<bool(int)> more)
+    {
+        std::vector<std::thread> posters;
+        for (int poster = 0; poster < posterCount; ++poster) {
+            posters.emplace_back([this, more, poster] {
+                for (int i = 0; more(i); ++i)
+                    engine.postEvent(1, poster, i);
+            });
+        }
+        return posters;
     }
-    return counts;
-}
+
+    /// Checks that every poster's events came once and in order, from the first on, and counts them.
+    std::vector<int> countInOrder()
+    {
+        std::vector<int> counts(posterCount, 0);
+        for (const Report& report : sink.reports)
+            EXPECT_EQ(report.a2.toInt(), counts[report.a1.toUInt()]++) << "of poster " << report.a1.toInt();
+        return counts;
+    }
+
+    RecordingSink sink;
+    TestEngine engine;
+};
 
 } // namespace
 
-TEST(FrameThreadTest, RateBecomesAnInterval)
+TEST_F(FrameThreadTest, RateBecomesAnInterval)
 {
-    TestEngine engine;
     EXPECT_EQ(engine.frameInterval(), 40000U);
     const std::vector<std::pair<float, quint64>> rates{{25.0F, 40000}, {30.0F, 33333}, {50.0F, 20000},
                                                        {0.0F, 15625},  {-5.0F, 15625}, {2e6F, 0}};
@@ -118,10 +136,8 @@ TEST(FrameThreadTest, RateBecomesAnInterval)
     }
 }
 
-TEST(FrameThreadTest, RunsEverythingOnOneThreadAndCanStartAgain)
+TEST_F(FrameThreadTest, RunsEverythingOnOneThreadAndCanStartAgain)
 {
-    TestEngine engine;
-    RecordingSink sink;
     engine.setFps(1000.0F);
     for (int run = 1; run <= 3; ++run) {
         engine.frameIds.clear();
@@ -148,10 +164,8 @@ TEST(FrameThreadTest, RunsEverythingOnOneThreadAndCanStartAgain)
     EXPECT_EQ(sink.reports.size(), 3U);
 }
 
-TEST(FrameThreadTest, WhatItStartsHasNormalPriority)
+TEST_F(FrameThreadTest, WhatItStartsHasNormalPriority)
 {
-    TestEngine engine;
-    RecordingSink sink;
     int own = SCHED_OTHER, started = -1;
     sink.then = [&] {
         own = sched_getscheduler(0) & ~SCHED_RESET_ON_FORK;
@@ -166,81 +180,55 @@ TEST(FrameThreadTest, WhatItStartsHasNormalPriority)
     EXPECT_EQ(own, SCHED_RR);
 }
 
-TEST(FrameThreadTest, ReportsResultAndArgumentsAsTheHandlerLeftThem)
+TEST_F(FrameThreadTest, ReportsResultAndArgumentsAsTheHandlerLeftThem)
 {
-    TestEngine engine;
-    RecordingSink sink;
-    engine.postEvent(9, QStringLiteral("before start"));
+    engine.postEvent(9, "before start");
     engine.start(&sink, TavloPresentThreadModeThread);
     engine.postEvent(1, 11, 12);
     engine.postEvent(2, 21, 22);
     engine.stop();
-    engine.postEvent(9, QStringLiteral("after stop"));
+    engine.postEvent(9, "after stop");
     QCoreApplication::processEvents();
 
     ASSERT_EQ(sink.reports.size(), 2U);
-    EXPECT_EQ(sink.reports[0].event, 1U);
-    EXPECT_EQ(sink.reports[0].result, QVariant(10));
-    EXPECT_EQ(sink.reports[0].a2, QVariant(12));
-    EXPECT_EQ(sink.reports[1].a1, QVariant(21));
-    EXPECT_EQ(sink.reports[1].a2, QVariant(QStringLiteral("changed by the handler")));
+    EXPECT_EQ(sink.reports[0], (Report{1, 10, 11, 12}));
+    EXPECT_EQ(sink.reports[1], (Report{2, 20, 21, "changed by the handler"}));
 }
 
-TEST(FrameThreadTest, EveryEventOfFourPostersIsReportedOnceAndInOrder)
+TEST_F(FrameThreadTest, EveryEventOfFourPostersIsReportedOnceAndInOrder)
 {
-    constexpr int posters = 4;
     constexpr int events = 25'000;
-    TestEngine engine;
-    RecordingSink sink;
     engine.setFps(200.0F);
     engine.start(&sink, TavloPresentThreadModeThread);
-    std::vector<std::thread> threads;
-    for (int poster = 0; poster < posters; ++poster) {
-        threads.emplace_back([&engine, poster] {
-            for (int i = 0; i < events; ++i)
-                engine.postEvent(1, poster, i);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    for (std::thread& poster : startPosters([](int i) { return i < events; }))
+        poster.join();
     engine.stop(); // with many still pending
-    EXPECT_EQ(countInOrder(sink.reports, posters), std::vector<int>(posters, events));
+    EXPECT_EQ(countInOrder(), std::vector<int>(posterCount, events));
 }
 
-TEST(FrameThreadTest, StopAmongPostersLosesNothingThatWasAccepted)
+TEST_F(FrameThreadTest, StopAmongPostersLosesNothingThatWasAccepted)
 {
-    constexpr int posters = 4;
-    TestEngine engine;
-    RecordingSink sink;
     engine.setFps(500.0F);
     for (int run = 0; run < 20; ++run) {
         sink.reports.clear();
         std::atomic<bool> posting = true;
         engine.start(&sink, TavloPresentThreadModeThread);
-        std::vector<std::thread> threads;
-        for (int poster = 0; poster < posters; ++poster) {
-            threads.emplace_back([&engine, &posting, poster] {
-                for (int i = 0; posting; ++i)
-                    engine.postEvent(1, poster, i);
-            });
-        }
+        auto posters = startPosters([&](int) { return posting.load(); });
         engine.waitForFrames(2);
         engine.stop();
         const size_t reported = sink.reports.size();
         posting = false;
-        for (std::thread& thread : threads)
-            thread.join();
+        for (std::thread& poster : posters)
+            poster.join();
         QCoreApplication::processEvents();
         EXPECT_EQ(sink.reports.size(), reported) << "nothing comes after stop";
-        countInOrder(sink.reports, posters);
+        countInOrder();
         ASSERT_FALSE(HasFailure()) << "run " << run;
     }
 }
 
-TEST(FrameThreadTest, StepModeRunsOnTheCallersThread)
+TEST_F(FrameThreadTest, StepModeRunsOnTheCallersThread)
 {
-    TestEngine engine;
-    RecordingSink sink;
     engine.doFrameStep();
     EXPECT_EQ(engine.frames, 0) << "not started";
     engine.start(&sink, TavloPresentThreadModeStep);
@@ -262,18 +250,16 @@ TEST(FrameThreadTest, StepModeRunsOnTheCallersThread)
     engine.doFrameStep();
     EXPECT_EQ(engine.frames, 3);
 
-    engine.start(nullptr, unnamedMode);
+    engine.start(nullptr, static_cast<TavloPresentThreadMode>(7));
     engine.doFrameStep();
     EXPECT_EQ(engine.frames, 4) << "one frame at the start, none from doFrameStep";
     engine.stop();
 }
 
-TEST(FrameThreadTest, AHandlerMayCallStop)
+TEST_F(FrameThreadTest, AHandlerMayCallStop)
 {
     const LogCapture log;
-    TestEngine engine;
-    RecordingSink sink;
-    sink.then = [&engine] { engine.stop(); };
+    sink.then = [&] { engine.stop(); };
 
     engine.start(&sink, TavloPresentThreadModeStep);
     engine.postEvent(1);

@@ -1,41 +1,28 @@
 #include "support/reference/Picture.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace tavlo::reference {
 
-double dot(Vector a, Vector b) { return a.x * b.x + a.y * b.y; }
-double length(Vector a) { return std::hypot(a.x, a.y); }
-double frac(double a) { return a - std::floor(a); }
-Vector frac(Vector a) { return {frac(a.x), frac(a.y)}; }
-double clamped(double a) { return std::clamp(a, 0.0, 1.0); }
-double lerp(double a, double b, double t) { return a + (b - a) * t; }
-Vector lerp(Vector a, Vector b, double t) { return a + (b - a) * t; }
-Colour lerp(Colour a, Colour b, double t) { return a * (1 - t) + b * t; }
-
-Colour Picture::texel(int x, int y) const
+Picture::Picture(int columns, int rows, std::span<const std::uint8_t> bytes) : Picture(columns, rows, Rgba{0, 0, 0, 1})
 {
-    if (bytes.empty())
-        return {};
-    x = std::clamp(x, 0, width - 1);
-    y = std::clamp(y, 0, height - 1);
-    const std::uint8_t* place =
-        bytes.data() +
-        (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 4;
-    return {place[0] / 255.0, place[1] / 255.0, place[2] / 255.0, place[3] / 255.0};
+    const std::size_t channels = bytes.size() / texels.size();
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        texels[i / channels][i % channels] = bytes[i] / 255.0;
 }
 
-Colour Picture::at(Vector uv) const
+Rgba Picture::at(Vector uv) const
 {
+    if (texels.empty())
+        return {};
     // Far outside is as good as just outside, and fits an int.
     const double x = std::clamp(uv.x * width - 0.5, -1.0, width + 1.0);
     const double y = std::clamp(uv.y * height - 0.5, -1.0, height + 1.0);
-    const int left = static_cast<int>(std::floor(x));
-    const int top = static_cast<int>(std::floor(y));
-    const Colour above = lerp(texel(left, top), texel(left + 1, top), x - left);
-    const Colour below = lerp(texel(left, top + 1), texel(left + 1, top + 1), x - left);
-    return lerp(above, below, y - top);
+    const double left = std::floor(x), top = std::floor(y);
+    const auto row = [&](double down) {
+        const int line = std::clamp(int(down), 0, height - 1);
+        return lerp(at(std::clamp(int(left), 0, width - 1), line), at(std::clamp(int(left) + 1, 0, width - 1), line),
+                    x - left);
+    };
+    return lerp(row(top), row(top + 1), y - top);
 }
 
 } // namespace tavlo::reference

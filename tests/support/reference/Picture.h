@@ -1,6 +1,12 @@
 #pragma once
 
+#include <QSizeF>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace tavlo::reference {
@@ -14,33 +20,40 @@ inline Vector operator+(Vector a, Vector b) { return {a.x + b.x, a.y + b.y}; }
 inline Vector operator-(Vector a, Vector b) { return {a.x - b.x, a.y - b.y}; }
 inline Vector operator*(Vector a, double s) { return {a.x * s, a.y * s}; }
 inline Vector operator/(Vector a, double s) { return {a.x / s, a.y / s}; }
-double dot(Vector a, Vector b);
-double length(Vector a);
-Vector frac(Vector a);
+inline double length(Vector a) { return std::hypot(a.x, a.y); }
+inline Vector lerp(Vector a, Vector b, double t) { return a + (b - a) * t; }
 
-struct Colour
+/// Red, green, blue, alpha, 0 to 1.
+using Rgba = std::array<double, 4>;
+
+inline Rgba operator+(Rgba p, const Rgba& q)
 {
-    double r = 0, g = 0, b = 0, a = 0;
-};
+    std::transform(p.begin(), p.end(), q.begin(), p.begin(), std::plus());
+    return p;
+}
+inline Rgba operator*(const Rgba& p, double s) { return {p[0] * s, p[1] * s, p[2] * s, p[3] * s}; }
+inline Rgba lerp(const Rgba& p, const Rgba& q, double t) { return p * (1 - t) + q * t; }
 
-inline Colour operator+(Colour p, Colour q) { return {p.r + q.r, p.g + q.g, p.b + q.b, p.a + q.a}; }
-inline Colour operator*(Colour p, double s) { return {p.r * s, p.g * s, p.b * s, p.a * s}; }
+inline double unit(double value) { return std::clamp(value, 0.0, 1.0); }
 
-double frac(double a);
-double clamped(double a); ///< to 0..1
-double lerp(double a, double b, double t);
-Vector lerp(Vector a, Vector b, double t);
-Colour lerp(Colour a, Colour b, double t);
-
-/// A picture in memory, RGBA, 8 bits each, top row first, sampled as a texture with linear filter and clamped
-/// addressing. An empty one gives zeros.
+/// A picture in memory, its top row first.
 struct Picture
 {
-    int width = 0, height = 0;
-    std::vector<std::uint8_t> bytes; ///< width · height · 4
+    Picture(int columns = 0, int rows = 0, Rgba fill = {}) : width(columns), height(rows), texels(columns * rows, fill)
+    {}
 
-    Colour texel(int x, int y) const; ///< 0..1; outside: the nearest inside
-    Colour at(Vector uv) const;
+    /// \param bytes  of red alone, opaque, or four a texel, red first
+    Picture(int columns, int rows, std::span<const std::uint8_t> bytes);
+
+    Rgba& at(int x, int y) { return texels[y * width + x]; }
+    const Rgba& at(int x, int y) const { return texels[y * width + x]; }
+    QSizeF size() const { return {double(width), double(height)}; }
+
+    /// As a texture gives it with linear filter and clamped addressing; of no size: zeros.
+    Rgba at(Vector uv) const;
+
+    int width, height;
+    std::vector<Rgba> texels;
 };
 
 } // namespace tavlo::reference

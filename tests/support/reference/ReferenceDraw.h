@@ -1,37 +1,13 @@
 #pragma once
 
+#include "support/reference/Picture.h"
+
 #include <tavlo/records/PictureRecords.h>
 #include <tavlo/records/ShowRecords.h>
-
-#include <QPointF>
-#include <QSizeF>
-
-#include <array>
-#include <cstdint>
-#include <span>
-#include <vector>
 
 /// What the draw object draws, told again in plain double-precision arithmetic: slow, one pixel after the other, and
 /// written without a look at a shader. Pictures keep their top row first.
 namespace tavlo::reference {
-
-/// Red, green, blue, alpha, 0 to 1.
-using Rgba = std::array<double, 4>;
-
-struct Picture
-{
-    Picture(int columns, int rows, Rgba fill = {});
-
-    /// \param channels  1: each byte is red, alpha is 1; 4: red first
-    Picture(int columns, int rows, int channels, std::span<const std::uint8_t> bytes);
-
-    Rgba& at(int x, int y) { return texels[static_cast<std::size_t>(y * width + x)]; }
-    const Rgba& at(int x, int y) const { return texels[static_cast<std::size_t>(y * width + x)]; }
-    QSizeF size() const { return {static_cast<double>(width), static_cast<double>(height)}; }
-
-    int width, height;
-    std::vector<Rgba> texels;
-};
 
 /// What an 8-bit target keeps of a colour: clamped and rounded.
 Rgba stored(const Rgba& color);
@@ -60,19 +36,16 @@ struct Input
 /// A picture whose texture is the picture itself.
 Input plain(const Picture& picture, bool flip = false, bool mirror = false);
 
-/// The colour at a place of the picture, 0 to 1, y downwards; flips and mirrors first.
-Rgba load(const Input& input, double u, double v);
-
 /// Where a picture lies in the target: pixels, y downwards.
 struct Placement
 {
-    QPointF topLeft, topRight, bottomLeft;
+    Vector topLeft, topRight, bottomLeft;
 
     /// The place in the picture of a place in the target; outside 0 to 1 beside the picture.
-    QPointF toPicture(QPointF target) const;
+    Vector toPicture(Vector target) const;
 
     /// Pixels from a place to the nearest edge, or to its straight continuation.
-    double distanceToEdge(QPointF target) const;
+    double distanceToEdge(Vector target) const;
 };
 
 /// As large as fits, in the middle.

@@ -13,7 +13,7 @@ std::vector<float> noise(size_t count, float amplitude, unsigned seed)
     std::minstd_rand generator(seed);
     std::vector<float> samples(count);
     for (float& s : samples)
-        s = amplitude * (static_cast<float>(generator()) / static_cast<float>(std::minstd_rand::max()) * 2.0F - 1.0F);
+        s = amplitude * (float(generator()) / float(std::minstd_rand::max()) * 2.0F - 1.0F);
     return samples;
 }
 
@@ -21,19 +21,15 @@ std::vector<float> sine(double frequency, double rate, size_t count, double ampl
 {
     std::vector<float> samples(count);
     for (size_t i = 0; i < count; ++i)
-        samples[i] = static_cast<float>(amplitude *
-                                        std::sin(2.0 * std::numbers::pi * frequency * static_cast<double>(i) / rate));
+        samples[i] = float(amplitude * std::sin(2.0 * std::numbers::pi * frequency * double(i) / rate));
     return samples;
 }
 
 std::vector<float> stereo(const std::vector<float>& left, const std::vector<float>& right)
 {
     std::vector<float> both;
-    both.reserve(left.size() * 2);
-    for (size_t i = 0; i < left.size(); ++i) {
-        both.push_back(left[i]);
-        both.push_back(right[i]);
-    }
+    for (size_t i = 0; i < left.size(); ++i)
+        both.insert(both.end(), {left[i], right[i]});
     return both;
 }
 

@@ -6,49 +6,44 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <utility>
 
 namespace tavlo::test {
 
 namespace {
 
-/// One band pass or notch, its coefficients computed on every sample.
-struct ReferenceFilter
+struct Biquad
 {
-    bool notch;
+    double b0 = 1, b1 = 0, b2 = 0, a1 = 0, a2 = 0;
     double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
 
-    double operator()(double x, double frequency, double quality, double rate)
+    double operator()(double x)
     {
-        const double w = 6.283185307179586 * frequency / rate;
-        const double alpha = std::sin(w) / (2.0 * quality);
-        const double b0 = notch ? 1.0 : alpha;
-        const double b1 = notch ? -2.0 * std::cos(w) : 0.0;
-        const double b2 = notch ? 1.0 : -alpha;
-        const double a0 = 1.0 + alpha;
-        const double a1 = -2.0 * std::cos(w);
-        const double a2 = 1.0 - alpha;
-        const double y = b0 / a0 * x + b1 / a0 * x1 + b2 / a0 * x2 - a1 / a0 * y1 - a2 / a0 * y2;
-        x2 = x1;
-        x1 = x;
-        y2 = y1;
-        y1 = y;
+        const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+        x2 = std::exchange(x1, x);
+        y2 = std::exchange(y1, y);
         return y;
     }
 };
 
-struct Band
+Biquad bandPass(const tagTavloAudioProcessParamVolcalCut& p, double rate, bool notch)
 {
-    double alpha, beta, gamma;
-};
+    const double w = 2 * std::numbers::pi * p.param_FilterFrequency / rate, cosine = -2.0 * std::cos(w);
+    const double alpha = std::sin(w) / (2.0 * p.param_FilterQ), a0 = 1.0 + alpha, a2 = (1.0 - alpha) / a0;
+    if (notch)
+        return {1.0 / a0, cosine / a0, 1.0 / a0, cosine / a0, a2};
+    return {alpha / a0, 0.0, -alpha / a0, cosine / a0, a2};
+}
 
-Band band(double f, double rate)
+/// A band of the equalizer; silent above half the rate.
+Biquad band(double f, double rate)
 {
     if (rate / 2 < f)
-        return {0, 0, 0};
+        return {0};
     const double k = std::sqrt(2.0), w = f * 2.0 * std::numbers::pi / rate, x = w / k;
     const double q = std::sin(x * (k - 1) / 2) * std::sin(x * (k + 1) / 2);
     const double d = std::sin(x) / 2 + q;
-    return {q / d, (std::sin(x) / 2 - q) / d, std::cos(w) * std::sin(x) / d};
+    return {q / d, 0, -q / d, -std::cos(w) * std::sin(x) / d, (std::sin(x) / 2 - q) / d};
 }
 
 double amplitude(double gain) { return (factor(std::clamp(gain, -20.0, 20.0)) - 1.0) * 0.25; }
@@ -66,19 +61,15 @@ public:
         ratio = std::pow(2.0, (p.centsPitchValue * 0.01 + p.semitonesPitchValue) / 12 + p.octavesPitchValue);
         const double fc = std::max(0.1 / rate, std::min(ratio, 1 / ratio));
         const double k = 1 / std::tan(fc * 3.1415926535 * 0.5);
-        b0 = 1 / (k + 1 + k * k);
-        b1 = 2 * b0;
-        a1 = 2 * (1 - k * k) * b0;
-        a2 = (1 - k + k * k) * b0;
+        const double b0 = 1 / (k + 1 + k * k);
+        lowPass[0] = lowPass[1] = {b0, 2 * b0, b0, 2 * (1 - k * k) * b0, (1 - k + k * k) * b0};
         dry = std::pow(2.0, p.dryMixValue / 6);
         wet = std::pow(2.0, p.wetMixValue / 6);
     }
 
     void frame(double& left, double& right)
     {
-        double s[2];
-        for (const int c : {0, 1})
-            s[c] = at(read, c);
+        double s[2]{at(read, 0), at(read, 1)};
         if (ratio >= 1) {
             const double p = read > write ? read - window : read;
             if (p >= write - crossfade && p < write)
@@ -89,14 +80,10 @@ public:
                 fade(s, (p - write) / crossfade, p + ratio < write + 1);
         }
         read = wrap(read + ratio);
-        double* io[2] = {&left, &right};
         for (const int c : {0, 1}) {
-            const double in = *io[c];
-            store[static_cast<size_t>(write + c * offset)] = filterOn && ratio > 1 ? lowPass(in, c) : in;
-            double out = s[c] * wet;
-            if (filterOn && ratio < 1)
-                out = lowPass(out, c);
-            *io[c] = in * dry + out;
+            double& io = c ? right : left;
+            store[write + c * offset] = filterOn && ratio > 1 ? lowPass[c](io) : io;
+            io = io * dry + (filterOn && ratio < 1 ? lowPass[c](s[c] * wet) : s[c] * wet);
         }
         if (++write >= base + window)
             write = base;
@@ -111,7 +98,7 @@ private:
         const int i = static_cast<int>(position);
         const int next = i >= base + window - 1 ? i + 1 - window : i + 1;
         const double f = position - i;
-        return (1 - f) * store[static_cast<size_t>(i + c * offset)] + f * store[static_cast<size_t>(next + c * offset)];
+        return (1 - f) * store[i + c * offset] + f * store[next + c * offset];
     }
     double wrap(double position) const { return position >= base + window ? position - window : position; }
     void fade(double* s, double t, bool jump)
@@ -121,21 +108,12 @@ private:
         if (jump)
             read = read + crossfade;
     }
-    double lowPass(double x, int c)
-    {
-        const double y = b0 * x + b1 * x1[c] + b0 * x2[c] - a1 * y1[c] - a2 * y2[c];
-        x2[c] = x1[c];
-        x1[c] = x;
-        y2[c] = y1[c];
-        y1[c] = y;
-        return y;
-    }
 
     std::vector<double> store = std::vector<double>(200000, 0.0);
     int write = base, window = 0, crossfade = 0;
-    double read = 0, ratio = 1, dry = 0, wet = 0, b0 = 0, b1 = 0, a1 = 0, a2 = 0;
+    double read = 0, ratio = 1, dry = 0, wet = 0;
     bool filterOn = false;
-    double x1[2]{}, x2[2]{}, y1[2]{}, y2[2]{};
+    Biquad lowPass[2];
 };
 
 } // namespace
@@ -145,8 +123,7 @@ double factor(double decibels) { return std::pow(10.0, decibels / 20.0); }
 std::vector<double> gateReference(const std::vector<float>& in, const tagTavloAudioProcessParamNoiseGate& p,
                                   double rate)
 {
-    const double open = std::pow(10.0, p.open_threshold_db / 20.0);
-    const double close = std::pow(10.0, p.close_threshold_db / 20.0);
+    const double open = factor(p.open_threshold_db), close = factor(p.close_threshold_db);
     const double decay = (open - close) / (rate * 0.013333334);
     const double attack = 1.0 / (p.attack_time_ms / 1000.0 * rate);
     const double release = 1.0 / (p.release_time_ms / 1000.0 * rate);
@@ -155,23 +132,15 @@ std::vector<double> gateReference(const std::vector<float>& in, const tagTavloAu
     std::vector<double> out;
     for (size_t i = 0; i < in.size(); i += 2) {
         const double peak = std::max(std::abs(in[i]), std::abs(in[i + 1]));
-        if (peak > open && !isOpen)
-            isOpen = true;
-        if (level < close && isOpen) {
-            held = 0.0;
-            isOpen = false;
-        }
-        level = (level > peak ? level : peak) - decay;
-        if (isOpen) {
+        isOpen = (isOpen || peak > open) && level >= close;
+        level = std::max(level, peak) - decay;
+        held = isOpen ? 0.0 : held + 1.0 / rate;
+        if (isOpen)
             attenuation += attack;
-        } else {
-            held += 1.0 / rate;
-            if (held > p.hold_time_ms / 1000.0)
-                attenuation -= release;
-        }
-        attenuation = attenuation < 0.0 ? 0.0 : attenuation > 1.0 ? 1.0 : attenuation;
-        out.push_back(in[i] * attenuation);
-        out.push_back(in[i + 1] * attenuation);
+        else if (held > p.hold_time_ms / 1000.0)
+            attenuation -= release;
+        attenuation = std::clamp(attenuation, 0.0, 1.0);
+        out.insert(out.end(), {in[i] * attenuation, in[i + 1] * attenuation});
     }
     return out;
 }
@@ -179,33 +148,20 @@ std::vector<double> gateReference(const std::vector<float>& in, const tagTavloAu
 std::vector<double> vocalCutReference(const std::vector<float>& in, const tagTavloAudioProcessParamVolcalCut& p,
                                       double rate)
 {
-    double a = 1, b = -1, c = -1, d = 1;
-    if (p.param_Pan < 0) {
-        a = std::pow(1 + p.param_Pan, 2);
-        b = -a;
-    }
-    if (p.param_Pan > 0) {
-        d = std::pow(1 - p.param_Pan, 2);
-        c = -d;
-    }
-    const double t = p.param_Level + 1;
-    a = a * (1 - t) + t;
-    b = b * (1 - t);
-    c = c * (1 - t);
-    d = d * (1 - t) + t;
-    ReferenceFilter notchL{true}, notchR{true}, bandL{false}, bandR{false};
+    const double ofLeft = std::pow(1 + std::min(p.param_Pan, 0.0), 2);
+    const double ofRight = std::pow(1 - std::max(p.param_Pan, 0.0), 2);
+    const double cut = -p.param_Level, kept = 1 - cut;
+    Biquad notchL = bandPass(p, rate, true), notchR = notchL, bandL = bandPass(p, rate, false), bandR = bandL;
     std::vector<double> out;
     for (size_t i = 0; i < in.size(); i += 2) {
         const double left = in[i], right = in[i + 1];
-        double m = a * left + c * right;
-        double n = b * left + d * right;
+        double m = kept * left + cut * (ofLeft * left - ofRight * right);
+        double n = kept * right + cut * (ofRight * right - ofLeft * left);
         if (p.param_FilterSwitch == 1) {
-            const double f = p.param_FilterFrequency, q = p.param_FilterQ;
-            m = bandL(m, f, q, rate) + notchL(left, f, q, rate);
-            n = bandR(n, f, q, rate) + notchR(right, f, q, rate);
+            m = bandL(m) + notchL(left);
+            n = bandR(n) + notchR(right);
         }
-        out.push_back(m);
-        out.push_back(n);
+        out.insert(out.end(), {m, n});
     }
     return out;
 }
@@ -215,28 +171,11 @@ std::vector<double> equalizerReference(const tagTavloEQualizerParam& p, double r
     std::vector<double> out(count, 0.0);
     out[0] = 0.25 * factor(p.preamp);
     for (size_t b = 0; b < static_cast<size_t>(p.bands); ++b) {
-        const Band c = band(equalizerCentres[b], rate);
-        double y1 = 0, y2 = 0;
-        for (size_t n = 0; n < count; ++n) {
-            const double x = (n == 0 ? 1.0 : 0.0) - (n == 2 ? 1.0 : 0.0);
-            const double y = c.alpha * x + c.gamma * y1 - c.beta * y2;
-            y2 = y1;
-            y1 = y;
-            out[n] += amplitude(p.gains[b]) * y * factor(p.preamp);
-        }
+        Biquad filter = band(equalizerCentres[b], rate);
+        for (size_t n = 0; n < count; ++n)
+            out[n] += amplitude(p.gains[b]) * filter(n == 0 ? 1.0 : 0.0) * factor(p.preamp);
     }
     return out;
-}
-
-double equalizerResponse(const tagTavloEQualizerParam& p, double frequency, double rate)
-{
-    const auto z1 = std::polar(1.0, -2.0 * std::numbers::pi * frequency / rate);
-    std::complex<double> sum = 0.25;
-    for (size_t b = 0; b < 10; ++b) {
-        const Band c = band(equalizerCentres[b], rate);
-        sum += amplitude(p.gains[b]) * c.alpha * (1.0 - z1 * z1) / (1.0 - c.gamma * z1 + c.beta * z1 * z1);
-    }
-    return std::abs(sum) * factor(p.preamp);
 }
 
 double response(const std::vector<float>& impulse, double frequency, double rate)

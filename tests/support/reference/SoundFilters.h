@@ -30,9 +30,6 @@ double factor(double decibels);
 /// What an impulse of 1 becomes, one channel.
 std::vector<double> equalizerReference(const tagTavloEQualizerParam& p, double rate, size_t count);
 
-/// What the transfer functions of the bands add up to.
-double equalizerResponse(const tagTavloEQualizerParam& p, double frequency, double rate);
-
 /// The magnitude of an impulse response.
 double response(const std::vector<float>& impulse, double frequency, double rate);
 

@@ -21,7 +21,7 @@ struct TransitionImages
 ///
 /// Everything a draw does is in it: the exchange of the pictures and of the position too. Written for reading, in
 /// doubles, one pixel after the other.
-Colour transition(int kind, double position, const Picture& outgoing, const Picture& incoming,
-                  const TransitionImages& images, Vector uv);
+Rgba transition(int kind, double position, const Picture& outgoing, const Picture& incoming,
+                const TransitionImages& images, Vector uv);
 
 } // namespace tavlo::reference
