@@ -1,7 +1,7 @@
 #include "Viewer.h"
+#include "support/TestClips.h"
 
 #include <QFile>
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -45,28 +45,21 @@ public:
                        .arg(port)
                        .toUtf8());
     }
-    ~RtmpServer() { kill(); }
 
     void start()
     {
         const QString folder = _folder.path() + QLatin1Char('/');
-        _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        _process.start(nginx, {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
-                               QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
-        ASSERT_TRUE(_process.waitForStarted());
+        _process.emplace(nginx, QStringList{"-p", folder, "-e", folder + "error.log", "-c", folder + "nginx.conf"});
+        ASSERT_TRUE(_process->isRunning());
         awaitListener(_port);
     }
 
-    void kill()
-    {
-        _process.kill();
-        _process.waitForFinished();
-    }
+    void kill() { _process.reset(); }
 
 private:
     const QTemporaryDir _folder;
     const int _port;
-    QProcess _process;
+    std::optional<Command> _process;
 };
 
 /// Takes some seconds: the pause in front of the second attempt is the real one.
