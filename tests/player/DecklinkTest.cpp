@@ -17,8 +17,9 @@ namespace {
 /// What stands in for the elements of a card was told, and what it does.
 struct FakeCard
 {
+    using Properties = std::map<std::string, std::string>;
     std::mutex lock;
-    std::map<std::string, std::string> properties, soundProperties;
+    Properties properties, soundProperties;
     GstElement* source = nullptr; ///< of pictures, the newest; not owned
 };
 
@@ -121,14 +122,12 @@ TEST(PlayerDecklink, ACardPlaysAndIsAwaitedWhenItFails)
     const size_t states = stage.sink.stateCount();
     {
         const std::lock_guard guard(card.lock);
-        const std::map<std::string, std::string> properties{{"device-number", "3"},
-                                                            {"mode", "1080p2997"},
-                                                            {"connection", "optical-sdi"},
-                                                            {"video-format", "8bit-yuv"},
-                                                            {"drop-no-signal-frames", "true"}};
-        const std::map<std::string, std::string> soundProperties{{"device-number", "3"}, {"connection", "embedded"}};
-        EXPECT_EQ(card.properties, properties);
-        EXPECT_EQ(card.soundProperties, soundProperties);
+        EXPECT_EQ(card.properties, (FakeCard::Properties{{"device-number", "3"},
+                                                         {"mode", "1080p2997"},
+                                                         {"connection", "optical-sdi"},
+                                                         {"video-format", "8bit-yuv"},
+                                                         {"drop-no-signal-frames", "true"}}));
+        EXPECT_EQ(card.soundProperties, (FakeCard::Properties{{"device-number", "3"}, {"connection", "embedded"}}));
         GST_ELEMENT_ERROR(card.source, RESOURCE, READ, ("the cable is out"), (nullptr));
     }
     ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateOpening, 0}, states));

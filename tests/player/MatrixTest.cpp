@@ -1,6 +1,7 @@
 // Frames of another matrix or range against the equations, pixel by pixel.
 
 #include "TavloCommonModule/player/PictureWriter.h"
+#include "shared/VlcPointers.h"
 
 #include <tavlo/records/MediaFormat.h>
 
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <random>
 
 namespace tavlo::test {
@@ -88,16 +88,11 @@ FramePtr noise(const Layout& layout, const Matrix& matrix, bool full, int width,
     return frame;
 }
 
-struct ReleasePicture
-{
-    void operator()(picture_t* picture) const { picture_Release(picture); }
-};
-
-std::unique_ptr<picture_t, ReleasePicture> written(const AVFrame& frame, quint32 chroma)
+PicturePtr written(const AVFrame& frame, quint32 chroma)
 {
     video_format_t format;
     video_format_Setup(&format, chroma, frame.width, frame.height, frame.width, frame.height, 1, 1);
-    std::unique_ptr<picture_t, ReleasePicture> picture(picture_NewFromFormat(&format));
+    PicturePtr picture(picture_NewFromFormat(&format));
     PictureWriter writer;
     writer.setChroma(chroma);
     EXPECT_TRUE(writer.write(frame, *picture));

@@ -231,33 +231,32 @@ private:
         static const QRegularExpression number(QStringLiteral("CSeq: *(\\d+)"));
         QString head =
             QStringLiteral("RTSP/1.0 200 OK\r\nCSeq: %1\r\nSession: 1\r\n").arg(number.match(request).captured(1));
-        QString body;
-        if (request.startsWith(QLatin1String("OPTIONS"))) {
+        const char* body = "";
+        if (request.startsWith(u"OPTIONS")) {
             head += QStringLiteral("Public: DESCRIBE, SETUP, PLAY, TEARDOWN\r\n");
-        } else if (request.startsWith(QLatin1String("DESCRIBE"))) {
-            body = QStringLiteral(
-                "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=a\r\nt=0 0\r\nm=video 0 RTP/AVP 33\r\na=control:a\r\n");
+        } else if (request.startsWith(u"DESCRIBE")) {
+            body = "v=0\r\no=- 0 0 IN IP4 127.0.0.1\r\ns=a\r\nt=0 0\r\nm=video 0 RTP/AVP 33\r\na=control:a\r\n";
             head += QStringLiteral("Content-Type: application/sdp\r\n");
-        } else if (request.startsWith(QLatin1String("SETUP"))) {
-            const bool overTcp = request.contains(QLatin1String("RTP/AVP/TCP"));
+        } else if (request.startsWith(u"SETUP")) {
+            const bool overTcp = request.contains(u"RTP/AVP/TCP");
             _wasAskedForTcp = _wasAskedForTcp || overTcp;
             EXPECT_TRUE(_wasAskedForTcp) << "datagrams are what networks lose";
-            static const QRegularExpression ports(QStringLiteral("client_port=(\\d+)"));
             if (_datagrams && overTcp) {
-                head.replace(QLatin1String("200 OK"), QLatin1String("461 Unsupported Transport"));
+                head.replace(QStringLiteral("200 OK"), QStringLiteral("461 Unsupported Transport"));
             } else if (_datagrams) {
-                _guestsPort = ports.match(request).captured(1).toInt();
-                head += QStringLiteral("Transport: RTP/AVP;unicast;client_port=%1-%2;server_port=%3-%4\r\n")
-                            .arg(_guestsPort)
-                            .arg(_guestsPort + 1)
+                const QString ports = request.section(QStringLiteral("client_port="), 1).section(u'\r', 0, 0);
+                _guestsPort = ports.section(u'-', 0, 0).toInt();
+                head += QStringLiteral("Transport: RTP/AVP;unicast;client_port=%1;server_port=%2-%3\r\n")
+                            .arg(ports)
                             .arg(_rtpPort)
                             .arg(_rtpPort + 1);
             } else {
                 head += QStringLiteral("Transport: RTP/AVP/TCP;unicast;interleaved=0-1\r\n");
             }
         }
-        plays = plays || request.startsWith(QLatin1String("PLAY"));
-        const QByteArray all = (head + QStringLiteral("Content-Length: %1\r\n\r\n").arg(body.size()) + body).toUtf8();
+        plays = plays || request.startsWith(u"PLAY");
+        head += QStringLiteral("Content-Length: %1\r\n\r\n").arg(qstrlen(body));
+        const QByteArray all = head.toUtf8() + body;
         return send(guest, all.constData(), static_cast<size_t>(all.size()), MSG_NOSIGNAL) == all.size();
     }
 

@@ -1,6 +1,5 @@
 #include "support/PlayerSink.h"
 
-#include "base/CTempldateHelper.h"
 #include "base/Clock.h"
 #include "shared/VlcTypes.h"
 #include "support/TestClips.h"
@@ -293,17 +292,11 @@ bool readersEnd()
     });
 }
 
-struct PlayerStage::Module
-{
-    CTempldateHelper<ITavloSourcePlayer> helper{"TavloCommonModule", "CreateTavloSourcePlayer"};
-};
-
-PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
+PlayerStage::PlayerStage()
 {
     ++stages;
-    if (!_module->helper.create())
-        return;
-    player = _module->helper.get();
+    EXPECT_TRUE(_module.create());
+    player = _module.get();
     player->setSink(&sink);
     info.enabled = 1;
     wanted.videoInfo.sourceWidth = 0;
@@ -312,7 +305,7 @@ PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
 
 PlayerStage::~PlayerStage()
 {
-    _module.reset();
+    _module.destroy();
     EXPECT_TRUE(--stages > 0 || readersEnd());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
-
+#include "base/CTempldateHelper.h"
 #include "support/HeldTime.h"
 
 #include <tavlo/InterfacePtr.h>
@@ -145,8 +145,7 @@ public:
     ITavloSourcePlayer* player = nullptr;
 
 private:
-    struct Module;
-    std::unique_ptr<Module> _module;
+    CTempldateHelper<ITavloSourcePlayer> _module{"TavloCommonModule", "CreateTavloSourcePlayer"};
 };
 
 } // namespace tavlo::test
