@@ -287,44 +287,37 @@ TEST(Record, GoesOnWhenItsFolderComesBack)
 class SmallDisk
 {
 public:
-    SmallDisk() { _mounted = mount("tmpfs", path().constData(), "tmpfs", 0, "size=16m") == 0; }
-    ~SmallDisk()
-    {
-        if (_mounted)
-            umount(path().constData());
-    }
+    ~SmallDisk() { umount(bytes().constData()); }
 
-    bool isThere() const { return _mounted; }
-    QByteArray path() const { return _folder.path().toUtf8(); }
+    bool mounts() const { return mount("tmpfs", bytes().constData(), "tmpfs", 0, "size=16m") == 0; }
+    QString path() const { return _folder.path(); }
 
     /// Leaves no room at all. \return whether it came to that
     bool fill()
     {
         QFile ballast(ballastPath());
-        const QByteArray block(4096, 'x');
-        if (!ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-            return false;
-        while (ballast.write(block) > 0) {
+        const bool opened = ballast.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        while (opened && ballast.write(QByteArray(4096, 'x')) > 0) {
         }
         return ballast.size() > 0;
     }
     void empty() { QFile::remove(ballastPath()); }
 
 private:
+    QByteArray bytes() const { return path().toUtf8(); }
     QString ballastPath() const { return _folder.filePath(QStringLiteral("ballast")); }
 
     const QTemporaryDir _folder;
-    bool _mounted = false;
 };
 
 TEST(Record, GoesOnInANewFileWhenAFullDiskHasRoomAgain)
 {
     SmallDisk disk;
-    if (!disk.isThere())
+    if (!disk.mounts())
         GTEST_SKIP() << "mounting a small file system is the administrator's";
     LogCapture log;
     Stage stage(Way::Pictures);
-    stage.start(record, Stage::param(QString::fromUtf8(disk.path())));
+    stage.start(record, Stage::param(disk.path()));
     int number = 50;
     stage.commit(0, number);
     ASSERT_TRUE(disk.fill());
@@ -340,7 +333,7 @@ TEST(Record, GoesOnInANewFileWhenAFullDiskHasRoomAgain)
     EXPECT_EQ(statistics.recordWritten + statistics.recordDropped, statistics.codedPictures);
     EXPECT_EQ(statistics.droppedPictures + statistics.encoderDropped, 0U);
 
-    const QStringList files = filesIn(QString::fromUtf8(disk.path()));
+    const QStringList files = filesIn(disk.path());
     ASSERT_EQ(files.size(), 2);
     const std::vector<int> before = decode(files[0]).numbers, behind = decode(files[1]).numbers;
     ASSERT_NO_FATAL_FAILURE(expectInARow(before, 50 - Programme::fps));

@@ -226,30 +226,6 @@ TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
 INSTANTIATE_TEST_SUITE_P(Streams, ServedNet, testing::ValuesIn(streams),
                          [](const auto& served) { return std::string(served.param.name); });
 
-TEST(StreamNet, APeerWhoWasKilledAndIsBackFollowsAgain)
-{
-    const int port = freePort();
-    const QString url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
-    Stage stage(Stage::Way::Pictures);
-    Param param = Stage::param(QString());
-    param.rtmp1Enabled = 1;
-    param.rtmp1Url = url;
-    int number = 0;
-    for (int life = 0; life < 2; ++life) {
-        Viewer viewer({"-listen", "1", "-i", url});
-        awaitListener(port);
-        if (life == 0)
-            stage.start(net, param);
-        expectToFollow(stage, viewer, number, 30);
-    }
-    EXPECT_EQ(stage.statistics().netReconnects, 1U);
-    const quint64 lost = stage.statistics().netDropped;
-    EXPECT_GT(lost, 0U);
-    while (stage.statistics().netState != tagTavloOutputStatistics::Waiting)
-        stage.commit(number++, 1);
-    EXPECT_GT(stage.statistics().netDropped, lost);
-}
-
 TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
 {
     const QTemporaryDir folder;
