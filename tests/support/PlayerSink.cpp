@@ -275,9 +275,12 @@ qint64 PlayerSink::queuedFrames()
 
 bool waitUntil(const std::function<bool()>& condition)
 {
-    for (int i = 0; i < 10'000 && !condition(); ++i)
+    for (int i = 0; i < 10'000; ++i) {
+        if (condition())
+            return true;
         QThread::msleep(10);
-    return condition();
+    }
+    return false;
 }
 
 bool readersEnd()
