@@ -1,6 +1,7 @@
 #include "OutputSupport.h"
 
 #include "shared/VlcPointers.h"
+#include "support/TestClips.h"
 
 #include <QFile>
 
@@ -53,17 +54,13 @@ class Reader
 public:
     explicit Reader(Decoded& result) : _result(result) {}
 
-    void read(const QString& url, const std::vector<std::pair<QByteArray, QByteArray>>& options)
+    void read(const QString& path)
     {
-        AVDictionary* dictionary = nullptr;
-        for (const auto& [name, value] : options)
-            av_dict_set(&dictionary, name.constData(), value.constData(), 0);
         AVFormatContext* context = nullptr;
-        const int opened = avformat_open_input(&context, url.toUtf8().constData(), nullptr, &dictionary);
-        av_dict_free(&dictionary);
+        const int opened = avformat_open_input(&context, path.toUtf8().constData(), nullptr, nullptr);
         _file.reset(context);
         if (opened < 0 || avformat_find_stream_info(context, nullptr) < 0) {
-            _result.error = QStringLiteral("cannot open ") + url;
+            _result.error = QStringLiteral("cannot open ") + path;
             return;
         }
         for (unsigned i = 0; i < context->nb_streams; ++i)
@@ -110,7 +107,7 @@ private:
         if (_result.numbers.empty())
             for (int field = 0; field < fields; ++field)
                 _result.colors.push_back(colorAt(frame, field));
-        _result.numbers.push_back(shownNumber(frame.data[0], frame.linesize[0], frame.width, frame.height));
+        _result.numbers.push_back(pictureNumber(frame.data[0], frame.width, frame.height, frame.linesize[0]));
         _result.times.push_back(time);
     }
 
@@ -119,11 +116,11 @@ private:
         const auto* samples = reinterpret_cast<const float*>(frame.data[0]);
         for (int i = 0; i < frame.nb_samples; ++i) {
             const double now = time + double{1} * i / frame.sample_rate;
-            if (std::abs(samples[i]) > 0.2F) {
-                if (now - _lastLoud > 0.1)
-                    _result.beeps.push_back(now);
-                _lastLoud = now;
-            }
+            if (std::abs(samples[i]) <= 0.2F)
+                continue;
+            if (now - _lastLoud > 0.1)
+                _result.beeps.push_back(now);
+            _lastLoud = now;
         }
         _result.samples += frame.nb_samples;
     }
@@ -136,16 +133,10 @@ private:
 
 } // namespace
 
-int shownNumber(const quint8* luma, int pitch, int width, int height)
+qint64 openPictures(const tagTavloOutputStatistics& now)
 {
-    int number = 0;
-    for (int bit = 0; bit < bits; ++bit) {
-        const quint8 value = luma[height / 4 * pitch + (2 * bit + 1) * width / (2 * bits)];
-        if (value > 90 && value < 160)
-            return -1;
-        number = 2 * number + (value >= 160 ? 1 : 0);
-    }
-    return number;
+    return static_cast<qint64>(now.committedPictures - now.droppedPictures - now.latePictures - now.encoderDropped -
+                               now.skippedPictures - now.codedPictures + now.repeatedPictures);
 }
 
 std::array<quint8, 3> Programme::fieldColor(int field)
@@ -240,11 +231,7 @@ void Stage::commit(int first, int count, bool awaits)
 
 void Stage::awaitCoded(int but)
 {
-    const auto open = [](const tagTavloOutputStatistics& now) { // never fewer than there are
-        return static_cast<qint64>(now.committedPictures - now.droppedPictures - now.latePictures - now.encoderDropped -
-                                   now.skippedPictures - now.codedPictures + now.repeatedPictures);
-    };
-    while (open(statistics()) > but)
+    while (openPictures(statistics()) > but)
         std::this_thread::sleep_for(std::chrono::microseconds(100));
 }
 
@@ -287,14 +274,19 @@ void Stage::awaitWritten()
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-Decoded decode(const QString& url, const std::vector<std::pair<QByteArray, QByteArray>>& options)
+Decoded decode(const QString& path)
 {
     Decoded result;
-    Reader(result).read(url, options);
-    QFile file(url);
+    Reader(result).read(path);
+    QFile file(path);
     if (file.open(QIODevice::ReadOnly))
-        result.plainIndex = url.endsWith(QStringLiteral(".mp4")) && file.read(4096).contains("mdat");
+        result.plainIndex = path.endsWith(QStringLiteral(".mp4")) && file.read(4096).contains("mdat");
     return result;
+}
+
+bool Decoded::beepsAt(double time) const
+{
+    return std::ranges::any_of(beeps, [time](double at) { return std::abs(at - time) < 0.020; });
 }
 
 std::vector<int> numbersFrom(int first, int count)

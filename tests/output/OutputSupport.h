@@ -12,8 +12,7 @@
 
 namespace tavlo::test {
 
-/// A programme that can be known again: each picture shows its number as 12 blocks, black or white, highest bit first,
-/// in its upper half, and fields of colour in the lower one. Every tenth second part of the sound is a tone, from the
+/// A programme that can be known again: each picture shows its number in its upper half as a test clip's does, and fields of colour in the lower one. Every tenth second part of the sound is a tone, from the
 /// moment on at which a picture's number is a multiple of `beepEvery`.
 struct Programme
 {
@@ -27,8 +26,8 @@ struct Programme
     static std::vector<qint16> sound(int number);       ///< two channels, the time of that picture
 };
 
-/// The number that a picture shows; -1 when it shows none. \param pitch  bytes from row to row
-int shownNumber(const quint8* luma, int pitch, int width, int height);
+/// Committed pictures that are neither coded nor counted as lost; never fewer than there are.
+qint64 openPictures(const tagTavloOutputStatistics& statistics);
 
 /// A target in one of three ways, into which a programme is committed no faster than it is coded.
 class Stage
@@ -89,9 +88,11 @@ struct Decoded
     qint64 samples = 0;                        ///< of one channel
     bool plainIndex = false;                   ///< an MP4 without fragments
     QString error;
+
+    bool beepsAt(double time) const; ///< within half a picture
 };
 
-Decoded decode(const QString& url, const std::vector<std::pair<QByteArray, QByteArray>>& options = {});
+Decoded decode(const QString& path);
 
 /// first, first + 1, ...
 std::vector<int> numbersFrom(int first, int count);

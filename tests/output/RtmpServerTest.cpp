@@ -1,7 +1,7 @@
 #include "Viewer.h"
+#include "support/TestClips.h"
 
 #include <QFile>
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ const QString rtmpModule = fileOfNginx(QStringLiteral("/usr/lib/nginx/modules/ng
 class RtmpServer
 {
 public:
-    explicit RtmpServer(int port) : _port(port)
+    explicit RtmpServer(int port)
     {
         QFile file(_folder.filePath(QStringLiteral("nginx.conf")));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
@@ -45,34 +45,29 @@ public:
                        .arg(port)
                        .toUtf8());
     }
-    ~RtmpServer() { kill(); }
 
     void start()
     {
         const QString folder = _folder.path() + QLatin1Char('/');
-        _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        _process.start(nginx, {QStringLiteral("-p"), folder, QStringLiteral("-e"), folder + QStringLiteral("error.log"),
-                               QStringLiteral("-c"), folder + QStringLiteral("nginx.conf")});
-        ASSERT_TRUE(_process.waitForStarted());
-        awaitListener(_port);
+        _process.emplace(nginx, QStringList{"-p", folder, "-e", folder + "error.log", "-c", folder + "nginx.conf"});
+        EXPECT_TRUE(_process->isRunning());
     }
 
-    void kill()
-    {
-        _process.kill();
-        _process.waitForFinished();
-    }
+    void kill() { _process.reset(); }
 
 private:
     const QTemporaryDir _folder;
-    const int _port;
-    QProcess _process;
+    std::optional<Command> _process;
 };
 
+class RtmpNet : public testing::TestWithParam<bool>
+{};
+
 /// Takes some seconds: the pause in front of the second attempt is the real one.
-TEST(StreamNet, AnRtmpServerThatWasKilledAndIsBackHandsOnEveryPicture)
+TEST_P(RtmpNet, AServerThatWasKilledAndIsBackHandsOnEveryPicture)
 {
-    if (!QFile::exists(nginx) || !QFile::exists(rtmpModule))
+    const bool isViewer = GetParam(); // rather than nginx
+    if (!isViewer && (!QFile::exists(nginx) || !QFile::exists(rtmpModule)))
         GTEST_SKIP() << "nginx and its RTMP module are not there";
     const int port = freePort();
     RtmpServer server(port);
@@ -80,17 +75,31 @@ TEST(StreamNet, AnRtmpServerThatWasKilledAndIsBackHandsOnEveryPicture)
     tagTavloPresentOutputParam param = Stage::param(QString());
     param.rtmp2Enabled = 1;
     param.rtmp2Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
+    const QStringList input =
+        (isViewer ? QStringList{"-listen", "1"} : QStringList()) + QStringList{"-i", param.rtmp2Url};
     int number = 0;
     for (int life = 0; life < 2; ++life) {
-        ASSERT_NO_FATAL_FAILURE(server.start());
+        std::optional<Viewer> viewer;
+        if (isViewer)
+            viewer.emplace(input);
+        else
+            server.start();
+        awaitListener(port);
         if (life == 0)
             stage.start(net, param);
-        Viewer viewer({QStringLiteral("-i"), param.rtmp2Url});
-        expectToFollow(stage, viewer, number, 30);
+        if (!viewer)
+            viewer.emplace(input);
+        ASSERT_NO_FATAL_FAILURE(expectToFollow(stage, *viewer, number, 30));
         server.kill();
     }
     EXPECT_EQ(stage.statistics().netReconnects, 1U);
-    EXPECT_GT(stage.statistics().netDropped, 0U);
+    const quint64 lost = stage.statistics().netDropped;
+    EXPECT_GT(lost, 0U);
+    while (stage.statistics().netState != tagTavloOutputStatistics::Waiting)
+        stage.commit(number++, 1);
+    EXPECT_GT(stage.statistics().netDropped, lost);
 }
+
+INSTANTIATE_TEST_SUITE_P(Servers, RtmpNet, testing::Bool());
 
 } // namespace

@@ -27,80 +27,7 @@ namespace {
 
 using namespace tavlo::test;
 
-constexpr int record = TavloPresentOutputTypeRecord;
-
-/// An encoder that gives no picture and stands still in `encode` until it is let go.
-class StalledEncoder final : public tavlo::Implements<StalledEncoder, ITavloVideoEncoder>
-{
-public:
-    static inline std::counting_semaphore<1000> mayEncode{0};
-    static inline std::atomic<int> encoded{0};
-
-    void init(quint32, ITavloVideoEncoderSink*, ITavloGraphicsContext*) override {}
-    bool open(const tagTavloVideoInfo&, const tagTavloPresentOutputParam&, quint32) override { return true; }
-    void close() override {}
-    void getExtraData(const quint8** data, int* size) override
-    {
-        static constexpr quint8 header = 1;
-        *data = &header;
-        *size = 1;
-    }
-    bool encode(const picture_t*, int, qint64, qint64) override
-    {
-        mayEncode.acquire();
-        ++encoded;
-        return true;
-    }
-    picture_t* acquirePicture(quint32, int) override { return nullptr; }
-    void submitPicture(picture_t*) override {}
-    void getStatistics(tagTavloOutputStatistics*) override {}
-};
-
-class Stalled final : public tavlo::Implements<Stalled, ITavloCodecAggregation>
-{
-public:
-    Stalled() { TavloCodecAggregationUtil::replace(this); }
-    ~Stalled() { TavloCodecAggregationUtil::replace(nullptr); }
-    void destroy() override {}
-    ITavloGraphicsContext* createGraphicsContext(TavloVideoEncodeImpl) override { return nullptr; }
-    ITavloVideoEncoder* createEncoder(TavloVideoEncodeImpl) override { return new StalledEncoder; }
-};
-
-TEST(OutputThreads, AStalledEncoderHoldsUpNoCommit)
-{
-    constexpr int pool = 4;
-    Stalled aggregation;
-    const QTemporaryDir folder;
-    Stage stage(Stage::Way::Pictures);
-    stage.start(record, Stage::param(folder.path()));
-    stage.commit(0, 50, false); // would never return if it waited
-    EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
-    EXPECT_EQ(stage.statistics().droppedBlocks, 0U);
-    StalledEncoder::mayEncode.release(500);
-    stage.stop(TavloPresentOutputTypeNet); // comes behind what waited
-    EXPECT_EQ(StalledEncoder::encoded, pool);
-    stage.commit(50, pool, false);
-    stage.stop(record);
-    EXPECT_EQ(StalledEncoder::encoded, 2 * pool);
-    EXPECT_EQ(stage.statistics().droppedPictures, quint64{50 - pool});
-}
-
-TEST(OutputThreads, AnEndThatTakesLongIsTold)
-{
-    Stalled aggregation;
-    const LogCapture log;
-    const QTemporaryDir folder;
-    std::optional<Stage> stage(std::in_place, Stage::Way::Pictures);
-    stage->start(record, Stage::param(folder.path()));
-    stage->commit(0, 1, false);
-    std::thread release([&log] {
-        while (log.count("wait thread timeout: TavloPresentThread::stop") == 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        StalledEncoder::mayEncode.release();
-    });
-    stage.reset();
-    release.join();
-}
+constexpr int record = TavloPresentOutputTypeRecord, net = TavloPresentOutputTypeNet;
 
 /// Where pictures and what is coded of them pass as long as nobody holds it.
 struct Gates
@@ -176,7 +103,23 @@ private:
     GatedEncoder* _encoder;
 };
 
-TEST(OutputThreads, WhatAStalledEncoderMissedIsFilledAndAllGoesOn)
+TEST(OutputThreads, AnEndThatTakesLongIsTold)
+{
+    Gated aggregation;
+    const LogCapture log;
+    const QTemporaryDir folder;
+    std::optional<Stage> stage(std::in_place, Stage::Way::Pictures);
+    stage->start(record, Stage::param(folder.path()));
+    aggregation.gates.in.lock();
+    stage->commit(0, 1, false);
+    std::thread ending([&stage] { stage.reset(); });
+    while (log.count("wait thread timeout: TavloPresentThread::stop") == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    aggregation.gates.in.unlock();
+    ending.join();
+}
+
+TEST(OutputThreads, AStalledEncoderHoldsUpNoCommitAndWhatItMissedIsFilled)
 {
     const QTemporaryDir folder;
     Gated aggregation;
@@ -184,16 +127,16 @@ TEST(OutputThreads, WhatAStalledEncoderMissedIsFilledAndAllGoesOn)
     stage.start(record, Stage::param(folder.path()));
     stage.commit(0, 20);
     aggregation.gates.in.lock();
-    stage.commit(20, 75, false); // three seconds
+    stage.commit(20, 75, false); // three seconds; would never return if it waited
     EXPECT_GE(stage.statistics().droppedPictures, 75U - 5);
     aggregation.gates.in.unlock();
     const quint64 dropped = stage.statistics().droppedPictures;
-    stage.stop(TavloPresentOutputTypeNet); // comes behind what waited
+    stage.stop(net); // comes behind what waited
     stage.commit(95, 35);
     stage.stop(record);
     const tagTavloOutputStatistics statistics = stage.statistics();
     EXPECT_EQ(statistics.droppedPictures, dropped);
-    EXPECT_EQ(statistics.encoderDropped, 0U);
+    EXPECT_EQ(statistics.droppedBlocks + statistics.encoderDropped, 0U);
     EXPECT_EQ(statistics.repeatedPictures, dropped);
     EXPECT_EQ(statistics.codedPictures, 130U);
 
@@ -216,7 +159,7 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
         aggregation.gates.out.lock();
         for (int number = 0; number < 75; ++number) { // the sound of three seconds does not wait so long
             stage.commit(number, 1, false);
-            stage.stop(TavloPresentOutputTypeNet);
+            stage.stop(net);
         }
         aggregation.gates.out.unlock();
         stage.awaitCoded(); // what the encoder had no room for is lost, what comes now is not
@@ -229,9 +172,7 @@ TEST(OutputThreads, ARecordingBeginsThoughItsPicturesComeLongBehindTheirSound)
         EXPECT_EQ(decoded.numbers.front(), 0);
         EXPECT_EQ(decoded.numbers.back(), 99);
         EXPECT_NEAR(decoded.times.back() - decoded.times.front(), 99.0 / Programme::fps, 0.01) << mode;
-        const double tone = decoded.times[80]; // and the sound is where it belongs
-        EXPECT_TRUE(std::ranges::any_of(decoded.beeps, [tone](double at) { return std::abs(at - tone) < 0.02; }))
-            << mode;
+        EXPECT_TRUE(decoded.beepsAt(decoded.times[80])) << mode; // the sound is where it belongs
     }
 }
 
@@ -248,7 +189,7 @@ TEST(OutputThreads, ARecordingHasTheSoundOfPicturesThatAnEncoderLooksAheadFrom)
     stage.start(record, param);
     for (int number = 0; number < 120; ++number) {
         stage.commit(number, 1, false);
-        stage.stop(TavloPresentOutputTypeNet);
+        stage.stop(net);
     }
     EXPECT_LT(stage.statistics().codedPictures, 120U - 30);
     stage.stop(record);
@@ -263,14 +204,6 @@ qsizetype countOf(const char* what)
     return QDir(QStringLiteral("/proc/self/") + QLatin1String(what))
         .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)
         .size();
-}
-
-void expectEachInOneAccount(const tagTavloOutputStatistics& statistics)
-{
-    EXPECT_GT(statistics.committedPictures, 0U);
-    EXPECT_EQ(statistics.committedPictures, statistics.droppedPictures + statistics.latePictures +
-                                                statistics.encoderDropped + statistics.skippedPictures +
-                                                statistics.codedPictures - statistics.repeatedPictures);
 }
 
 TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
@@ -322,7 +255,8 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     for (const int index : {0, 1}) {
         for (const int type : types)
             stage.stop(type, index);
-        expectEachInOneAccount(stage.statistics(index));
+        EXPECT_GT(stage.statistics(index).committedPictures, 0U);
+        EXPECT_EQ(openPictures(stage.statistics(index)), 0);
     }
     constexpr qsizetype some = 8; // of GStreamer, which come and go; each output was begun more often
     EXPECT_LE(countOf("task"), threads + some);
@@ -332,28 +266,17 @@ TEST(OutputThreads, StartsAndStopsInAnyOrderWhilePicturesFlow)
     stage.start(record, param); // lost with no word
 }
 
-/// A file that cannot be opened for writing before somebody reads it.
-class Pipe
+/// Reads a pipe, which cannot be opened for writing before; returns when its writer has closed it.
+void readPipe(const QString& path)
 {
-public:
-    explicit Pipe(const QString& path) : _path(path.toUtf8()) { EXPECT_EQ(mkfifo(_path.constData(), 0600), 0); }
-
-    /// Returns when its writer has closed it.
-    void read() const
-    {
-        QFile file(QString::fromUtf8(_path));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_FALSE(file.readAll().isEmpty());
-    }
-
-private:
-    const QByteArray _path;
-};
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(file.readAll().isEmpty());
+}
 
 /// The stream's end writes its playlist, which is stuck until it is read.
 TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
 {
-    constexpr int net = TavloPresentOutputTypeNet;
     const QTemporaryDir folder;
     const QString list = folder.filePath(QStringLiteral("index.m3u8.tmp")); // while it is written
     Stage stage(Stage::Way::Pictures);
@@ -371,6 +294,7 @@ TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
             stage.awaitCoded(3); // the node has four buffers
         }
     };
+    const auto makePipe = [&] { EXPECT_EQ(mkfifo(list.toUtf8().constData(), 0600), 0); };
     const auto start = [&] { stage.target.startOutput(0, net, QVariant::fromValue(param)); };
     const auto awaitStreams = [&](int count) {
         while (log.count("hls sends to") < count)
@@ -379,36 +303,33 @@ TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
     stage.start(record, param);
     start();
     awaitStreams(1);
-    {
-        const Pipe pipe(list);
-        stage.target.stopOutput(0, net, false);
-        commit(20);
-        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
-        start(); // comes behind the end
-        commit(20);
-        EXPECT_EQ(log.count("hls sends to"), 1);
-        pipe.read();
-        awaitStreams(2);
-    }
-    {
-        const Pipe pipe(list);
-        std::atomic<bool> stopped{false};
-        std::thread stopping([&] {
-            stage.stop(net);
-            stopped = true;
-        });
-        commit(20);
-        EXPECT_FALSE(stopped);
-        pipe.read();
-        stopping.join();
-        EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
-    }
+    makePipe();
+    stage.target.stopOutput(0, net, false);
+    commit(20);
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
+    start(); // comes behind the end
+    commit(20);
+    EXPECT_EQ(log.count("hls sends to"), 1);
+    readPipe(list);
+    awaitStreams(2);
+
+    makePipe();
+    std::atomic<bool> stopped{false};
+    std::thread stopping([&] {
+        stage.stop(net);
+        stopped = true;
+    });
+    commit(20);
+    EXPECT_FALSE(stopped);
+    readPipe(list);
+    stopping.join();
+    EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Off);
     stage.stop(record);
     EXPECT_EQ(decode(folder.filePath(QStringLiteral("show.mp4"))).numbers, numbersFrom(0, number));
 
     stage.start(net, param);
     awaitStreams(3);
-    const Pipe pipe(list);
+    makePipe();
     stage.target.stopOutput(0, net, false);
     stage.stop(record); // comes behind the end of the encoder
     param.recordName = QStringLiteral("next");
@@ -418,7 +339,7 @@ TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
         stage.commit(number, 1, false);
     const int first = number++;
     commit(20);
-    std::thread reading([&] { pipe.read(); });
+    std::thread reading([&] { readPipe(list); });
     stage.target.destroy();
     reading.join();
     EXPECT_EQ(decode(folder.filePath(QStringLiteral("next.mp4"))).numbers, numbersFrom(first, 21));
@@ -427,7 +348,6 @@ TEST(OutputThreads, AStuckStreamThatIsStoppedHoldsUpNoRecording)
 /// Takes the two seconds for which they have patience.
 TEST(OutputThreads, StreamsWhoseServersSayNothingAreGivenUpAtTheirEnd)
 {
-    constexpr int net = TavloPresentOutputTypeNet;
     const std::array ports{freePort(), freePort()};
     Listener one(ports[0]), other(ports[1]);
     Stage stage(Stage::Way::Pictures);
@@ -470,18 +390,15 @@ TEST(OutputThreads, APlaceIsThereAsSoonAsTheLastOneHasLeftIt)
 TEST(OutputThreads, RefusesWhatIsNoOutput)
 {
     Stage stage(Stage::Way::Pictures);
-    {
-        const LogCapture log;
-        const QVariant param = QVariant::fromValue(tagTavloPresentOutputParam());
-        stage.target.startOutput(4, 0, param);
-        stage.target.startOutput(-1, 0, param);
-        stage.target.startOutput(0, 9, param);
-        stage.target.stopOutput(0, 0, true);
-        stage.commit(0, 20, false);
-        EXPECT_EQ(log.lines(), QStringList()); // without an output no buffer is asked for, and none is missing
-        stage.target.startOutput(0, 4, param);
-        EXPECT_EQ(log.lines().size(), 1);
-    }
+    const LogCapture log;
+    const QVariant param = QVariant::fromValue(tagTavloPresentOutputParam());
+    for (const auto& [index, type] : {std::pair(4, 0), std::pair(-1, 0), std::pair(0, 9)})
+        stage.target.startOutput(index, type, param);
+    stage.target.stopOutput(0, 0, true);
+    stage.commit(0, 20, false);
+    EXPECT_EQ(log.lines(), QStringList()); // without an output no buffer is asked for, and none is missing
+    stage.target.startOutput(0, 4, param);
+    EXPECT_EQ(log.lines().size(), 1);
     EXPECT_EQ(stage.statistics().droppedPictures, 0U);
 }
 

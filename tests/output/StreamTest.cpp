@@ -1,6 +1,8 @@
 #include "OutputSupport.h"
 #include "Viewer.h"
 #include "support/LogCapture.h"
+#include "support/LoopbackSocket.h"
+#include "support/TestClips.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,7 +12,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <sys/socket.h>
 #include <thread>
 
 namespace {
@@ -19,81 +20,14 @@ using namespace tavlo::test;
 
 constexpr int net = TavloPresentOutputTypeNet;
 
-struct Peer
-{
-    const char* name;
-    const char* url;
-    std::vector<std::pair<QByteArray, QByteArray>> options;
-    void (*enable)(tagTavloPresentOutputParam& param, const QString& url);
-};
-
-/// What a viewer sees who was there first.
-TEST(StreamNet, APeerSeesEveryPictureOnceItIsConnected)
-{
-    const std::vector<Peer> peers{
-        {"push2",
-         "tcp://127.0.0.1:%1",
-         {{"listen", "1"}},
-         [](tagTavloPresentOutputParam& param, const QString& address) {
-             param.push2Enabled = 1;
-             param.push2Paths[3] = address;
-         }},
-        {"rtmp1",
-         "rtmp://127.0.0.1:%1/live/key",
-         {{"listen", "1"}},
-         [](tagTavloPresentOutputParam& param, const QString& address) {
-             param.rtmp1Enabled = 1;
-             param.rtmp1Url = address;
-         }},
-        {"push",
-         "http://127.0.0.1:%1/output",
-         {{"listen", "1"}, {"method", "PUT"}},
-         [](tagTavloPresentOutputParam& param, const QString& address) {
-             param.pushEnabled = 1;
-             param.pushPath = address;
-         }},
-        {"push by POST",
-         "http://127.0.0.1:%1/output",
-         {{"listen", "1"}, {"method", "POST"}},
-         [](tagTavloPresentOutputParam& param, const QString& address) {
-             param.pushEnabled = 1;
-             param.pushPath = address;
-             param.outputFlag = 4;
-         }},
-    };
-    for (const Peer& peer : peers) {
-        Decoded decoded;
-        const int port = freePort();
-        const QString url = QString::fromLatin1(peer.url).arg(port);
-        std::thread viewer([&] { decoded = decode(url, peer.options); });
-        {
-            awaitListener(port);
-            Stage stage(Stage::Way::Pictures);
-            tagTavloPresentOutputParam param = Stage::param(QString());
-            peer.enable(param, url);
-            stage.start(net, param);
-            int number = 0;
-            while (stage.statistics().netState != tagTavloOutputStatistics::Running)
-                stage.commit(number++, 1);
-            stage.commit(number, 40);
-            stage.awaitWritten(); // an end would not wait for a machine that is slow
-            stage.stop(net);
-            viewer.join();
-            ASSERT_GE(decoded.numbers.size(), 40U) << peer.name;
-            // What was committed while the connection was being made may have been left out, nothing since then.
-            EXPECT_TRUE(std::ranges::is_sorted(decoded.numbers)) << peer.name;
-            EXPECT_EQ(std::vector(decoded.numbers.end() - 40, decoded.numbers.end()), numbersFrom(number, 40))
-                << peer.name;
-        }
-    }
-}
+using Param = tagTavloPresentOutputParam;
 
 TEST(StreamNet, WritesAPlaylistAndBeginsAnewInItsFolder)
 {
     const QTemporaryDir folder;
     int number = 105;
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
+    Param param = Stage::param(QString());
     param.hlsEnabled = 1;
     param.hlsDir = folder.path();
     param.hlsPath.clear();
@@ -130,128 +64,121 @@ TEST(StreamNet, WritesAPlaylistAndBeginsAnewInItsFolder)
     EXPECT_GE(numbers.empty() ? -1 : numbers.front(), first);
 }
 
-/// A stream that a viewer comes to, at any time.
+void http(Param& param, quint16 port)
+{
+    param.httpEnabled = 1;
+    param.httpPort = port;
+}
+
+void rtsp(Param& param, quint16 port)
+{
+    param.rtspEnabled = 1;
+    param.rtspPort = port;
+}
+
+void peer(Param& param, quint16 port)
+{
+    param.peerEnabled = 1;
+    param.peerAddress = QStringLiteral("127.0.0.1");
+    param.peerPort = port;
+    param.peerOption = QStringLiteral("tlpktdrop=0"); // a slow machine's packets are late
+}
+
+void push(Param& param, quint16 port)
+{
+    param.pushEnabled = 1;
+    param.pushPath = QStringLiteral("http://127.0.0.1:%1/output").arg(port);
+}
+
+/// A stream that a viewer comes to at any time, or that comes to him.
 struct Served
 {
     const char* name;
-    QStringList input; ///< %1 is a port
-    void (*enable)(tagTavloPresentOutputParam& param, quint16 port);
-    bool hasSound = true;
+    const char* input; ///< options and address; %1 is a port
+    void (*enable)(Param& param, quint16 port);
+    int pause = 10; ///< milliseconds between the pictures before he sees
     enum
     {
         WhenServed,
         WhenBound,
         First
     } comes = WhenServed;
-    int pause = 10; ///< milliseconds between the pictures before he sees
 };
 
 const std::vector<Served> streams{
-    {"HttpMpegTs",
-     {"-i", "http://127.0.0.1:%1/live/0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.httpEnabled = 1;
-         param.httpPort = port;
-     }},
-    {"HttpFlv",
-     {"-i", "http://127.0.0.1:%1/show.flv"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.httpEnabled = 1;
-         param.httpPort = port;
+    {"HttpMpegTs", "-i http://127.0.0.1:%1/live/0", http},
+    {"HttpFlv", "-i http://127.0.0.1:%1/show.flv",
+     [](Param& param, quint16 port) {
+         http(param, port);
          param.httpPaths[2] = QStringLiteral("show.flv");
      }},
-    {"Relay",
-     {"-f", "mpjpeg", "-i", "http://127.0.0.1:%1/relay"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
+    {"Relay", "-f mpjpeg -i http://127.0.0.1:%1/relay",
+     [](Param& param, quint16 port) {
          param.relayEnabled = 1;
          param.relayAddress = QStringLiteral("127.0.0.1:%1").arg(port);
          param.relayWidth = 96;
          param.relayBufferCount = 1000;
-     },
-     false},
-    {"Sdp",
-     {"-protocol_whitelist", "http,tcp,udp,rtp", "-i", "http://127.0.0.1:%1/live/0.sdp"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
+     }},
+    {"Sdp", "-protocol_whitelist http,tcp,udp,rtp -i http://127.0.0.1:%1/live/0.sdp",
+     [](Param& param, quint16 port) {
          param.sdpEnabled = 1;
          param.sdpPort = static_cast<quint16>(freePort());
          param.httpPort = port;
      }},
-    {"Rtsp",
-     {"-rtsp_transport", "tcp", "-i", "rtsp://127.0.0.1:%1/live/0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.rtspEnabled = 1;
-         param.rtspPort = port;
-     },
-     true,
-     Served::WhenServed,
-     40},
-    {"RtspUdp",
-     {"-rtsp_transport", "udp", "-buffer_size", "212992", "-i", "rtsp://127.0.0.1:%1/live/0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.rtspEnabled = 1;
-         param.rtspPort = port;
+    {"Rtsp", "-rtsp_transport tcp -i rtsp://127.0.0.1:%1/live/0", rtsp, 40},
+    {"RtspUdp", "-rtsp_transport udp -buffer_size 212992 -i rtsp://127.0.0.1:%1/live/0",
+     [](Param& param, quint16 port) {
+         rtsp(param, port);
          param.videoSettings[2] = 30; // one packet for most pictures: what may wait fits into the kernel's buffer
      },
-     true,
-     Served::WhenServed,
      40},
-    {"RtspHevcIpv6",
-     {"-rtsp_transport", "tcp", "-i", "rtsp://[::1]:%1/live/0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.rtspEnabled = 1;
-         param.rtspPort = port;
+    {"RtspHevcIpv6", "-rtsp_transport tcp -i rtsp://[::1]:%1/live/0",
+     [](Param& param, quint16 port) {
+         rtsp(param, port);
          param.videoCodec = 1;
-         param.outputFlag = 2;
      },
-     true,
-     Served::WhenServed,
      40},
-    {"HttpIpv6",
-     {"-i", "http://[::1]:%1/live/0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.httpEnabled = 1;
-         param.httpPort = port;
-         param.outputFlag = 2;
-     }},
-    {"Multicast",
-     {"-i", "udp://234.0.0.1:%1?localaddr=127.0.0.1"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
+    {"HttpIpv6", "-i http://[::1]:%1/live/0", http},
+    {"Multicast", "-i udp://234.0.0.1:%1?localaddr=127.0.0.1",
+     [](Param& param, quint16 port) {
          param.multicastEnabled = 1;
          param.multicastPort = port;
          param.multicastInterface = QStringLiteral("127.0.0.1");
      }},
-    {"PeerWhoCalls",
-     {"-i", "srt://127.0.0.1:%1?mode=caller&tlpktdrop=0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.peerEnabled = 1;
+    {"PeerWhoCalls", "-i srt://127.0.0.1:%1?mode=caller&tlpktdrop=0",
+     [](Param& param, quint16 port) {
+         peer(param, port);
          param.peerMode = 0;
          param.peerAddress.clear();
-         param.peerPort = port;
-         param.peerOption = QStringLiteral("tlpktdrop=0"); // a slow machine's packets are late
      },
-     true,
-     Served::WhenBound},
-    {"PeerWhoCallsIpv6",
-     {"-i", "srt://[::1]:%1?mode=caller&tlpktdrop=0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.peerEnabled = 1;
+     10, Served::WhenBound},
+    {"PeerWhoCallsIpv6", "-i srt://[::1]:%1?mode=caller&tlpktdrop=0",
+     [](Param& param, quint16 port) {
+         peer(param, port);
          param.peerMode = 0;
          param.peerAddress = QStringLiteral("::1");
-         param.peerPort = port;
-         param.peerOption = QStringLiteral("tlpktdrop=0");
      },
-     true,
-     Served::WhenBound},
-    {"PeerWhoIsCalled",
-     {"-i", "srt://127.0.0.1:%1?mode=listener&tlpktdrop=0"},
-     [](tagTavloPresentOutputParam& param, quint16 port) {
-         param.peerEnabled = 1;
-         param.peerAddress = QStringLiteral("127.0.0.1");
-         param.peerPort = port;
-         param.peerOption = QStringLiteral("tlpktdrop=0");
+     10, Served::WhenBound},
+    {"PeerWhoIsCalled", "-i srt://127.0.0.1:%1?mode=listener&tlpktdrop=0", peer, 10, Served::First},
+    {"Push", "-listen 1 -method PUT -i http://127.0.0.1:%1/output", push, 10, Served::First},
+    {"PushByPost", "-listen 1 -method POST -i http://127.0.0.1:%1/output",
+     [](Param& param, quint16 port) {
+         push(param, port);
+         param.outputFlag = 4;
      },
-     true,
-     Served::First},
+     10, Served::First},
+    {"Push2", "-listen 1 -i tcp://127.0.0.1:%1",
+     [](Param& param, quint16 port) {
+         param.push2Enabled = 1;
+         param.push2Paths[3] = QStringLiteral("tcp://127.0.0.1:%1").arg(port);
+     },
+     10, Served::First},
+    {"Rtmp", "-listen 1 -i rtmp://127.0.0.1:%1/live/key",
+     [](Param& param, quint16 port) {
+         param.rtmp1Enabled = 1;
+         param.rtmp1Url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
+     },
+     10, Served::First},
 };
 
 class ServedNet : public testing::TestWithParam<Served>
@@ -260,19 +187,21 @@ class ServedNet : public testing::TestWithParam<Served>
 TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
 {
     const Served& stream = GetParam();
-    if (stream.input.last().contains(QStringLiteral("[::1]")) && !hasIpv6())
-        GTEST_SKIP() << "no IPv6";
     const int port = freePort();
-    QStringList input = stream.input;
-    input.replaceInStrings(QStringLiteral("%1"), QString::number(port));
+    const QString input = QString::fromLatin1(stream.input).arg(port);
+    const bool isIpv6 = input.contains(QStringLiteral("[::1]"));
+    if (isIpv6 && !hasIpv6())
+        GTEST_SKIP() << "no IPv6";
+    const bool hasSound = !input.contains(QStringLiteral("/relay"));
     std::optional<Viewer> viewer;
     if (stream.comes == Served::First) {
-        viewer.emplace(input, stream.hasSound);
+        viewer.emplace(optionsOf(input), hasSound);
         awaitListener(port);
     }
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
+    Param param = Stage::param(QString());
     stream.enable(param, static_cast<quint16>(port));
+    param.outputFlag = isIpv6 ? 2 : param.outputFlag;
     stage.start(net, param);
     int number = 4;
     stage.commit(0, number); // the first pictures wait for their sound
@@ -281,43 +210,28 @@ TEST_P(ServedNet, AViewerWhoComesFollowsFromThereOn)
     while (stream.comes == Served::WhenServed && stage.statistics().netState != tagTavloOutputStatistics::Running)
         stage.commit(number++, 1);
     if (!viewer)
-        viewer.emplace(input, stream.hasSound);
-    expectToFollow(stage, *viewer, number, 50, stream.pause);
+        viewer.emplace(optionsOf(input), hasSound);
+    ASSERT_NO_FATAL_FAILURE(expectToFollow(stage, *viewer, number, 50, stream.pause));
+    if (stream.comes != Served::First || input.contains(QStringLiteral("srt:")))
+        return;           // to an end of datagrams nobody hears the last ones
+    stage.awaitWritten(); // an end would not wait for a machine that is slow
+    stage.stop(net);
+    while (viewer->look()) {
+    }
+    const std::vector<int>& seen = viewer->numbers();
+    ASSERT_GE(seen.size(), 50U);
+    EXPECT_EQ(std::vector(seen.end() - 50, seen.end()), numbersFrom(number - 50, 50));
 }
 
 INSTANTIATE_TEST_SUITE_P(Streams, ServedNet, testing::ValuesIn(streams),
                          [](const auto& served) { return std::string(served.param.name); });
-
-TEST(StreamNet, APeerWhoWasKilledAndIsBackFollowsAgain)
-{
-    const int port = freePort();
-    const QString url = QStringLiteral("rtmp://127.0.0.1:%1/live/key").arg(port);
-    Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
-    param.rtmp1Enabled = 1;
-    param.rtmp1Url = url;
-    int number = 0;
-    for (int life = 0; life < 2; ++life) {
-        Viewer viewer({"-listen", "1", "-i", url});
-        awaitListener(port);
-        if (life == 0)
-            stage.start(net, param);
-        expectToFollow(stage, viewer, number, 30);
-    }
-    EXPECT_EQ(stage.statistics().netReconnects, 1U);
-    const quint64 lost = stage.statistics().netDropped;
-    EXPECT_GT(lost, 0U);
-    while (stage.statistics().netState != tagTavloOutputStatistics::Waiting)
-        stage.commit(number++, 1);
-    EXPECT_GT(stage.statistics().netDropped, lost);
-}
 
 TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
 {
     const QTemporaryDir folder;
     const int port = freePort();
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
+    Param param = Stage::param(QString());
     param.hlsEnabled = 1;
     param.hlsDir = folder.path();
     param.hlsSegmentSeconds = 1;
@@ -333,14 +247,14 @@ TEST(StreamNet, ServesThePlaylistOfItsFolderAndNothingElse)
     QFile secret(folder.filePath(QStringLiteral("secret.txt")));
     ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
     QFile::link(QStringLiteral("/etc/passwd"), folder.filePath(QStringLiteral("link.ts")));
-    const QByteArray list = HttpReader(port, "/hls/0/index.m3u8").readAll();
+    const QByteArray list = httpGet(port, "/hls/0/index.m3u8");
     const QByteArray segment = list.mid(list.indexOf("\nindex") + 1).split('\n').front(); // the first one
     EXPECT_TRUE(segment.endsWith(".ts")) << list.constData();
     const QByteArray up = "/hls/0/..%2f..%2f" + QFileInfo(folder.path()).fileName().toUtf8() + "/" + segment;
     for (const QByteArray& path : {QByteArray("/hls/0/secret.txt"), QByteArray("/hls/0/link.ts"), up,
                                    QByteArray("/hls/0/"), QByteArray("/hls/0/index9.ts"), QByteArray("/hls")})
-        EXPECT_TRUE(HttpReader(port, path).readAll().left(20).contains(" 404 ")) << path.constData();
-    EXPECT_TRUE(HttpReader(port, "/hls/0/" + segment).readAll().contains("200 OK"));
+        EXPECT_TRUE(httpGet(port, path).left(20).contains(" 404 ")) << path.constData();
+    EXPECT_TRUE(httpGet(port, "/hls/0/" + segment).contains("200 OK"));
 }
 
 /// Takes some seconds: the pauses in front of the second attempts are the real ones.
@@ -352,9 +266,9 @@ TEST(StreamNet, APortThatAnotherProgramHasIsToldAndTakenWhenItIsFree)
     ASSERT_TRUE(list.open(QIODevice::WriteOnly));
     LogCapture log;
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
-    param.httpEnabled = param.hlsEnabled = 1;
-    param.httpPort = static_cast<quint16>(port);
+    Param param = Stage::param(QString());
+    http(param, static_cast<quint16>(port));
+    param.hlsEnabled = 1;
     param.hlsDir = folder.path();
     int number = 0;
     {
@@ -367,10 +281,10 @@ TEST(StreamNet, APortThatAnotherProgramHasIsToldAndTakenWhenItIsFree)
     while (log.count(" serves http://") < 2)
         stage.commit(number++, 1);
     EXPECT_EQ(stage.statistics().netState, tagTavloOutputStatistics::Running);
-    EXPECT_TRUE(HttpReader(port, "/hls/0/one.m3u8").readAll().contains("200 OK"));
+    EXPECT_TRUE(httpGet(port, "/hls/0/one.m3u8").contains("200 OK"));
     stage.stop(net);
     stage.start(net, param); // at once, though connections of before are not forgotten yet
-    EXPECT_TRUE(HttpReader(port, "/hls/0/one.m3u8").readAll().contains("200 OK"));
+    EXPECT_TRUE(httpGet(port, "/hls/0/one.m3u8").contains("200 OK"));
 }
 
 TEST(StreamNet, TellsWhyThereIsNoStreamAndNoSecret)
@@ -379,7 +293,7 @@ TEST(StreamNet, TellsWhyThereIsNoStreamAndNoSecret)
     const int port = freePort();
     const Listener other(port, SOCK_DGRAM);
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
+    Param param = Stage::param(QString());
     param.videoCodec = 1;
     param.httpEnabled = param.rtspEnabled = param.peerEnabled = param.push2Enabled = 1;
     param.httpPaths = {QStringLiteral("/show.flv")};
@@ -402,9 +316,8 @@ TEST(StreamNet, ASlowViewerLosesHisOwnDataAndComesBack)
 {
     const int port = freePort();
     Stage stage(Stage::Way::Pictures);
-    tagTavloPresentOutputParam param = Stage::param(QString());
-    param.httpEnabled = 1;
-    param.httpPort = static_cast<quint16>(port);
+    Param param = Stage::param(QString());
+    http(param, static_cast<quint16>(port));
     param.videoSettings[2] = 1;
     param.videoSettings[3] = 1; // large pictures fill the kernel's buffers soon
     stage.start(net, param);

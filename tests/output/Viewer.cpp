@@ -1,12 +1,9 @@
 #include "Viewer.h"
 
+#include "support/LoopbackSocket.h"
+#include "support/TestClips.h"
+
 #include <QFile>
-
-#include <gtest/gtest.h>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -17,14 +14,6 @@ namespace tavlo::test {
 namespace {
 
 constexpr int pictureBytes = Programme::width * Programme::height;
-sockaddr_in loopback(int port)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<quint16>(port));
-    return address;
-}
 
 bool isFree(int kind, int port)
 {
@@ -41,17 +30,13 @@ constexpr int ahead = 60; // pictures; fewer than any target lets wait, more tha
 
 Viewer::Viewer(const QStringList& input, bool hasSound)
 {
-    const QStringList sound{"-map", "0:a", "-f", "null", "-"}; // fails where there is none
-    const QString size = QStringLiteral("%1x%2").arg(Programme::width).arg(Programme::height);
+    const QString pictures = QStringLiteral("-map 0:v -fps_mode passthrough -s %1x%2 -f rawvideo -pix_fmt gray -");
+    QStringList arguments =
+        quietFfmpeg({"-threads", "1"}) + input + optionsOf(pictures.arg(Programme::width).arg(Programme::height));
+    if (hasSound)
+        arguments += optionsOf("-map 0:a -f null -"); // fails where there is none
     _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    _process.start(QStringLiteral("ffmpeg"),
-                   QStringList{QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-nostdin"),
-                               QStringLiteral("-threads"), QStringLiteral("1")} +
-                       input +
-                       QStringList{"-map", "0:v", "-fps_mode", "passthrough", "-s", size, "-f", "rawvideo", "-pix_fmt",
-                                   "gray", "-"} +
-                       (hasSound ? sound : QStringList()),
-                   QIODevice::ReadOnly);
+    _process.start(QStringLiteral("ffmpeg"), arguments, QIODevice::ReadOnly);
 }
 
 Viewer::~Viewer()
@@ -65,8 +50,8 @@ bool Viewer::look(int milliseconds)
     _process.waitForReadyRead(milliseconds);
     _bytes += _process.readAllStandardOutput();
     for (; _bytes.size() >= pictureBytes; _bytes.remove(0, pictureBytes))
-        _numbers.push_back(shownNumber(reinterpret_cast<const quint8*>(_bytes.constData()), Programme::width,
-                                       Programme::width, Programme::height));
+        _numbers.push_back(pictureNumber(reinterpret_cast<const quint8*>(_bytes.constData()), Programme::width,
+                                         Programme::height, Programme::width));
     return _process.state() != QProcess::NotRunning;
 }
 
@@ -93,33 +78,18 @@ void expectToFollow(Stage& stage, Viewer& viewer, int& number, int count, int pa
     EXPECT_EQ(std::vector(begin, viewer.numbers().end()), numbersFrom(first, seen));
 }
 
-bool hasIpv6()
+QByteArray httpGet(int port, const QByteArray& path)
 {
-    const int handle = socket(AF_INET6, SOCK_STREAM, 0);
-    sockaddr_in6 address{};
-    address.sin6_family = AF_INET6;
-    address.sin6_addr = in6addr_loopback;
-    const bool bound = bind(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-    close(handle);
-    return bound;
-}
-
-HttpReader::HttpReader(int port, const QByteArray& path) : _socket(socket(AF_INET, SOCK_STREAM, 0))
-{
+    const int handle = socket(AF_INET, SOCK_STREAM, 0);
     const sockaddr_in address = loopback(port);
-    EXPECT_EQ(connect(_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    EXPECT_EQ(connect(handle, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     const QByteArray request = "GET " + path + " HTTP/1.0\r\n\r\n"; // no chunks: what comes is the content
-    EXPECT_EQ(send(_socket, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
-}
-
-HttpReader::~HttpReader() { close(_socket); }
-
-QByteArray HttpReader::readAll()
-{
+    EXPECT_EQ(send(handle, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
     QByteArray bytes;
     std::array<char, 65'536> part{};
-    for (ssize_t count = 0; (count = recv(_socket, part.data(), part.size(), 0)) > 0;)
+    for (ssize_t count = 0; (count = recv(handle, part.data(), part.size(), 0)) > 0;)
         bytes.append(part.data(), count);
+    close(handle);
     return bytes;
 }
 

@@ -46,22 +46,9 @@ void expectToFollow(
 /// below those that the kernel gives to connections.
 int freePort();
 
-/// Whether this machine has a loopback address of IPv6.
-bool hasIpv6();
-
-/// Somebody who asks the server at a port of the loopback address for a path.
-class HttpReader
-{
-public:
-    HttpReader(int port, const QByteArray& path);
-    ~HttpReader();
-
-    /// All that comes from now on to the end of the connection, with HTTP's own lines.
-    QByteArray readAll();
-
-private:
-    int _socket;
-};
+/// What a server at a port of the loopback address answers to who asks for a path, to the end of the connection and with
+/// HTTP's own lines.
+QByteArray httpGet(int port, const QByteArray& path);
 
 /// Another program at a port of the loopback address, which it would share. It says nothing to those who come.
 class Listener

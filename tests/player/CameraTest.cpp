@@ -8,14 +8,9 @@
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
-#include <QThread>
-
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 
 namespace tavlo::test {
 namespace {
@@ -29,17 +24,7 @@ QByteArray md5(const QString& text) { return QCryptographicHash::hash(text.toUtf
 class Camera
 {
 public:
-    Camera() : _socket(listenOnLoopback(port))
-    {
-        _thread = std::thread([this] { serve(); });
-    }
-
-    ~Camera()
-    {
-        shutdown(_socket, SHUT_RDWR); // accept returns
-        _thread.join();
-        close(_socket);
-    }
+    int port() const { return _server.port(); }
 
     /// Waits until so many orders came, and gives them: path and body.
     std::vector<std::string> orders(size_t count)
@@ -59,16 +44,11 @@ public:
         _changed.notify_all();
     }
 
-    int port = 0;
-
 private:
-    void serve()
+    void serve(int guest)
     {
-        for (int guest = accept(_socket, nullptr, nullptr); guest >= 0; guest = accept(_socket, nullptr, nullptr)) {
-            const QByteArray answer = answerTo(request(guest));
-            EXPECT_EQ(write(guest, answer.constData(), static_cast<size_t>(answer.size())), answer.size());
-            close(guest);
-        }
+        const QByteArray answer = answerTo(request(guest));
+        EXPECT_EQ(write(guest, answer.constData(), static_cast<size_t>(answer.size())), answer.size());
     }
 
     static QByteArray request(int guest)
@@ -111,12 +91,11 @@ private:
         return "HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
     }
 
-    const int _socket;
-    std::thread _thread;
     std::mutex _lock;
     std::condition_variable _changed;
     std::vector<std::string> _orders; ///< guarded by _lock
     bool _held = false;               ///< the same
+    LoopbackServer _server{[this](int guest) { serve(guest); }};
 };
 
 /// A player of a camera whose pictures nobody sends.
@@ -136,31 +115,35 @@ TEST(PlayerCamera, IsMovedWithItsLogin)
     Camera camera;
     PlayerStage stage;
     EXPECT_EQ(stage.player->cloudTourControl(), nullptr);
-    playCamera(stage, camera.port);
+    playCamera(stage, camera.port());
     ICloudTourControl* const control = stage.player->cloudTourControl();
     ASSERT_NE(control, nullptr);
     EXPECT_EQ(control->start(), 0);
     const qint32 slow = 20, fast = 1000, place = 7;
+    const auto move = [](const char* pan, const char* tilt, const char* zoom) {
+        return std::string("PUT /ISAPI/PTZCtrl/channels/2/continuous <PTZData><pan>") + pan + "</pan><tilt>" + tilt +
+               "</tilt><zoom>" + zoom + "</zoom></PTZData>";
+    };
+    const auto focus = [](const char* value) {
+        return std::string("PUT /ISAPI/System/Video/inputs/channels/2/focus <FocusData><focus>") + value +
+               "</focus></FocusData>";
+    };
+    const std::string preset = "PUT /ISAPI/PTZCtrl/channels/2/presets/7";
     struct Order
     {
         qint32 operation;
         const qint32* value;
         std::vector<std::string> requests;
     };
-    const std::string move = "PUT /ISAPI/PTZCtrl/channels/2/continuous ",
-                      still = "<pan>0</pan><tilt>0</tilt><zoom>0</zoom>";
-    const std::string focus = "PUT /ISAPI/System/Video/inputs/channels/2/focus <FocusData><focus>";
     const std::vector<Order> orders{
-        {TavloCloudTourLeft, &slow, {move + "<PTZData><pan>-20</pan><tilt>0</tilt><zoom>0</zoom></PTZData>"}},
-        {TavloCloudTourRightUp, nullptr, {move + "<PTZData><pan>50</pan><tilt>50</tilt><zoom>0</zoom></PTZData>"}},
-        {TavloCloudTourZoomOut, &fast, {move + "<PTZData><pan>0</pan><tilt>0</tilt><zoom>-100</zoom></PTZData>"}},
-        {TavloCloudTourStop, nullptr, {move + "<PTZData>" + still + "</PTZData>"}},
-        {TavloCloudTourFocusNear, &slow, {focus + "-20</focus></FocusData>"}},
-        {TavloCloudTourStop, nullptr, {focus + "0</focus></FocusData>", move + "<PTZData>" + still + "</PTZData>"}},
-        {TavloCloudTourSetPreset,
-         &place,
-         {"PUT /ISAPI/PTZCtrl/channels/2/presets/7 <PTZPreset><id>7</id><presetName>7</presetName></PTZPreset>"}},
-        {TavloCloudTourGotoPreset, &place, {"PUT /ISAPI/PTZCtrl/channels/2/presets/7/goto"}},
+        {TavloCloudTourLeft, &slow, {move("-20", "0", "0")}},
+        {TavloCloudTourRightUp, nullptr, {move("50", "50", "0")}},
+        {TavloCloudTourZoomOut, &fast, {move("0", "0", "-100")}},
+        {TavloCloudTourStop, nullptr, {move("0", "0", "0")}},
+        {TavloCloudTourFocusNear, &slow, {focus("-20")}},
+        {TavloCloudTourStop, nullptr, {focus("0"), move("0", "0", "0")}},
+        {TavloCloudTourSetPreset, &place, {preset + " <PTZPreset><id>7</id><presetName>7</presetName></PTZPreset>"}},
+        {TavloCloudTourGotoPreset, &place, {preset + "/goto"}},
     };
     std::vector<std::string> expected;
     for (const Order& order : orders) {
@@ -180,9 +163,8 @@ TEST(PlayerCamera, IsAskedForTheStreamOfItsChannel)
     Camera camera;
     const LogCapture log;
     PlayerStage stage;
-    playCamera(stage, camera.port);
-    for (int i = 0; i < 6000 && log.count("trying again") == 0; ++i)
-        QThread::msleep(10);
+    playCamera(stage, camera.port());
+    EXPECT_TRUE(waitUntil([&] { return log.count("trying again") > 0; }));
     stage.player->stop();
     EXPECT_GE(log.count("failed to open rtsp://ad min@127.0.0.1:554/Streaming/Channels/201 - "), 1)
         << log.lines().join(u'\n').toStdString();
@@ -195,7 +177,7 @@ TEST(PlayerCamera, SlowAndStrangeOnes)
     const LogCapture log;
     Camera camera;
     PlayerStage stage;
-    playCamera(stage, camera.port);
+    playCamera(stage, camera.port());
     ICloudTourControl* const control = stage.player->cloudTourControl();
     ASSERT_NE(control, nullptr);
     camera.hold(true);
@@ -212,11 +194,11 @@ TEST(PlayerCamera, SlowAndStrangeOnes)
     stage.player->stop();
 
     PlayerStage stranger;
-    playCamera(stranger, camera.port, QStringLiteral("guessed"));
-    for (int i = 0; i < 6000 && log.count("doesn't do what it is told") == 0; ++i) {
+    playCamera(stranger, camera.port(), QStringLiteral("guessed"));
+    waitUntil([&] {
         stranger.player->cloudTourControl()->control(TavloCloudTourLeft, nullptr);
-        QThread::msleep(10);
-    }
+        return log.count("doesn't do what it is told") > 0;
+    });
     stranger.player->stop();
     EXPECT_EQ(log.count("doesn't do what it is told"), 1);
     EXPECT_EQ(camera.orders(2).size(), 2U);

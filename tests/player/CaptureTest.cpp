@@ -13,8 +13,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
-#include <cstring>
-#include <functional>
+#include <deque>
 #include <mutex>
 
 #include <fcntl.h>
@@ -61,7 +60,8 @@ struct FakeCamera
             static_cast<v4l2_streamparm*>(argument)->parm.capture = {V4L2_CAP_TIMEPERFRAME, 0, {1, rate}, 0, most, {}};
             return 0;
         case VIDIOC_REQBUFS:
-            forgetWaiting();
+            for (unsigned index = 0; takeWaiting(index);) {
+            }
             static_cast<v4l2_requestbuffers*>(argument)->count = most;
             return ftruncate(file, room() * most);
         case VIDIOC_QUERYBUF:
@@ -126,34 +126,25 @@ private:
         return pwrite(file, grey.data(), grey.size(), buffer.index * room()) < 0 ? -1 : 0;
     }
 
-    void forgetWaiting()
-    {
-        const std::scoped_lock lock(_lock);
-        _first = _count = 0;
-    }
-
     int await(unsigned index)
     {
         const std::scoped_lock lock(_lock);
-        _waiting[(_first + _count++) % most] = index;
+        _waiting.push_back(index);
         return 0;
     }
 
     bool takeWaiting(unsigned& index)
     {
         const std::scoped_lock lock(_lock);
-        if (_count == 0)
+        if (_waiting.empty())
             return false;
-        index = _waiting[_first++ % most];
-        --_count;
+        index = _waiting.front();
+        _waiting.pop_front();
         return true;
     }
 
     std::mutex _lock;
-
-    // guarded by _lock: buffers come back on the thread that decodes
-    std::array<unsigned, most> _waiting{};
-    unsigned _first = 0, _count = 0;
+    std::deque<unsigned> _waiting; ///< guarded by _lock: buffers come back on the thread that decodes
 };
 
 FakeCamera camera;
@@ -178,17 +169,6 @@ public:
     const QString folder = QStringLiteral("/dev/v4l/by-id");
     const QString name = QStringLiteral("tavlo-test-%1").arg(getpid());
 };
-
-/// Whether it comes about before something must hang.
-bool waitUntil(const std::function<bool()>& condition)
-{
-    for (int i = 0; i < 100'000; ++i) {
-        if (condition())
-            return true;
-        usleep(1000);
-    }
-    return false;
-}
 
 void playCamera(PlayerStage& stage, const QString& name, qint32 kind = TavloSourcePlayerKindCapture)
 {

@@ -46,34 +46,28 @@ TEST(PlayerFiles, ShowsEachPictureOnceWhateverTheFormat)
         SCOPED_TRACE(form.suffix.toStdString());
         const LogCapture log;
         PlayerStage stage;
-        ASSERT_TRUE(stage);
-        stage.holdTime(50, 1.0);
         stage.player->setRate(2);
-        stage.play({clipFile(form)});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0})) << log.lines().join(u'\n').toStdString();
-        stage.player->stop();
+        stage.info.hwDecode = form.suffix == QStringLiteral("mp4");
+        ASSERT_TRUE(stage.playToEnd({clipFile(form)}, 50, 1.0)) << log.lines().join(u'\n').toStdString();
         EXPECT_EQ(stage.sink.numbers(), run(0, 50, 50));
         EXPECT_EQ(log.count("left out"), 0);
+        EXPECT_EQ(log.count("player: decoding h264 with") + log.count("no graphics processor decodes this h264"),
+                  stage.info.hwDecode ? 1 : 0);
         expectEvenDates(stage.sink.pictures, 20'000);
         EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames), rate * 2.0 / 2, rate * 0.06);
-        EXPECT_EQ(stage.sink.videoStarts, 1);
-        EXPECT_EQ(stage.sink.videoStops, 1);
-        EXPECT_EQ(stage.sink.audioStarts, 1);
-        EXPECT_EQ(stage.sink.audioStops, 1);
+        EXPECT_EQ(std::pair(stage.sink.videoStarts, stage.sink.videoStops), std::pair(1, 1));
+        EXPECT_EQ(std::pair(stage.sink.audioStarts, stage.sink.audioStops), std::pair(1, 1));
     }
 }
 
 TEST(PlayerFiles, ListAndLoopHaveNoSeam)
 {
-    ClipForm first, second;
-    first.frames = 20;
-    second.frames = 15;
-    second.firstNumber = 20;
     PlayerStage stage;
     stage.holdTime();
     stage.sink.hasDevice = true;
-    stage.play({clipFile(first), clipFile(second)}, true);
+    stage.play({clipFile({.frames = 20}), clipFile({.frames = 15, .firstNumber = 20})}, true);
     ASSERT_TRUE(stage.sink.waitForPictures(3 * 35));
+    EXPECT_EQ(stage.player->itemCount(), 2);
     stage.player->stop();
     EXPECT_EQ(stage.sink.numbers(), run(0, stage.sink.pictures.size(), 35));
     EXPECT_EQ(stage.sink.videoStarts, 1) << "one format, one pool";
@@ -130,10 +124,8 @@ TEST(PlayerFiles, GoesToTheExactPicture)
 TEST(PlayerFiles, GoesBackAfterTheEnd)
 {
     PlayerStage stage;
-    ClipForm form;
-    form.frames = 10;
     stage.holdTime(10, 0.4);
-    stage.play({clipFile(form)});
+    stage.play({clipFile({.frames = 10})});
     ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
     const size_t reports = stage.sink.stateCount();
     stage.holdTime(5, 0.2);
@@ -146,65 +138,42 @@ TEST(PlayerFiles, GoesBackAfterTheEnd)
 
 TEST(PlayerFiles, PlaysAtOtherSpeedsWithThePitchKept)
 {
-    ClipForm form;
-    form.frames = 50;
     for (const float speed : {0.5F, 1.5F, 4.0F}) {
         SCOPED_TRACE(speed);
         PlayerStage stage;
-        stage.holdTime(50, 2.0 / speed);
         stage.player->setRate(speed);
-        stage.play({clipFile(form)});
-        EXPECT_EQ(stage.player->rate(), speed);
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-        stage.player->stop();
+        ASSERT_TRUE(stage.playToEnd({clipFile({})}, 50, 2.0 / speed));
         EXPECT_EQ(stage.sink.numbers(), run(0, 50, 50));
         expectEvenDates(stage.sink.pictures, 40'000 / speed);
         EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames) / rate, 2.0 / speed, 0.2);
-        int pure = 0;
-        for (const PlayerSink::Block& block : stage.sink.blocks)
-            pure += block.second == 0 || block.second == 1;
-        EXPECT_GT(pure * 10, static_cast<int>(stage.sink.blocks.size()) * 8);
+        const auto pure = std::ranges::count_if(stage.sink.blocks, [](const auto& b) { return (b.second | 1) == 1; });
+        EXPECT_GT(pure * 10, std::ssize(stage.sink.blocks) * 8);
     }
     PlayerStage stage;
     stage.player->setRate(100);
     EXPECT_EQ(stage.player->rate(), 1.0F); // nothing plays
-    stage.play({clipFile(form)});
+    stage.play({clipFile({})});
     EXPECT_EQ(stage.player->rate(), 4.0F);
 }
 
 TEST(PlayerFiles, PicturesFollowWhatIsHeard)
 {
-    struct Device
-    {
-        qint64 latency; ///< microseconds
-        double speed;
-    };
-    ClipForm form;
-    form.frames = 100;
-    const std::vector<Device> devices{{0, 1.0}, {300'000, 1.0}, {60'000, 0.98}};
-    std::vector<std::unique_ptr<PlayerStage>> stages; // side by side, to be quick
-    for (const Device& device : devices) {
-        stages.push_back(std::make_unique<PlayerStage>());
-        PlayerStage& stage = *stages.back();
+    for (const auto& [latency, speed] : {std::pair(0, 1.0), std::pair(300'000, 1.0), std::pair(60'000, 0.98)}) {
+        SCOPED_TRACE(latency);
+        PlayerStage stage;
         stage.holdTime();
         stage.sink.hasDevice = true;
-        stage.sink.deviceLatency = device.latency;
-        stage.sink.deviceSpeed = device.speed;
-        stage.play({clipFile(form)});
-    }
-    for (const auto& each : stages) {
-        PlayerStage& stage = *each;
-        SCOPED_TRACE(stage.sink.deviceLatency);
+        stage.sink.deviceLatency = latency;
+        stage.sink.deviceSpeed = speed;
+        stage.play({clipFile({.frames = 100})});
         constexpr size_t seen = 90; // one that comes while the player stops finds all sound discarded
         ASSERT_TRUE(stage.sink.waitForPictures(seen));
         stage.player->stop();
         for (size_t i = 50; i < seen; ++i)
             EXPECT_NEAR(static_cast<double>(stage.sink.pictures[i].heard) * 1000 / rate, i * 40.0 - 20, 25) << i;
         // The same by what each says of itself: the tone of a second begins with the picture of that second.
-        const auto tone = std::find_if(stage.sink.blocks.begin(), stage.sink.blocks.end(),
-                                       [](const PlayerSink::Block& b) { return b.second == 2; });
-        const auto picture = std::find_if(stage.sink.pictures.begin(), stage.sink.pictures.end(),
-                                          [](const PlayerSink::Picture& p) { return p.number >= 50; });
+        const auto tone = std::ranges::find(stage.sink.blocks, 2, &PlayerSink::Block::second);
+        const auto picture = std::ranges::find_if(stage.sink.pictures, [](const auto& p) { return p.number >= 50; });
         ASSERT_NE(tone, stage.sink.blocks.end());
         const double early = (picture->number - 50) * 40'000.0;
         EXPECT_NEAR(static_cast<double>(picture->date - tone->date) - early, 0, 40'000);
@@ -215,13 +184,10 @@ TEST(PlayerFiles, PicturesFollowWhatIsHeard)
 TEST(PlayerFiles, FiveMinutesStayTogether)
 {
     constexpr int fps = 10, seconds = 300, clipSeconds = 60;
-    ClipForm form;
+    ClipForm form = codedClip("mkv", "-c:v libx264 -preset ultrafast -c:a pcm_s16le", clipSeconds * fps);
     form.width = 96;
     form.height = 64;
     form.fps = fps;
-    form.frames = clipSeconds * fps;
-    form.options = optionsOf("-c:v libx264 -preset ultrafast -c:a pcm_s16le");
-    form.suffix = QStringLiteral("mkv");
     PlayerStage stage;
     stage.holdTime();
     stage.sink.hasDevice = true;
@@ -249,14 +215,9 @@ TEST(PlayerFiles, KeepsTheRateOfPictures)
 {
     for (const int fps : {10, 24, 30, 60}) {
         SCOPED_TRACE(fps);
-        ClipForm form;
-        form.fps = form.frames = fps;
         PlayerStage stage;
-        stage.holdTime(fps, 1.0);
-        stage.play({clipFile(form)});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-        stage.player->stop();
-        EXPECT_EQ(stage.sink.numbers(), run(0, form.frames, fps));
+        ASSERT_TRUE(stage.playToEnd({clipFile({.fps = fps, .frames = fps})}, fps, 1.0));
+        EXPECT_EQ(stage.sink.numbers(), run(0, static_cast<size_t>(fps), fps));
         EXPECT_EQ(stage.sink.videoInfo.fpsNum, fps * stage.sink.videoInfo.fpsDen);
         expectEvenDates(stage.sink.pictures, 1e6 / fps);
     }
@@ -291,55 +252,25 @@ TEST(PlayerFiles, PausesAndGoesOn)
 
 TEST(PlayerFiles, PlaysWhatIsThere)
 {
-    ClipForm soundOnly;
+    ClipForm soundOnly = codedClip("mp3", "-c:a libmp3lame", 10);
     soundOnly.pictures = false;
-    soundOnly.suffix = QStringLiteral("mp3");
-    soundOnly.options = optionsOf("-c:a libmp3lame");
-    soundOnly.frames = 10;
-    ClipForm picturesOnly;
+    ClipForm picturesOnly = codedClip("mp4", "-c:v libx264 -preset ultrafast", 10);
     picturesOnly.sound = false;
-    picturesOnly.frames = 10;
-    picturesOnly.options = optionsOf("-c:v libx264 -preset ultrafast");
-    ClipForm both;
-    both.frames = 10;
     {
         PlayerStage stage;
-        stage.holdTime(10, 0.4);
-        stage.play({clipFile(soundOnly), clipFile(picturesOnly)});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 1}));
-        stage.player->stop();
+        ASSERT_TRUE(stage.playToEnd({clipFile(soundOnly), clipFile(picturesOnly)}, 10, 0.4));
         EXPECT_EQ(stage.sink.pictures.size(), 10U);
         EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames), rate * 0.4, rate * 0.06);
     }
     for (const bool pictures : {true, false}) {
         PlayerStage stage;
-        stage.holdTime(pictures ? 10 : 0, pictures ? 0 : 0.4);
         stage.wanted.videoInfo.enable = pictures;
         stage.wanted.audioInfo.enable = !pictures;
-        stage.info.url = QStringLiteral("dshow://") + clipFile(both); // as songs name their files
-        stage.play({});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-        stage.player->stop();
+        stage.info.url = QStringLiteral("dshow://") + clipFile({.frames = 10}); // as songs name their files
+        ASSERT_TRUE(stage.playToEnd({}, pictures ? 10 : 0, pictures ? 0 : 0.4));
         EXPECT_EQ(stage.sink.pictures.size(), pictures ? 10U : 0U);
         EXPECT_EQ(stage.sink.soundFrames > 0, !pictures);
     }
-}
-
-/// Where a graphics processor decodes or not, the log tells once; the pictures are the same.
-TEST(PlayerFiles, TellsWhatDecodes)
-{
-    ClipForm form;
-    form.frames = 10;
-    const LogCapture log;
-    PlayerStage stage;
-    stage.holdTime();
-    stage.info.hwDecode = 1;
-    stage.play({clipFile(form)}, true);
-    ASSERT_TRUE(stage.sink.waitForPictures(25));
-    stage.player->stop();
-    EXPECT_EQ(log.count("player: decoding h264 with") + log.count("no graphics processor decodes this h264"), 1)
-        << log.lines().join(u'\n').toStdString();
-    EXPECT_EQ(stage.sink.numbers(), run(0, stage.sink.pictures.size(), 10));
 }
 
 TEST(PlayerFiles, KeepsUnevenTimes)
@@ -348,10 +279,7 @@ TEST(PlayerFiles, KeepsUnevenTimes)
     ASSERT_TRUE(runFfmpeg({"-i", clipFile(codedClip("mp4", "-c:v libx264 -preset ultrafast -an", 20)), "-vf",
                            "select='not(mod(n,3))+eq(n,1)',setpts=PTS", "-vsync", "vfr", "-c:v", "libx264", uneven}));
     PlayerStage stage;
-    stage.holdTime(8, 0);
-    stage.play({uneven});
-    ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-    stage.player->stop();
+    ASSERT_TRUE(stage.playToEnd({uneven}, 8, 0));
     EXPECT_EQ(stage.sink.numbers(), (std::vector{0, 1, 3, 6, 9, 12, 15, 18}));
     for (const PlayerSink::Picture& picture : stage.sink.pictures)
         EXPECT_NEAR(static_cast<double>(picture.date - stage.sink.pictures.front().date), picture.number * 40'000.0,
@@ -360,16 +288,9 @@ TEST(PlayerFiles, KeepsUnevenTimes)
 
 TEST(PlayerFiles, SkipsWhatItCannotPlayAndTellsSo)
 {
-    ClipForm form;
-    form.frames = 5;
     const LogCapture log;
     PlayerStage stage;
-    stage.holdTime(5, 0.2);
-    stage.play({QStringLiteral("/nowhere.mp4"), clipFile(form), QStringLiteral("gopher://x/"), QStringLiteral("/")});
-    ASSERT_TRUE(stage.sink.waitForState({ended, 3}));
-    EXPECT_EQ(stage.player->itemCount(), 4);
-    EXPECT_EQ(stage.player->itemIndex(), 3);
-    stage.player->stop();
+    ASSERT_TRUE(stage.playToEnd({"/nowhere.mp4", clipFile({.frames = 5}), "gopher://x/", "/"}, 5, 0.2));
     EXPECT_EQ(log.count("/nowhere.mp4"), 1);
     EXPECT_EQ(log.count("gopher://x/"), 1);
     EXPECT_EQ(stage.sink.numbers(), run(0, 5, 5));
@@ -386,39 +307,27 @@ TEST(PlayerFiles, SkipsWhatItCannotPlayAndTellsSo)
 /// Late pictures are left out, each is counted, and some are shown all the same; sound has pictures wait for it.
 TEST(PlayerFiles, WhatIsLateIsLeftOutAndCounted)
 {
-    ClipForm form;
-    form.frames = 50;
+    ClipForm form = codedClip("mp4", "-c:v libx264 -preset ultrafast");
     form.sound = false;
-    form.options = optionsOf("-c:v libx264 -preset ultrafast");
-    {
+    for (const bool sound : {false, true}) {
         const LogCapture log;
         PlayerStage stage;
         stage.sink.onPicture = [&](int number) {
-            if (number == 5)
+            if (number == 5 && !sound)
                 stage.time.jump(210'000); // number 8, due at 320, is the first that is late by no more than 100
             else if (number == 10)
                 stage.time.jump(1'000'000); // 11 comes after a quarter of a second without one, 33 is due at 1320
         };
         std::vector<int> expected = run(0, 50, 50);
-        std::erase_if(expected, [](int n) { return n == 6 || n == 7 || (n >= 12 && n <= 32); });
-        stage.holdTime(static_cast<int>(expected.size()), 0);
-        stage.play({clipFile(form)});
-        ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-        stage.player->stop();
+        if (!sound)
+            std::erase_if(expected, [](int n) { return n == 6 || n == 7 || (n >= 12 && n <= 32); });
+        const QString clip = clipFile(sound ? ClipForm() : form);
+        ASSERT_TRUE(stage.playToEnd({clip}, static_cast<int>(expected.size()), sound ? 2.0 : 0));
         EXPECT_EQ(stage.sink.numbers(), expected);
-        EXPECT_EQ(log.count("left out: too late 23, all pictures held 0"), 1) << log.lines().join(u'\n').toStdString();
+        EXPECT_EQ(log.count("left out: too late 23, all pictures held 0"), sound ? 0 : 1)
+            << log.lines().join(u'\n').toStdString();
+        EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames), sound ? rate * 2.0 : 0, rate * 0.06);
     }
-    PlayerStage stage;
-    stage.sink.onPicture = [&](int number) {
-        if (number == 10)
-            stage.time.jump(1'000'000);
-    };
-    stage.holdTime(50, 2.0);
-    stage.play({clipFile({})});
-    ASSERT_TRUE(stage.sink.waitForState({ended, 0}));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.numbers(), run(0, 50, 50));
-    EXPECT_NEAR(static_cast<double>(stage.sink.soundFrames), rate * 2.0, rate * 0.06);
 }
 
 } // namespace

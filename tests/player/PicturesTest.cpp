@@ -17,46 +17,42 @@ TEST(PlayerPictures, HandsOnEachLayout)
     {
         const char* format;
         const char* suffix;
-        const char* codec;
         quint32 chroma;
+        const char* codec = "rawvideo";
     };
     const std::vector<Case> cases{
-        {"yuv420p", "avi", "rawvideo", tavloFourcc("I420")}, {"nv12", "nut", "rawvideo", tavloFourcc("NV12")},
-        {"nv21", "nut", "rawvideo", tavloFourcc("NV21")},    {"yuyv422", "avi", "rawvideo", tavloFourcc("YUY2")},
-        {"uyvy422", "avi", "rawvideo", tavloFourcc("UYVY")}, {"rgba", "nut", "rawvideo", tavloFourcc("RGBA")},
-        {"bgra", "nut", "rawvideo", tavloFourcc("BGRA")},    {"bgr0", "nut", "rawvideo", tavloFourcc("RV32")},
-        {"rgb24", "nut", "rawvideo", tavloFourcc("RGBA")},   {"yuv422p10le", "nut", "rawvideo", tavloFourcc("NV12")},
-        {"yuvj420p", "avi", "mjpeg", tavloFourcc("NV12")},   {"yuva420p", "nut", "rawvideo", tavloFourcc("RGBA")},
+        {"yuv420p", "avi", tavloFourcc("I420")},  {"nv12", "nut", tavloFourcc("NV12")},
+        {"nv21", "nut", tavloFourcc("NV21")},     {"yuyv422", "avi", tavloFourcc("YUY2")},
+        {"uyvy422", "avi", tavloFourcc("UYVY")},  {"rgba", "nut", tavloFourcc("RGBA")},
+        {"bgra", "nut", tavloFourcc("BGRA")},     {"bgr0", "nut", tavloFourcc("RV32")},
+        {"rgb24", "nut", tavloFourcc("RGBA")},    {"yuv422p10le", "nut", tavloFourcc("NV12")},
+        {"yuva420p", "nut", tavloFourcc("RGBA")}, {"yuvj420p", "avi", tavloFourcc("NV12"), "mjpeg"},
     };
     for (const bool odd : {false, true}) {
         for (const Case& c : cases) {
             SCOPED_TRACE(c.format);
-            ClipForm form = codedClip(
-                c.suffix, QStringLiteral("-c:v %1 -pix_fmt %2").arg(QLatin1String(c.codec), QLatin1String(c.format)),
-                4);
+            if (odd && (c.chroma == tavloFourcc("YUY2") || c.chroma == tavloFourcc("UYVY")))
+                continue; // there is no half pair of pixels
+            ClipForm form = codedClip(c.suffix, QStringLiteral("-c:v %1 -pix_fmt %2").arg(c.codec, c.format), 4);
             form.sound = false;
             form.width = odd ? 193 : 192;
             form.height = odd ? 107 : 108;
-            if (odd && (c.chroma == tavloFourcc("YUY2") || c.chroma == tavloFourcc("UYVY")))
-                continue; // there is no half pair of pixels
             PlayerStage stage;
-            stage.holdTime(4, 0);
-            stage.play({clipFile(form)});
-            ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
-            stage.player->stop();
+            ASSERT_TRUE(stage.playToEnd({clipFile(form)}, 4, 0));
             EXPECT_EQ(stage.sink.videoInfo.chroma, c.chroma);
             EXPECT_EQ(stage.sink.videoInfo.sourceWidth, form.width);
             EXPECT_EQ(stage.sink.numbers(), (std::vector{0, 1, 2, 3}));
         }
     }
-    PlayerStage stage; // the sink has the last word
-    stage.holdTime(4, 0.16);
-    stage.sink.layouts = {tavloFourcc("NV12")};
-    stage.play({clipFile(codedClip("nut", "-c:v rawvideo -pix_fmt rgba", 4))});
-    ASSERT_TRUE(stage.sink.waitForPictures(1));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.videoInfo.chroma, tavloFourcc("NV12"));
-    EXPECT_EQ(stage.sink.pictures.front().number, 0);
+    const QString clip = clipFile(codedClip("nut", "-c:v rawvideo -pix_fmt rgba", 4));
+    for (const bool hasPool : {true, false}) { // without one, pictures are plain
+        PlayerStage stage;
+        stage.sink.hasPool = hasPool;
+        stage.sink.layouts = {tavloFourcc("NV12")}; // the sink has the last word
+        ASSERT_TRUE(stage.playToEnd({clip}, 4, 0.16));
+        EXPECT_EQ(stage.sink.videoInfo.chroma, tavloFourcc("NV12"));
+        EXPECT_EQ(stage.sink.numbers(), (std::vector{0, 1, 2, 3}));
+    }
 }
 
 /// Brightness of the last picture, which has to be planar or NV12.
@@ -65,31 +61,32 @@ int lumaAt(const PlayerSink& sink, int x, int y)
     return sink.lastPicture[static_cast<size_t>(y * sink.videoInfo.sourceWidth + x)];
 }
 
-TEST(PlayerPictures, TurnsDeinterlacesAndStands)
+TEST(PlayerPictures, AreTurnedAsTheirFileSays)
 {
     const QString plain = clipFile(codedClip("mp4", "-c:v libx264 -preset ultrafast -colorspace bt709 -an", 1));
     for (const int angle : {90, 180, 270}) {
         SCOPED_TRACE(angle);
         const QString turned = clipFolderFile(QStringLiteral("turned%1.mp4").arg(angle));
-        ASSERT_TRUE(
-            runFfmpeg({"-i", plain, "-c", "copy", "-metadata:s:v", QStringLiteral("rotate=%1").arg(angle), turned}));
+        const QString tag = QStringLiteral("rotate=%1").arg(angle);
+        ASSERT_TRUE(runFfmpeg({"-i", plain, "-c", "copy", "-metadata:s:v", tag, turned}));
         const QString asShown = clipFolderFile(QStringLiteral("turned.gray"));
         ASSERT_TRUE(runFfmpeg({"-i", turned, "-pix_fmt", "yuv420p", "-f", "rawvideo", asShown}));
         QFile file(asShown);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QByteArray shown = file.readAll();
         PlayerStage stage;
-        stage.holdTime(1, 0);
-        stage.play({turned});
-        ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
-        stage.player->stop();
+        ASSERT_TRUE(stage.playToEnd({turned}, 1, 0));
         EXPECT_EQ(stage.sink.videoInfo.sourceWidth, angle == 180 ? 192 : 108);
         EXPECT_EQ(stage.sink.videoInfo.sourceHeight, angle == 180 ? 108 : 192);
-        for (const auto& [x, y] : {std::pair(20, 20), std::pair(85, 20), std::pair(30, 90), std::pair(70, 80)})
-            EXPECT_NEAR(lumaAt(stage.sink, x, y), static_cast<quint8>(shown[y * stage.sink.videoInfo.sourceWidth + x]),
-                        2)
-                << x << ' ' << y;
+        for (const auto& [x, y] : {std::pair(20, 20), std::pair(85, 20), std::pair(30, 90), std::pair(70, 80)}) {
+            const auto expected = static_cast<quint8>(shown[y * stage.sink.videoInfo.sourceWidth + x]);
+            EXPECT_NEAR(lumaAt(stage.sink, x, y), expected, 2) << x << ' ' << y;
+        }
     }
+}
+
+TEST(PlayerPictures, LoseTheCombOfTheirFields)
+{
     const QString fields = clipFolderFile(QStringLiteral("fields.ts"));
     ASSERT_TRUE(runFfmpeg({"-f", "lavfi", "-i",
                            "color=black:s=64x64:r=50,drawbox=x=0:y=0:w=64:h=64:t=fill:c=white:enable='not(mod(n,3))'",
@@ -102,12 +99,9 @@ TEST(PlayerPictures, TurnsDeinterlacesAndStands)
     for (const auto& [mode, clip] : {std::pair(0, fields), std::pair(1, fields), std::pair(2, fields),
                                      std::pair(2, packed), std::pair(2, pairs)}) {
         PlayerStage stage;
-        stage.holdTime(9, 0);
         stage.info.deinterlaceMode = mode;
         stage.sink.layouts = {tavloFourcc("I420"), tavloFourcc("NV12")};
-        stage.play({clip});
-        ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
-        stage.player->stop();
+        ASSERT_TRUE(stage.playToEnd({clip}, 9, 0));
         EXPECT_GE(stage.sink.pictures.size(), 9U);
         const int step = std::abs(lumaAt(stage.sink, 32, 32) - lumaAt(stage.sink, 32, 33));
         EXPECT_EQ(step > 150, mode == 0) << mode; // a comb of the two fields, or not
@@ -116,14 +110,16 @@ TEST(PlayerPictures, TurnsDeinterlacesAndStands)
     const QString strange = clipFolderFile(QStringLiteral("strange.nut"));
     ASSERT_TRUE(runFfmpeg({"-f", "rawvideo", "-pix_fmt", "uyyvyy411", "-s", "64x64", "-t", "0.2", "-i", "/dev/zero",
                            "-c", "copy", strange}));
-    {
-        const LogCapture log;
-        PlayerStage stage;
-        stage.info.deinterlaceMode = 2;
-        stage.play({strange});
-        ASSERT_TRUE(stage.sink.waitForState({TavloSourcePlayerStateEnded, 0}));
-        EXPECT_EQ(log.count("pictures stay as they are"), 1);
-    }
+    const LogCapture log;
+    PlayerStage stage;
+    stage.info.deinterlaceMode = 2;
+    ASSERT_TRUE(stage.playToEnd({strange}, 0, 0));
+    EXPECT_EQ(log.count("pictures stay as they are"), 1);
+}
+
+TEST(PlayerPictures, AStillOneStandsForFiveSecondsAtAnySpeed)
+{
+    const QString plain = clipFile({.frames = 1});
     const QString still = clipFolderFile(QStringLiteral("still 100%d.png"));
     ASSERT_TRUE(runFfmpeg({"-i", plain, "-frames:v", "1", "-update", "1", still}));
     PlayerStage stage;
@@ -153,9 +149,8 @@ TEST(PlayerPictures, ColoursComeByTheMatrixOfTheDrawing)
     for (const Case& c : {Case{"bt601", "smpte170m", 64, "yuv420p"}, Case{"bt601", nullptr, 64, "yuv420p"},
                           Case{"bt709", "bt709", 64, "yuv420p"}, Case{"bt709", nullptr, 720, "yuv420p"},
                           Case{"bt601", "bt470bg", 720, "nv12"}, Case{"bt601", nullptr, 64, "yuv422p"}}) {
-        const QString name = QString::fromLatin1(c.matrix) + QString::fromLatin1(c.tag) + QString::number(c.height);
-        SCOPED_TRACE(name.toStdString() + c.format);
-        const QString clip = clipFolderFile(name + QString::fromLatin1(c.format) + QStringLiteral(".mkv"));
+        SCOPED_TRACE(testing::Message() << c.matrix << ' ' << (c.tag ? c.tag : "") << ' ' << c.height << c.format);
+        const QString clip = clipFolderFile(QStringLiteral("colour.mkv"));
         const QString source = QStringLiteral("color=c=0xC83C1E:s=64x%1:d=0.04,format=gbrp,"
                                               "scale=out_color_matrix=%2:out_range=tv,format=%3")
                                    .arg(c.height)
@@ -164,27 +159,13 @@ TEST(PlayerPictures, ColoursComeByTheMatrixOfTheDrawing)
         const char* const coder = QLatin1String(c.format) == QLatin1String("nv12") ? "libx264" : "ffv1";
         ASSERT_TRUE(runFfmpeg(QStringList{"-f", "lavfi", "-i", source, "-c:v", coder} + tag + QStringList{clip}));
         PlayerStage stage;
-        stage.holdTime(1, 0);
         stage.sink.layouts = {tavloFourcc("NV12")};
-        stage.play({clip});
-        ASSERT_TRUE(stage.sink.waitForPictures(1));
-        stage.player->stop();
+        ASSERT_TRUE(stage.playToEnd({clip}, 1, 0));
         const auto size = static_cast<size_t>(64 * c.height);
         EXPECT_NEAR(stage.sink.lastPicture[size / 2], expected[0], 2.5);
         EXPECT_NEAR(stage.sink.lastPicture[size], expected[1], 2.5);
         EXPECT_NEAR(stage.sink.lastPicture[size + 1], expected[2], 2.5);
     }
-}
-
-TEST(PlayerPictures, WithoutAPoolPicturesArePlain)
-{
-    PlayerStage stage;
-    stage.holdTime();
-    stage.sink.hasPool = false;
-    stage.play({clipFile({})});
-    ASSERT_TRUE(stage.sink.waitForPictures(3));
-    stage.player->stop();
-    EXPECT_EQ(stage.sink.pictures.front().number, 0);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "support/PlayerSink.h"
 
-#include "base/CTempldateHelper.h"
 #include "base/Clock.h"
 #include "shared/VlcTypes.h"
 #include "support/TestClips.h"
@@ -17,7 +16,7 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <cstring>
+#include <ranges>
 
 namespace tavlo::test {
 namespace {
@@ -44,17 +43,9 @@ constexpr std::array layouts{
     Layout{tavloFourcc("RV32"), 4, 2, 4, false},
 };
 
-const Layout& layoutOf(quint32 chroma)
-{
-    return *std::find_if(layouts.begin(), layouts.end(), [&](const Layout& l) { return l.chroma == chroma; });
-}
+const Layout& layoutOf(quint32 chroma) { return *std::ranges::find(layouts, chroma, &Layout::chroma); }
 
-/// Memory of exactly the texture's size: a write beyond it is a fault that the address sanitizer sees.
-struct Texture
-{
-    std::vector<quint8> bytes;
-};
-
+/// Its memory has exactly the texture's size: a write beyond it is a fault that the address sanitizer sees.
 picture_t* texturePicture(const video_format_t& format)
 {
     const Layout& layout = layoutOf(format.i_chroma);
@@ -62,15 +53,14 @@ picture_t* texturePicture(const video_format_t& format)
     const int pitch = width * layout.bytesPerPixel;
     const bool planar = format.i_chroma == tavloFourcc("I420") || format.i_chroma == tavloFourcc("YV12");
     const int rows = layout.hasHalfPlanes ? height + (planar ? height & ~1 : height / 2) : height;
-    auto* const texture = new Texture{std::vector<quint8>(static_cast<size_t>(pitch) * static_cast<size_t>(rows))};
+    auto* plane = new quint8[static_cast<size_t>(pitch) * static_cast<size_t>(rows)]{};
     picture_resource_t resource{};
-    resource.p_sys = reinterpret_cast<picture_sys_t*>(texture);
+    resource.p_sys = reinterpret_cast<picture_sys_t*>(plane);
     resource.pf_destroy = [](picture_t* picture) {
-        delete reinterpret_cast<Texture*>(picture->p_sys);
+        delete[] reinterpret_cast<quint8*>(picture->p_sys);
         free(picture);
     };
     picture_t* const picture = picture_NewFromResource(&format, &resource);
-    quint8* plane = texture->bytes.data();
     for (int i = 0; i < picture->i_planes; ++i) {
         const int lines = i == 0 ? height : planar ? height / 2 : height; // of two planes, the second says too much
         picture->p[i].p_pixels = plane;
@@ -114,10 +104,7 @@ bool PlayerSink::waitForPictures(size_t count)
 
 bool PlayerSink::waitForState(State state, size_t from)
 {
-    return waitFor([&] {
-        return states.size() > from &&
-               std::find(states.begin() + static_cast<std::ptrdiff_t>(from), states.end(), state) != states.end();
-    });
+    return waitFor([&] { return std::ranges::count(states | std::views::drop(from), state) > 0; });
 }
 
 size_t PlayerSink::pictureCount()
@@ -149,43 +136,45 @@ IUnknownEx* PlayerSink::queryInterface(const TavloInterfaceId& id, quint32 versi
 
 qint64 PlayerSink::now() const { return heldTime ? heldTime->now() : monotonicMicroseconds(); }
 
-void PlayerSink::note(int& counter)
+template <class Change>
+void PlayerSink::update(Change change)
 {
     {
         const std::scoped_lock lock(_lock);
-        ++counter;
+        change();
     }
     _changed.notify_all();
 }
 
 void PlayerSink::OnMediaSourcePlayerDoVideoStart(quint32 chroma, tagTavloVideoInfo& info)
 {
-    if (!layouts.empty() && std::find(layouts.begin(), layouts.end(), chroma) == layouts.end())
+    if (!layouts.empty() && std::ranges::find(layouts, chroma) == layouts.end())
         info.chroma = tavloFourcc("NV12");
-    {
-        const std::scoped_lock lock(_lock);
+    update([&] {
         videoInfo = info;
-    }
-    note(videoStarts);
+        ++videoStarts;
+    });
 }
 
 void PlayerSink::OnMediaSourcePlayerDoVideoStop()
 {
     if (onVideoStop)
         onVideoStop();
-    note(videoStops);
+    update([&] { ++videoStops; });
 }
 
 void PlayerSink::OnMediaSourcePlayerDoAudioStart(tagTavloAudioInfo& audioInfo)
 {
-    {
-        const std::scoped_lock lock(_lock);
+    update([&] {
         _audioInfo = audioInfo;
-    }
-    note(audioStarts);
+        ++audioStarts;
+    });
 }
 
-void PlayerSink::OnMediaSourcePlayerDoAudioStop() { note(audioStops); }
+void PlayerSink::OnMediaSourcePlayerDoAudioStop()
+{
+    update([&] { ++audioStops; });
+}
 
 picture_pool_t* PlayerSink::OnMediaSourcePlayerDoVideoSamplePool(quint32* count)
 {
@@ -207,29 +196,22 @@ void PlayerSink::OnMediaSourcePlayerDoVideoSample(quint32, picture_t* picture)
 {
     if (onSample)
         onSample(*picture);
-    if (!readsPictures) {
-        {
-            const std::scoped_lock lock(_lock);
-            pictures.push_back({-1, picture->date, 0});
-        }
-        if (heldTime)
-            heldTime->takePicture();
-        return;
+    int number = -1;
+    if (readsPictures) {
+        const plane_t& plane = picture->p[0];
+        const Layout& layout = layoutOf(picture->format.i_chroma);
+        number = pictureNumber(plane.p_pixels + layout.lumaOffset, static_cast<int>(picture->format.i_width),
+                               static_cast<int>(picture->format.i_height), plane.i_pitch, layout.lumaStride);
     }
-    const plane_t& plane = picture->p[0];
-    const Layout& layout = layoutOf(picture->format.i_chroma);
-    const int number = pictureNumber(plane.p_pixels + layout.lumaOffset, static_cast<int>(picture->format.i_width),
-                                     static_cast<int>(picture->format.i_height), plane.i_pitch, layout.lumaStride);
-    {
-        const std::scoped_lock lock(_lock);
-        lastPicture = contentOf(*picture);
+    update([&] {
+        if (readsPictures)
+            lastPicture = contentOf(*picture);
         pictures.push_back({number, picture->date, soundFrames - queuedFrames()});
-    }
+    });
     if (heldTime)
         heldTime->takePicture();
     if (onPicture)
         onPicture(number);
-    _changed.notify_all();
 }
 
 block_t* PlayerSink::OnMediaSourcePlayerDoAudioSample(quint32, block_t* block, tagTavloAudioInfo& audioInfo)
@@ -237,28 +219,25 @@ block_t* PlayerSink::OnMediaSourcePlayerDoAudioSample(quint32, block_t* block, t
     const int frames = static_cast<int>(block->i_buffer / 2) / audioInfo.channels;
     const int second =
         toneSecond(reinterpret_cast<const qint16*>(block->p_buffer), frames, audioInfo.channels, audioInfo.sampleRate);
-    {
-        const std::scoped_lock lock(_lock);
+    update([&] {
         blocks.push_back({block->i_pts, frames, second});
         const qint64 at = now();
         const qint64 queued = queuedFrames();
         _queuedAt = queued == 0 ? at + deviceLatency : std::max(at, _queuedAt);
         _queued = static_cast<double>(queued + frames);
         soundFrames += frames;
-    }
+    });
     if (heldTime)
         heldTime->takeSound(block->i_length);
-    _changed.notify_all();
     return block;
 }
 
 void PlayerSink::OnMediaSourcePlayerDoAudioFlush(bool)
 {
-    {
-        const std::scoped_lock lock(_lock);
+    update([&] {
         _queued = 0.0;
-    }
-    note(flushes);
+        ++flushes;
+    });
 }
 
 qint32 PlayerSink::OnMediaSourcePlayerDoAudioTime(qint64* time)
@@ -271,17 +250,19 @@ qint32 PlayerSink::OnMediaSourcePlayerDoAudioTime(qint64* time)
     return 0;
 }
 
-void PlayerSink::OnMediaSourcePlayerDoAudioPause(qint64) { note(pauses); }
+void PlayerSink::OnMediaSourcePlayerDoAudioPause(qint64)
+{
+    update([&] { ++pauses; });
+}
 
-void PlayerSink::OnMediaSourcePlayerDoAudioResume(qint64) { note(resumes); }
+void PlayerSink::OnMediaSourcePlayerDoAudioResume(qint64)
+{
+    update([&] { ++resumes; });
+}
 
 void PlayerSink::OnMediaSourcePlayerState(qint32 state, qint32 index, qint32)
 {
-    {
-        const std::scoped_lock lock(_lock);
-        states.push_back({state, index});
-    }
-    _changed.notify_all();
+    update([&] { states.push_back({state, index}); });
 }
 
 /// Under the lock.
@@ -292,32 +273,33 @@ qint64 PlayerSink::queuedFrames()
     return static_cast<qint64>(std::max(_queued - played, 0.0));
 }
 
-bool readersEnd()
+bool waitUntil(const std::function<bool()>& condition)
 {
-    const auto reads = [](const QFileInfo& thread) {
-        QFile name(thread.filePath() + QStringLiteral("/comm"));
-        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
-    };
-    for (int i = 0; i < 1000; ++i) {
-        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
-        if (std::ranges::none_of(threads, reads))
+    for (int i = 0; i < 10'000; ++i) {
+        if (condition())
             return true;
         QThread::msleep(10);
     }
     return false;
 }
 
-struct PlayerStage::Module
+bool readersEnd()
 {
-    CTempldateHelper<ITavloSourcePlayer> helper{"TavloCommonModule", "CreateTavloSourcePlayer"};
-};
+    const auto reads = [](const QFileInfo& thread) {
+        QFile name(thread.filePath() + QStringLiteral("/comm"));
+        return name.open(QIODevice::ReadOnly) && name.readAll().startsWith("tavlo-reader");
+    };
+    return waitUntil([&] {
+        const auto threads = QDir(QStringLiteral("/proc/self/task")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
+        return std::ranges::none_of(threads, reads);
+    });
+}
 
-PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
+PlayerStage::PlayerStage()
 {
     ++stages;
-    if (!_module->helper.create())
-        return;
-    player = _module->helper.get();
+    EXPECT_TRUE(_module.create());
+    player = _module.get();
     player->setSink(&sink);
     info.enabled = 1;
     wanted.videoInfo.sourceWidth = 0;
@@ -326,7 +308,7 @@ PlayerStage::PlayerStage() : _module(std::make_unique<Module>())
 
 PlayerStage::~PlayerStage()
 {
-    _module.reset();
+    _module.destroy();
     EXPECT_TRUE(--stages > 0 || readersEnd());
 }
 
@@ -341,6 +323,16 @@ void PlayerStage::play(const QStringList& paths, bool loop)
     info.pathList = paths;
     info.playbackLoop = loop ? 1 : 0;
     player->play(&info, &wanted, 0);
+}
+
+bool PlayerStage::playToEnd(const QStringList& paths, int pictures, double soundSeconds)
+{
+    holdTime(pictures, soundSeconds);
+    play(paths);
+    const int last = static_cast<int>(std::max<qsizetype>(info.pathList.size(), 1)) - 1;
+    const bool ends = sink.waitForState({TavloSourcePlayerStateEnded, last});
+    player->stop();
+    return ends;
 }
 
 qint64 PlayerStage::place() const

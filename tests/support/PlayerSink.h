@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TavloCommonModule/player/ITavloSourcePlayer.h"
-
+#include "base/CTempldateHelper.h"
 #include "support/HeldTime.h"
 
 #include <tavlo/InterfacePtr.h>
@@ -102,7 +102,8 @@ public:
 private:
     qint64 now() const;
     qint64 queuedFrames();
-    void note(int& counter);
+    template <class Change>
+    void update(Change change); ///< under the lock
 
     std::mutex _lock;
     std::condition_variable _changed;
@@ -110,6 +111,9 @@ private:
     double _queued = 0.0; ///< frames that the device has not played
     qint64 _queuedAt = 0; ///< microseconds
 };
+
+/// Whether it comes about before something must hang.
+bool waitUntil(const std::function<bool()>& condition);
 
 /// Whether no thread of a player reads any more, soon or a little later.
 bool readersEnd();
@@ -121,13 +125,14 @@ public:
     PlayerStage();
     ~PlayerStage();
 
-    explicit operator bool() const { return player != nullptr; }
-
     /// Has time wait for so many pictures and so many seconds of sound, and hurry where nothing is to be done.
     void holdTime(int pictures = INT_MAX, double soundSeconds = 1e9);
 
     /// Plays files or addresses.
     void play(const QStringList& paths, bool loop = false);
+
+    /// Plays a list to its end in held time, which waits for so much, and stops. \return whether it came to that
+    bool playToEnd(const QStringList& paths, int pictures = INT_MAX, double soundSeconds = 1e9);
 
     /// Milliseconds of the entry.
     qint64 place() const;
@@ -140,8 +145,7 @@ public:
     ITavloSourcePlayer* player = nullptr;
 
 private:
-    struct Module;
-    std::unique_ptr<Module> _module;
+    CTempldateHelper<ITavloSourcePlayer> _module{"TavloCommonModule", "CreateTavloSourcePlayer"};
 };
 
 } // namespace tavlo::test

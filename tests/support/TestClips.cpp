@@ -13,7 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include <csignal>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -37,12 +36,12 @@ QString counterFilter(const ClipForm& form)
 {
     QStringList filters;
     for (int bit = 0; bit < bits; ++bit) {
-        filters << QStringLiteral("drawbox=x=%1:y=0:w=%2:h=%3:t=fill:c=%4:enable='%5'")
+        filters << QStringLiteral("drawbox=x=%1:y=0:w=%2:h=%3:t=fill:c=white:enable='mod(floor((n+%4)/%5),2)'")
                        .arg(form.width * bit / bits)
                        .arg(form.width / bits)
                        .arg(form.height / 2)
-                       .arg(QLatin1String("white"))
-                       .arg(QStringLiteral("mod(floor((n+%1)/%2),2)").arg(form.firstNumber).arg(1 << (bits - 1 - bit)));
+                       .arg(form.firstNumber)
+                       .arg(1 << (bits - 1 - bit));
     }
     return filters.join(u',');
 }
@@ -129,17 +128,10 @@ bool Command::finish()
     return process > 0 && waitpid(process, &status, 0) == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-void Command::kill()
+void Command::kill(int signal)
 {
     if (_process > 0)
-        ::kill(_process, SIGKILL);
-    finish();
-}
-
-void Command::terminate()
-{
-    if (_process > 0)
-        ::kill(_process, SIGTERM);
+        ::kill(_process, signal);
     finish();
 }
 

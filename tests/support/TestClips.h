@@ -6,9 +6,12 @@
 
 #include <QtGlobal>
 
-#include <sys/types.h>
+#include <csignal>
 
 namespace tavlo::test {
+
+/// `ffmpeg`'s options, separated by blanks.
+QStringList optionsOf(const QString& text);
 
 /// A clip of which each picture says which one it is, and each second of sound which one that is.
 ///
@@ -23,15 +26,9 @@ struct ClipForm
     int firstNumber = 0; ///< of the first picture
     bool pictures = true;
     bool sound = true;
-    QStringList options{QStringLiteral("-c:v"),      QStringLiteral("libx264"), QStringLiteral("-preset"),
-                        QStringLiteral("ultrafast"), QStringLiteral("-g"),      QStringLiteral("12"),
-                        QStringLiteral("-bf"),       QStringLiteral("2"),       QStringLiteral("-c:a"),
-                        QStringLiteral("aac")};
+    QStringList options = optionsOf("-c:v libx264 -preset ultrafast -g 12 -bf 2 -c:a aac");
     QString suffix = QStringLiteral("mp4");
 };
-
-/// `ffmpeg`'s options, separated by blanks.
-QStringList optionsOf(const QString& text);
 
 /// A clip of that coding, otherwise as it is usual.
 ClipForm codedClip(const char* suffix, const QString& options, int frames = 50);
@@ -58,10 +55,8 @@ public:
     /// Waits for its end. \return whether it was content
     bool finish();
 
-    void kill();
-
-    /// Asks it to end, and waits until it has.
-    void terminate();
+    /// Asks it to end, or has it ended, and waits until it has.
+    void kill(int signal = SIGKILL);
 
 private:
     pid_t _process = -1;
