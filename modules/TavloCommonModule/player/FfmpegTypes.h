@@ -32,7 +32,6 @@ using PacketPtr = std::unique_ptr<AVPacket, FreeByPointer<av_packet_free>>;
 using CodecPtr = std::unique_ptr<AVCodecContext, FreeByPointer<avcodec_free_context>>;
 using GraphPtr = std::unique_ptr<AVFilterGraph, FreeByPointer<avfilter_graph_free>>;
 using ResamplerPtr = std::unique_ptr<SwrContext, FreeByPointer<swr_free>>;
-using BufferPoolPtr = std::unique_ptr<AVBufferPool, FreeByPointer<av_buffer_pool_uninit>>;
 using BufferRefPtr = std::unique_ptr<AVBufferRef, FreeByPointer<av_buffer_unref>>;
 
 struct FreeScaler

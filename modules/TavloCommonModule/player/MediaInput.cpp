@@ -32,6 +32,21 @@ private:
     AVDictionary* _dictionary = nullptr;
 };
 
+/// Packets of a camera lie in its driver's memory, which goes with the device while others still look at them.
+int takeOut(AVPacket& packet)
+{
+    const auto size = static_cast<size_t>(packet.size);
+    AVBufferRef* const copy = av_buffer_alloc(size + AV_INPUT_BUFFER_PADDING_SIZE);
+    if (!copy)
+        return AVERROR(ENOMEM);
+    std::memcpy(copy->data, packet.data, size);
+    std::memset(copy->data + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
+    av_buffer_unref(&packet.buf);
+    packet.buf = copy;
+    packet.data = copy->data;
+    return 0;
+}
+
 } // namespace
 
 void prepareFfmpeg()
@@ -135,25 +150,6 @@ int MediaInput::read(AVPacket& packet)
             return _isCamera ? takeOut(packet) : 0;
         av_packet_unref(&packet);
     }
-}
-
-/// Packets of a camera lie in its driver's memory, which goes with the device while others still look at them.
-int MediaInput::takeOut(AVPacket& packet)
-{
-    const auto size = static_cast<size_t>(packet.size);
-    if (const size_t wanted = size + AV_INPUT_BUFFER_PADDING_SIZE; !_copies || wanted > _copySize) {
-        _copySize = wanted + wanted / 4; // compressed pictures differ in size
-        _copies.reset(av_buffer_pool_init(_copySize, nullptr));
-    }
-    AVBufferRef* const copy = _copies ? av_buffer_pool_get(_copies.get()) : nullptr;
-    if (!copy)
-        return AVERROR(ENOMEM);
-    std::memcpy(copy->data, packet.data, size);
-    std::memset(copy->data + size, 0, AV_INPUT_BUFFER_PADDING_SIZE);
-    av_buffer_unref(&packet.buf);
-    packet.buf = copy;
-    packet.data = copy->data;
-    return 0;
 }
 
 /// Waits where a device has nothing just now.

@@ -33,7 +33,6 @@ private:
 
     int openContext(const InputLocation& location);
     int readFrame(AVPacket& packet);
-    int takeOut(AVPacket& packet);
     static bool isRegular(const InputLocation& location);
     void chooseStreams(bool pictures, bool sound);
     std::shared_ptr<const StreamInfo> describe(int index) const;
@@ -45,8 +44,6 @@ private:
     std::unique_ptr<AVFormatContext, CloseContext> _context;
     InputLocation::Pace _pace = InputLocation::Pace::File;
     bool _isCamera = false;
-    BufferPoolPtr _copies;  ///< of a camera's packets; what is lent outlives it
-    size_t _copySize = 0;   ///< bytes of each
     bool _inPieces = false; ///< of some seconds each, and nothing between them
     int _videoIndex = -1;
     int _audioIndex = -1;
