@@ -315,7 +315,8 @@ PlayerStage::~PlayerStage()
 void PlayerStage::holdTime(int pictures, double soundSeconds)
 {
     time.expect(pictures, std::llround(soundSeconds * 1e6));
-    sink.heldTime = &time;
+    if (!sink.heldTime) // once it plays, its threads look there
+        sink.heldTime = &time;
 }
 
 void PlayerStage::play(const QStringList& paths, bool loop)
