@@ -16,9 +16,12 @@ public:
     /// \return microseconds of the same clock, when it was due
     qint64 stamp(qint64 now, qint64 length)
     {
-        const qint64 late = now - _next;
-        if (late < 0 || late > longestStall)
+        const qint64 late = now - _next, pace = now - _came;
+        // Who comes at the usual pace catches nothing up: the mix began anew.
+        const bool anew = late > jitter && pace > length / 2 && pace < length * 3;
+        if (late < 0 || late > longestStall || anew)
             _next = now;
+        _came = now;
         const qint64 due = _next;
         _next += length;
         return due;
@@ -27,6 +30,9 @@ public:
 private:
     static constexpr qint64 longestStall = 1'100'000; ///< microseconds; behind a second the mix begins anew
 
+    static constexpr qint64 jitter = 50'000; ///< microseconds by which a block comes late
+
+    qint64 _came = 0;                                      ///< when the block before came
     qint64 _next = std::numeric_limits<qint64>::min() / 2; ///< long ago
 };
 

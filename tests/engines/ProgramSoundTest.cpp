@@ -30,6 +30,9 @@ TEST(SoundClock, BlocksAfterAStallBelongBehindEachOther)
     EXPECT_EQ(stamp(1'160'400), 1'160'000);
     EXPECT_EQ(stamp(1'168'000), 1'168'000) << "the first one had been late";
     EXPECT_EQ(stamp(5'000'000), 5'000'000) << "the mix began anew";
+    stamp(5'500'000); // and once more, after half a second
+    EXPECT_EQ(stamp(5'510'000), 5'510'000);
+    EXPECT_EQ(stamp(5'520'000), 5'520'000);
 }
 
 TEST_F(EngineStage, SoundFollowsThePicture)
